@@ -1,0 +1,23 @@
+# halvex_add_test(NAME SOURCES... [LABELS ...] [TIMEOUT seconds])
+# A QtTest program registered with CTest. Labels are the rings: "unit" unless said otherwise.
+
+find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
+
+function(halvex_add_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LABELS;LIBRARIES" ${ARGN})
+    if(NOT ARG_SOURCES)
+        set(ARG_SOURCES ${name}.cpp)
+    endif()
+    if(NOT ARG_LABELS)
+        set(ARG_LABELS unit)
+    endif()
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE halvex Qt5::Test ${ARG_LIBRARIES})
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+endfunction()

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "disk/volume_entry.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QVector>
+
+/// One S.M.A.R.T. attribute as a drive reported it.
+struct AttributeEntry
+{
+    quint32 id = 0;
+    QString name;
+    QString description;
+    quint64 raw = 0; ///< 48 bits; whole degrees Celsius for attribute 194
+    quint32 current = 0;
+    quint32 worst = 0;
+    quint32 threshold = 0;
+    qint32 reserved = 0; ///< sent to consoles, always 0
+    quint32 flags = 0;
+    quint32 notPrefailure = 0; ///< 1 when flag bit 0 is clear
+    quint32 flagBit2 = 0;      ///< 0 or 1
+};
+
+/// Sectors of 512 bytes, both ends inclusive.
+struct SectorRange
+{
+    quint64 first = 0;
+    quint64 last = 0;
+
+    friend bool operator==(const SectorRange &a, const SectorRange &b)
+    {
+        return a.first == b.first && a.last == b.last;
+    }
+};
+
+/// Which request answered IDENTIFY; S.M.A.R.T. is read by the same one.
+enum class AccessMethod : qint32 {
+    None = -1,
+    AtaPassThrough = 0,
+    SmartDriveData = 1,
+    IdePassThrough = 2,
+    StorageDescriptor =
+        3, ///< IDENTIFY made up from the descriptor; S.M.A.R.T. by the predict-failure request
+};
+
+/// Drive levels and the service-wide alert level, which is the worst of them.
+namespace level {
+inline constexpr qint32 kNotEvaluated = 0;
+inline constexpr qint32 kFine = 1;
+inline constexpr qint32 kWarning = 2;
+inline constexpr qint32 kCritical = 3;
+} // namespace level
+
+/// All that is known of one fixed disk. Its place in the DeviceList is its identity in the protocol.
+struct DeviceRecord
+{
+    // Set by detection.
+    qint32 deviceNumber = -1;
+    QString path;
+    quint32 mediaType = 0;
+    qint64 cylinders = 0;
+    quint32 tracksPerCylinder = 0;
+    quint32 sectorsPerTrack = 0;
+    quint32 bytesPerSector = 0; ///< scans count sectors of 512 bytes whatever this is
+    AccessMethod accessMethod = AccessMethod::None;
+    qint32 smartSupported = 0; ///< 0 or 1; -1 when IDENTIFY does not tell
+    qint32 smartEnabled = 0;
+    QString smartVersion;
+    QString smartRevision;
+    QString model;
+    QString serial;
+    QString firmware;
+    quint64 capacity = 0; ///< bytes
+    qint32 ataMajor = -1; ///< -1 when not reported
+    QString ataVersion;
+
+    // Set by S.M.A.R.T. reading.
+    qint32 smartState = -1; ///< -1 never read, 1 the last read gave attributes, 0 it gave none
+    bool hasTemperature = false;
+    qint32 temperature = 0;     ///< degrees Celsius
+    quint64 powerOnRaw = 0;     ///< attribute 9 at the latest read
+    quint64 powerOnRawLast = 0; ///< attribute 9 at the latest full read
+    qint32 attributeCount = 0;
+    QVector<AttributeEntry> attributes; ///< in the order of the drive's table
+    qint32 offlineStatus = 0;
+    qint32 offlineCapability = 0;
+    qint32 smartCapability = 0;
+
+    // The values before the latest update.
+    qint32 previousTemperature = 0;
+    QVector<AttributeEntry> attributesPending;
+
+    // Speed class of the power-on counter: 0 not known, 1 the slowest to 4.
+    qint32 lifeTimeUnit = 0;
+    bool lifeTimeDetected = false;
+
+    // Set by the health evaluation.
+    qint32 statusLevel = level::kCritical;
+    qint32 health = 0; ///< percent
+
+    qint32 monitored = 1;
+    VolumeList volumes;
+
+    // The last or current surface scan.
+    QDateTime scanTime;
+    qint32 scanError = 0; ///< 1 when the disk could not be opened
+    qint32 scanPercent = 0;
+    quint64 scanFirst = 0;
+    quint64 scanCurrent = 0;
+    QVector<SectorRange> badRanges;
+
+    // The scan schedule.
+    qint32 schedKind = 0;
+    qint32 schedParam = 0;  ///< day of the week, 0 Monday to 6 Sunday
+    SectorRange schedRange; ///< kept and stored; scheduled scans cover the whole drive
+    QDate schedDate;
+    QTime schedTime;
+};
+
+using DeviceList = QVector<DeviceRecord>;

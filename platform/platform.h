@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "platform/accounts.h"
+#include "platform/drives.h"
+#include "platform/event_log.h"
+#include "platform/service_key.h"
+#include "platform/volumes.h"
+
+#include <QString>
+
+#include <memory>
+
+/// Everything that the service asks of the machine it runs on. Composed once, in the program entry.
+struct Platform
+{
+    std::unique_ptr<DriveSystem> drives;
+    std::unique_ptr<VolumeSystem> volumes;
+    std::unique_ptr<AccountSystem> accounts;
+    std::unique_ptr<EventLog> eventLog;
+    std::unique_ptr<ServiceKey> serviceKey;
+    QString localSocketName; ///< what the local client socket listens under
+};

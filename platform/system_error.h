@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include <QtGlobal>
+
+/// The system error codes that cross the platform seam, with the numbers Windows gives them (winerror.h).
+/// Every backend maps its own system's errors to these.
+namespace system_error {
+
+inline constexpr quint32 kNone = 0;
+inline constexpr quint32 kInvalidFunction = 1;
+inline constexpr quint32 kFileNotFound = 2;
+inline constexpr quint32 kAccessDenied = 5;
+inline constexpr quint32 kInvalidHandle = 6;
+inline constexpr quint32 kBadLength = 24;
+inline constexpr quint32 kNotReady = 21;
+inline constexpr quint32 kCrc = 23;
+inline constexpr quint32 kSectorNotFound = 27;
+inline constexpr quint32 kGenFailure = 31;
+inline constexpr quint32 kHandleEof = 38;
+inline constexpr quint32 kNotSupported = 50;
+inline constexpr quint32 kInvalidParameter = 87;
+inline constexpr quint32 kSemTimeout = 121;
+inline constexpr quint32 kInsufficientBuffer = 122;
+inline constexpr quint32 kOperationAborted = 995;
+inline constexpr quint32 kIoDevice = 1117;
+inline constexpr quint32 kDeviceNotConnected = 1167;
+
+} // namespace system_error

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+struct VolumeSpace
+{
+    quint64 totalBytes = 0;
+    quint64 freeBytes = 0; ///< all free bytes, not the caller's quota
+};
+
+struct VolumeInformation
+{
+    QString label;
+    QString fileSystem;
+    quint32 serial = 0;
+};
+
+/// The machine's volumes. Called from the event loop's thread only; a failed question gives nullopt.
+class VolumeSystem
+{
+public:
+    static constexpr quint32 kFixedDrive = 3; ///< DRIVE_FIXED
+
+    VolumeSystem() = default;
+    VolumeSystem(const VolumeSystem &) = delete;
+    VolumeSystem &operator=(const VolumeSystem &) = delete;
+    virtual ~VolumeSystem() = default;
+
+    /// Every volume's name, with its trailing backslash, in the system's order; empty when it cannot tell.
+    virtual QStringList volumeNames() = 0;
+
+    /// The drive type (GetDriveTypeW's numbers) of a volume name or of a letter and colon.
+    virtual quint32 driveType(const QString &volumeOrLetter) = 0;
+
+    virtual std::optional<VolumeSpace> space(const QString &volumeName) = 0;
+    virtual std::optional<VolumeInformation> information(const QString &volumeName) = 0;
+
+    /// The number of the disk that the volume lies on; `devicePath` is the name without its last backslash.
+    virtual std::optional<qint32> deviceNumber(const QString &devicePath) = 0;
+
+    /// Bit n is set when letter 'A' + n is in use.
+    virtual quint32 logicalDrives() = 0;
+
+    /// The name of the volume mounted at a letter's root ("C:\").
+    virtual std::optional<QString> volumeNameAt(const QString &letterRoot) = 0;
+};
