@@ -24,7 +24,10 @@ struct AttributeEntry
     quint32 flagBit2 = 0;      ///< 0 or 1
 };
 
-/// Sectors of 512 bytes, both ends inclusive.
+/// What a surface scan calls a sector, in bytes, whatever the drive's own sectors are.
+inline constexpr int kScanSectorSize = 512;
+
+/// Sectors of kScanSectorSize, both ends inclusive.
 struct SectorRange
 {
     quint64 first = 0;
@@ -35,6 +38,10 @@ struct SectorRange
         return a.first == b.first && a.last == b.last;
     }
 };
+
+/// A drive that drops out in the middle of a scan fails every block from there on; this keeps the record, the
+/// replies and the settings file at a few megabytes a drive.
+inline constexpr int kMaxBadRanges = 100000;
 
 /// Which request answered IDENTIFY; S.M.A.R.T. is read by the same one.
 enum class AccessMethod : qint32 {
@@ -64,7 +71,7 @@ struct DeviceRecord
     qint64 cylinders = 0;
     quint32 tracksPerCylinder = 0;
     quint32 sectorsPerTrack = 0;
-    quint32 bytesPerSector = 0; ///< scans count sectors of 512 bytes whatever this is
+    quint32 bytesPerSector = 0; ///< scans use kScanSectorSize whatever this is
     AccessMethod accessMethod = AccessMethod::None;
     qint32 smartSupported = 0; ///< 0 or 1; -1 when IDENTIFY does not tell
     qint32 smartEnabled = 0;
@@ -110,7 +117,7 @@ struct DeviceRecord
     qint32 scanPercent = 0;
     quint64 scanFirst = 0;
     quint64 scanCurrent = 0;
-    QVector<SectorRange> badRanges;
+    QVector<SectorRange> badRanges; ///< one a failed block, at most kMaxBadRanges
 
     // The scan schedule.
     qint32 schedKind = 0;

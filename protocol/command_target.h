@@ -5,20 +5,12 @@
 #include "config/settings.h"
 #include "disk/device_record.h"
 #include "platform/accounts.h"
+#include "scan/scan_request.h"
 
 #include <QString>
 #include <QVector>
 
 #include <functional>
-
-/// A surface scan as a console or the schedule asks for it. Sectors of 512 bytes, both ends inclusive.
-struct ScanRequest
-{
-    qint32 device = 0;
-    qint32 blockSize = 0; ///< bytes
-    qint64 firstSector = 0;
-    qint64 lastSector = 0;
-};
 
 /// What the connections and the dispatcher need of the daemon. Event loop's thread only.
 class CommandTarget
