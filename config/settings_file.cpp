@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "config/settings_file.h"
+
+#include "disk/date_time_text.h"
+
+#include <QStringList>
+
+#include <limits>
+#include <variant>
+
+namespace {
+
+/// A number that is taken when it is greater than 0 and less than `limit`.
+struct NumberField
+{
+    qint32 Settings::*member;
+    qint32 limit;
+};
+
+struct PlainKey
+{
+    QLatin1String text; ///< what a line is searched for, "=" included
+    std::variant<bool Settings::*, NumberField, QString Settings::*> field;
+};
+
+const PlainKey kPopupNotify{QLatin1String("popupNotify="), &Settings::popupNotify};
+const PlainKey kEmailNotify{QLatin1String("emailNotify="), &Settings::emailNotify};
+const PlainKey kLogSysEvLog{QLatin1String("logSysEvLog="), &Settings::logSysEvLog};
+const PlainKey kCTemp{QLatin1String("cTemp="), NumberField{&Settings::cTemp, 100}};
+const PlainKey kWTemp{QLatin1String("wTemp="), NumberField{&Settings::wTemp, 100}};
+const PlainKey kWarnExtTask{QLatin1String("warnExtTask="), &Settings::warnExtTask};
+const PlainKey kCritExtTask{QLatin1String("critExtTask="), &Settings::critExtTask};
+const PlainKey kSmtpNeedAuth{QLatin1String("smtpNeedAuth="), &Settings::smtpNeedAuth};
+const PlainKey kSmtpPort{QLatin1String("smtpPort="), NumberField{&Settings::smtpPort, 100000}};
+const PlainKey kSmtpFrom{QLatin1String("smtpFrom="), &Settings::smtpFrom};
+const PlainKey kSmtpTo{QLatin1String("smtpTo="), &Settings::smtpTo};
+const PlainKey kSmtpSubj{QLatin1String("smtpSubj="), &Settings::smtpSubj};
+const PlainKey kSmtpServer{QLatin1String("smtpServer="), &Settings::smtpServer};
+const PlainKey kSmtpUser{QLatin1String("smtpUser="), &Settings::smtpUser};
+const PlainKey kSmtpPass{QLatin1String("smtpPass="), &Settings::smtpPass};
+
+/// A line is tested against every key in this order, and loses the text of each key that it holds.
+const PlainKey *const kReadingOrder[] = {
+    &kPopupNotify, &kEmailNotify, &kLogSysEvLog,  &kCTemp,    &kWTemp,
+    &kWarnExtTask, &kCritExtTask, &kSmtpNeedAuth, &kSmtpPort, &kSmtpFrom,
+    &kSmtpTo,      &kSmtpSubj,    &kSmtpServer,   &kSmtpUser, &kSmtpPass,
+};
+
+const PlainKey *const kWritingOrder[] = {
+    &kPopupNotify,  &kEmailNotify, &kCTemp,    &kWTemp,       &kLogSysEvLog,
+    &kSmtpNeedAuth, &kSmtpPort,    &kSmtpFrom, &kSmtpTo,      &kSmtpSubj,
+    &kSmtpServer,   &kSmtpUser,    &kSmtpPass, &kWarnExtTask, &kCritExtTask,
+};
+
+const QLatin1String kDiskKey("disk=");
+const QLatin1String kScanKey("scan=");
+
+constexpr int kDiskFields = 6;
+constexpr int kScanFieldsWithRanges = 7;
+
+/// What stands for a schedule without a valid time of day. As a moment it lies in 2106, beyond the years that
+/// a schedule can name.
+constexpr quint32 kNoScheduledMoment = std::numeric_limits<quint32>::max();
+
+/// The date of a scan that never was, and of a schedule that has a time but no valid date.
+const QDate kNoDate(1980, 1, 1);
+
+template <typename Function>
+void forEachLine(const QByteArray &file, Function take)
+{
+    for (int start = 0; start < file.size();) {
+        const int found = file.indexOf('\n', start);
+        const int end = found < 0 ? file.size() : found;
+        take(unscramble(QByteArray::fromRawData(file.constData() + start, end - start)));
+        start = end + 1;
+    }
+}
+
+void takeValue(Settings &settings, bool Settings::*member, const QString &value)
+{
+    const int number = value.toInt();
+    if (number == 0 || number == 1)
+        settings.*member = number == 1;
+}
+
+void takeValue(Settings &settings, const NumberField &field, const QString &value)
+{
+    const int number = value.toInt();
+    if (number > 0 && number < field.limit)
+        settings.*field.member = number;
+}
+
+void takeValue(Settings &settings, QString Settings::*member, const QString &value)
+{
+    settings.*member = value;
+}
+
+QString valueText(const Settings &settings, bool Settings::*member)
+{
+    return settings.*member ? QStringLiteral("1") : QStringLiteral("0");
+}
+
+QString valueText(const Settings &settings, const NumberField &field)
+{
+    return QString::number(settings.*field.member);
+}
+
+QString valueText(const Settings &settings, QString Settings::*member)
+{
+    return settings.*member;
+}
+
+void readSettingsLine(QString line, Settings &settings)
+{
+    for (const PlainKey *key : kReadingOrder) {
+        if (!line.contains(key->text))
+            continue;
+        line.remove(key->text);
+        std::visit([&](const auto &field) { takeValue(settings, field, line); }, key->field);
+    }
+}
+
+void setInitialState(DeviceRecord &device, const QDateTime &now)
+{
+    const quint64 last = lastScanSector(device.capacity);
+    device.scanPercent = 0;
+    device.scanFirst = 0;
+    device.scanCurrent = last;
+    device.scanTime = QDateTime(kNoDate, QTime(0, 0));
+    device.schedRange = {0, last};
+    device.schedDate = now.date();
+    device.schedTime = now.time();
+}
+
+/// The drive whose place in the list `text` is; null when there is none.
+DeviceRecord *namedDevice(DeviceList &devices, const QString &text)
+{
+    const int index = text.toInt();
+    return index >= 0 && index < devices.size() ? &devices[index] : nullptr;
+}
+
+void setSchedule(DeviceRecord &device, quint32 secondsSinceEpoch)
+{
+    const bool valid = secondsSinceEpoch != kNoScheduledMoment;
+    const QDateTime moment = valid ? QDateTime::fromSecsSinceEpoch(secondsSinceEpoch) : QDateTime();
+    device.schedDate = moment.date();
+    device.schedTime = moment.time();
+}
+
+void readDiskLine(const QString &value, DeviceList &devices)
+{
+    const QStringList fields = value.split(u'!');
+    if (fields.size() != kDiskFields)
+        return;
+    DeviceRecord *device = namedDevice(devices, fields[0]);
+    if (!device)
+        return;
+    device->schedRange = {quint64(fields[1].toLongLong()), quint64(fields[2].toLongLong())};
+    device->schedKind = fields[3].toInt();
+    device->schedParam = fields[4].toInt();
+    setSchedule(*device, fields[5].toUInt());
+}
+
+/// The ranges that "first-last,first-last," writes; items that are no pair are passed over.
+QVector<SectorRange> badRangesFromText(const QString &text)
+{
+    QVector<SectorRange> ranges;
+    for (int start = 0; start < text.size() && ranges.size() < kMaxBadRanges;) {
+        const int found = text.indexOf(u',', start);
+        const int end = found < 0 ? text.size() : found;
+        const QVector<QStringRef> ends = text.midRef(start, end - start).split(u'-');
+        if (ends.size() == 2)
+            ranges.append({ends[0].toULongLong(), ends[1].toULongLong()});
+        start = end + 1;
+    }
+    return ranges;
+}
+
+void readScanLine(const QString &value, DeviceList &devices)
+{
+    const QStringList fields = value.split(u';');
+    DeviceRecord *device = namedDevice(devices, fields[0]);
+    if (!device)
+        return;
+    device->scanError = 0;
+    device->scanPercent = fields.value(2).toInt();
+    device->scanFirst = fields.value(3).toULongLong();
+    device->scanCurrent = fields.value(4).toULongLong();
+    const DateAndTime scanTime = parseDateTime(fields.value(5));
+    device->scanTime = QDateTime(scanTime.date, scanTime.time);
+    device->badRanges =
+        fields.size() == kScanFieldsWithRanges ? badRangesFromText(fields[6]) : QVector<SectorRange>();
+}
+
+quint32 scheduledSeconds(const DeviceRecord &device)
+{
+    if (!device.schedTime.isValid())
+        return kNoScheduledMoment;
+    // A daily or weekly schedule has use for its time alone, which must survive a date that is not one.
+    const QDate date = device.schedDate.isValid() ? device.schedDate : kNoDate;
+    return quint32(QDateTime(date, device.schedTime).toSecsSinceEpoch());
+}
+
+QString diskLine(int index, const DeviceRecord &device)
+{
+    return kDiskKey + QStringLiteral("%1!%2!%3!%4!%5!%6")
+                          .arg(index)
+                          .arg(qint64(device.schedRange.first))
+                          .arg(qint64(device.schedRange.last))
+                          .arg(device.schedKind)
+                          .arg(device.schedParam)
+                          .arg(scheduledSeconds(device));
+}
+
+QString scanLine(int index, const DeviceRecord &device)
+{
+    QString line = kScanKey + QStringLiteral("%1;0;%2;%3;%4;%5;")
+                                  .arg(index)
+                                  .arg(device.scanPercent)
+                                  .arg(device.scanFirst)
+                                  .arg(device.scanCurrent)
+                                  .arg(device.scanTime.toString(kDateTimeFormat));
+    for (const SectorRange &range : device.badRanges)
+        line += QString::number(range.first) + u'-' + QString::number(range.last) + u',';
+    return line;
+}
+
+} // namespace
+
+void readSettingsLines(const QByteArray &file, Settings &settings)
+{
+    forEachLine(file, [&settings](const QString &line) { readSettingsLine(line, settings); });
+}
+
+void readDriveState(const QByteArray &file, DeviceList &devices, const QDateTime &now)
+{
+    for (DeviceRecord &device : devices)
+        setInitialState(device, now);
+    forEachLine(file, [&devices](QString line) {
+        if (line.contains(kDiskKey))
+            readDiskLine(line.remove(kDiskKey), devices);
+        if (line.contains(kScanKey))
+            readScanLine(line.remove(kScanKey), devices);
+    });
+}
+
+QByteArray settingsFileText(const Settings &settings, const DeviceList &devices, const OffsetSource &offsets)
+{
+    QByteArray text;
+    const auto append = [&](const QString &line) { text += scramble(line, offsets()) + '\n'; };
+    for (const PlainKey *key : kWritingOrder)
+        append(key->text +
+               std::visit([&](const auto &field) { return valueText(settings, field); }, key->field));
+    for (int i = 0; i < devices.size(); ++i)
+        append(diskLine(i, devices[i]));
+    for (int i = 0; i < devices.size(); ++i)
+        append(scanLine(i, devices[i]));
+    return text;
+}
