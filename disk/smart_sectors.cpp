@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "disk/smart_sectors.h"
+
+#include "disk/attribute_catalogue.h"
+#include "disk/life_time.h"
+
+#include <algorithm>
+
+namespace {
+
+// Both sectors hold a table of slots after a version word; a slot of one belongs to the same slot of the
+// other.
+constexpr int kTableOffset = 2;
+constexpr int kSlotSize = 12;
+constexpr int kSlotCount = 30;
+constexpr int kOfflineStatus = 362;
+constexpr int kOfflineCapability = 367;
+constexpr int kSmartCapability = 368;
+
+namespace slot {
+constexpr int kId = 0;
+constexpr int kThreshold = 1; // in the threshold sector
+constexpr int kFlags = 1;
+constexpr int kCurrent = 3;
+constexpr int kWorst = 4;
+constexpr int kRaw = 5; // 48 bits
+} // namespace slot
+
+constexpr quint32 kPowerOnTime = 9;
+constexpr quint32 kTemperature = 194;
+
+ByteView slotAt(ByteView sector, int number)
+{
+    return sector.mid(kTableOffset + kSlotSize * number, kSlotSize);
+}
+
+/// Whole degrees from the low word; the bytes above it hold the extremes of many drives. What no drive
+/// survives is in tenths.
+quint64 degrees(quint16 reported)
+{
+    return reported > 100 ? reported / 10U : reported;
+}
+
+quint64 rawValue(ByteView entry)
+{
+    if (entry.u8(slot::kId) == kTemperature)
+        return degrees(entry.le16(slot::kRaw));
+    return entry.le32(slot::kRaw) | quint64(entry.le16(slot::kRaw + 4)) << 32;
+}
+
+AttributeEntry parseEntry(ByteView entry, ByteView threshold)
+{
+    AttributeEntry attribute;
+    attribute.id = entry.u8(slot::kId);
+    attribute.name = attribute_catalogue::name(qint32(attribute.id));
+    attribute.description = attribute_catalogue::description(qint32(attribute.id));
+    attribute.raw = rawValue(entry);
+    attribute.current = entry.u8(slot::kCurrent);
+    attribute.worst = entry.u8(slot::kWorst);
+    attribute.threshold = threshold.u8(slot::kThreshold);
+    attribute.flags = entry.le16(slot::kFlags);
+    attribute.notPrefailure = ~attribute.flags & 1U;
+    attribute.flagBit2 = attribute.flags >> 2 & 1U;
+    return attribute;
+}
+
+/// Keeps what other parts of the service want at hand.
+void noteAttribute(DeviceRecord &device, const AttributeEntry &attribute)
+{
+    if (attribute.id == kTemperature) {
+        device.hasTemperature = true;
+        device.temperature = qint32(attribute.raw);
+    } else if (attribute.id == kPowerOnTime) {
+        if (device.lifeTimeUnit == 0)
+            device.lifeTimeUnit = life_time::unitFromSize(attribute.raw);
+        device.powerOnRaw = attribute.raw;
+        device.powerOnRawLast = attribute.raw;
+    }
+}
+
+} // namespace
+
+void smart_sectors::applyFullRead(DeviceRecord &device, const SmartSectors &sectors)
+{
+    const ByteView data(sectors.data);
+    const ByteView thresholds(sectors.thresholds);
+    device.offlineStatus = data.u8(kOfflineStatus);
+    device.offlineCapability = data.u8(kOfflineCapability);
+    device.smartCapability = data.le16(kSmartCapability);
+
+    for (int i = 0; i < kSlotCount && slotAt(data, i).u8(slot::kId) != 0; ++i) {
+        device.attributes.append(parseEntry(slotAt(data, i), slotAt(thresholds, i)));
+        noteAttribute(device, device.attributes.constLast());
+    }
+
+    if (device.attributes.isEmpty()) {
+        device.smartState = 0;
+        device.smartEnabled = 0;
+        return;
+    }
+    device.smartState = 1;
+    device.attributeCount = device.attributes.size();
+    device.previousTemperature = 0;
+    device.attributesPending.clear();
+}
+
+void smart_sectors::applySynchronousRead(DeviceRecord &device, ByteView data)
+{
+    const int count = std::min(device.attributes.size(), kSlotCount);
+    for (int i = 0; i < count; ++i) {
+        AttributeEntry &attribute = device.attributes[i];
+        const ByteView entry = slotAt(data, i);
+        attribute.current = entry.u8(slot::kCurrent);
+        attribute.raw = rawValue(entry);
+        if (attribute.id == kTemperature)
+            device.temperature = qint32(attribute.raw);
+        else if (attribute.id == kPowerOnTime)
+            device.powerOnRaw = attribute.raw;
+    }
+}

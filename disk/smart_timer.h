@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include <QTimer>
+
+/// The watchdog of one reader.
+class SMART_timer : public QTimer
+{
+    Q_OBJECT
+
+public:
+    explicit SMART_timer(int index, QObject *parent = nullptr);
+
+Q_SIGNALS:
+    void needTerminated(int index);
+
+public Q_SLOTS:
+    void itsTime();
+
+private:
+    const int m_index; ///< of the reader's drive in the device list
+};
