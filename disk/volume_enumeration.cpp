@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "disk/volume_enumeration.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+constexpr int kLetters = 26;
+
+/// Four digits, a dash, four digits.
+QString serialText(quint32 serial)
+{
+    const QString digits = QStringLiteral("%1").arg(serial, 8, 16, QLatin1Char('0')).toUpper();
+    return digits.left(4) + QLatin1Char('-') + digits.mid(4);
+}
+
+VolumeEntry describe(VolumeSystem &volumes, const QString &name, int ordinal)
+{
+    VolumeEntry entry;
+    entry.ordinal = ordinal;
+    entry.volumeName = name;
+    entry.fileSystem = QStringLiteral("Unknown");
+    if (const std::optional<VolumeSpace> space = volumes.space(name)) {
+        entry.totalBytes = space->totalBytes;
+        entry.freeBytes = space->freeBytes;
+    }
+    if (const std::optional<VolumeInformation> information = volumes.information(name)) {
+        entry.label = information->label;
+        entry.fileSystem = information->fileSystem;
+        entry.volumeSerial = serialText(information->serial);
+    }
+    const QString devicePath = name.endsWith(QLatin1Char('\\')) ? name.chopped(1) : name;
+    entry.deviceNumber = volumes.deviceNumber(devicePath).value_or(-1);
+    return entry;
+}
+
+/// A volume with several letters keeps the first of them.
+void giveLetters(VolumeSystem &volumes, VolumeList &list)
+{
+    const quint32 inUse = volumes.logicalDrives();
+    for (int i = 0; i < kLetters; ++i) {
+        const QString letter = QChar(ushort('A' + i)) + QStringLiteral(":");
+        if ((inUse >> i & 1U) == 0 || volumes.driveType(letter) != VolumeSystem::kFixedDrive)
+            continue;
+        const QString root = letter + QLatin1Char('\\');
+        const std::optional<QString> name = volumes.volumeNameAt(root);
+        if (!name)
+            continue;
+        const auto entry = std::find_if(list.begin(), list.end(), [&name](const VolumeEntry &candidate) {
+            return candidate.volumeName == *name && candidate.root.isEmpty();
+        });
+        if (entry != list.end())
+            entry->root = root;
+    }
+}
+
+/// Volumes mounted in a folder, or nowhere.
+void numberTheRest(VolumeList &list)
+{
+    int number = 1;
+    for (VolumeEntry &entry : list) {
+        if (entry.root.isEmpty())
+            entry.root = QStringLiteral("%1:\\").arg(number++);
+    }
+}
+
+} // namespace
+
+VolumeList volume_enumeration::enumerate(VolumeSystem &volumes)
+{
+    VolumeList list;
+    const QStringList names = volumes.volumeNames();
+    for (int ordinal = 0; ordinal < names.size(); ++ordinal) {
+        if (volumes.driveType(names.at(ordinal)) == VolumeSystem::kFixedDrive)
+            list.append(describe(volumes, names.at(ordinal), ordinal));
+    }
+    giveLetters(volumes, list);
+    numberTheRest(list);
+    return list;
+}
+
+void volume_enumeration::assign(const VolumeList &volumes, DeviceList &devices)
+{
+    for (DeviceRecord &device : devices)
+        device.volumes.clear();
+    for (const VolumeEntry &volume : volumes) {
+        const auto device =
+            std::find_if(devices.begin(), devices.end(), [&volume](const DeviceRecord &candidate) {
+                return candidate.deviceNumber == volume.deviceNumber;
+            });
+        if (device != devices.end())
+            device->volumes.append(volume);
+    }
+}

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "disk/device_record.h"
+#include "disk/volume_entry.h"
+#include "platform/volumes.h"
+
+namespace volume_enumeration {
+
+/// The machine's fixed volumes in the system's order.
+[[nodiscard]] VolumeList enumerate(VolumeSystem &volumes);
+
+/// Replaces every drive's volumes by copies of those in `volumes` that lie on it. A volume goes to the first
+/// drive with its device number, or to none.
+void assign(const VolumeList &volumes, DeviceList &devices);
+
+} // namespace volume_enumeration
