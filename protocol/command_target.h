@@ -46,9 +46,12 @@ public:
     virtual void setScanSchedule(const QString &payload) = 0;
 
     virtual QVector<Account> accounts() = 0;
-    [[nodiscard]] virtual QString temperatureLogPath() const = 0;
+
+    /// The records of the temperature log between two moments of twelve digits each, as they stand in it.
+    virtual QString temperatureHistory(const QString &from, const QString &to) = 0;
 
     /// Starts a test mail from the parameters of SMTPTEST; false when they do not fit or a mail is under
-    /// way. `reply` is called once with the text for the console, in a later turn of the event loop.
-    virtual bool startSmtpTest(const QString &parameters, std::function<void(const QString &)> reply) = 0;
+    /// way. `finished` is called once with the transcript or the error text, in a later turn of the event
+    /// loop; it may be called, or dropped, after the console has gone.
+    virtual bool startSmtpTest(const QString &parameters, std::function<void(const QString &)> finished) = 0;
 };

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "protocol/command_target.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <utility>
+
+/// A daemon without drives: holds what it is given and writes down what it is asked to do.
+class FakeTarget : public CommandTarget
+{
+public:
+    bool paused = false;
+    bool detecting = false;
+    Settings settingsRecord;
+    DeviceList deviceList;
+    QVector<Account> accountList;
+    int runningScan = -1; ///< device index
+    bool takesTestMail = true;
+    std::function<void(const QString &)> testMailFinished;
+    std::function<void()> onRebindRequest = [] {};
+    QStringList calls;
+
+    [[nodiscard]] bool isPaused() const override { return paused; }
+    [[nodiscard]] bool isDetecting() const override { return detecting; }
+    Settings &settings() override { return settingsRecord; }
+    const DeviceList &devices() override { return deviceList; }
+    [[nodiscard]] bool isScanRunning(int device) const override { return device == runningScan; }
+
+    void resetInfo() override { calls << QStringLiteral("resetInfo"); }
+    void refreshInfo() override { calls << QStringLiteral("refreshInfo"); }
+    void checkHealth() override { calls << QStringLiteral("checkHealth"); }
+    void writeSettings() override { calls << QStringLiteral("writeSettings"); }
+
+    void requestRebind() override
+    {
+        calls << QStringLiteral("requestRebind");
+        onRebindRequest();
+    }
+
+    void startScan(const ScanRequest &request) override
+    {
+        calls << QStringLiteral("startScan %1 %2 %3 %4")
+                     .arg(request.device)
+                     .arg(request.blockSize)
+                     .arg(request.firstSector)
+                     .arg(request.lastSector);
+    }
+
+    bool stopScan(int device) override
+    {
+        calls << QStringLiteral("stopScan %1").arg(device);
+        return device >= 0 && device < deviceList.size();
+    }
+
+    void setScanSchedule(const QString &payload) override
+    {
+        calls << QStringLiteral("setScanSchedule ") + payload;
+    }
+
+    QVector<Account> accounts() override { return accountList; }
+
+    QString temperatureHistory(const QString &from, const QString &to) override
+    {
+        return QStringLiteral("<%1><%2>").arg(from, to);
+    }
+
+    bool startSmtpTest(const QString &parameters, std::function<void(const QString &)> finished) override
+    {
+        calls << QStringLiteral("startSmtpTest ") + parameters;
+        testMailFinished = std::move(finished);
+        return takesTestMail;
+    }
+};
