@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "monitor/monitor_log.h"
+
+Q_LOGGING_CATEGORY(lcMonitor, "halvex.monitor", QtWarningMsg)
