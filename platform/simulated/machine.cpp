@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "platform/simulated/machine.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+#include <utility>
+
+namespace {
+
+constexpr qint64 kNsPerMs = 1000000;
+constexpr qint64 kMostBytes = 16 * 1024 * 1024;
+
+qint64 nowNs()
+{
+    return QDateTime::currentMSecsSinceEpoch() * kNsPerMs;
+}
+
+/// The whole file; nullopt when it cannot be read, is no file of its own or is far too long.
+std::optional<QByteArray> contentOf(const QString &path)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray content = file.read(kMostBytes + 1);
+    if (content.size() > kMostBytes || file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    return content;
+}
+
+/// Reads files and notes how they stood.
+class NotingFiles : public MachineFiles
+{
+public:
+    std::optional<QByteArray> read(const QString &path) override
+    {
+        WatchedFile watched;
+        watched.path = path;
+        const qint64 now = nowNs(); // before the reading: what is written from here on must be noticed
+        watched.stamp = fileStamp(path);
+        watched.settled = isSettled(watched.stamp, now);
+        std::optional<QByteArray> content = contentOf(path);
+        watched.content = content.value_or(QByteArray());
+        m_noted.append(watched);
+        return content;
+    }
+
+    bool canRead(const QString &path) override
+    {
+        const QFileInfo info(path);
+        const bool readable = info.isFile() && info.isReadable();
+        if (!readable) // an image that is there may change as it likes, but this one must come first
+            m_noted.append({path, fileStamp(path), QByteArray(), true});
+        return readable;
+    }
+
+    [[nodiscard]] const QVector<WatchedFile> &noted() const { return m_noted; }
+
+private:
+    QVector<WatchedFile> m_noted;
+};
+
+/// Whether the file is no longer as it was read.
+bool hasChangedSince(WatchedFile &file)
+{
+    const qint64 now = nowNs();
+    const FileStamp stamp = fileStamp(file.path);
+    if (stamp != file.stamp)
+        return true;
+    if (file.settled)
+        return false;
+    if (contentOf(file.path).value_or(QByteArray()) != file.content)
+        return true;
+    file.settled = isSettled(stamp, now);
+    return false;
+}
+
+} // namespace
+
+Machine::Machine(MachineState state)
+    : m_state(std::make_shared<const MachineState>(std::move(state)))
+{}
+
+std::unique_ptr<Machine> Machine::fromFile(const QString &path, ProblemReport report, QString &problem)
+{
+    auto machine = std::make_unique<Machine>(MachineState());
+    machine->m_path = path;
+    machine->m_report = std::move(report);
+    problem = machine->load();
+    return problem.isEmpty() ? std::move(machine) : nullptr;
+}
+
+std::shared_ptr<const MachineState> Machine::state()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (hasChanged()) {
+        const QString problem = load();
+        if (!problem.isEmpty() && problem != m_reported)
+            m_report(problem);
+        m_reported = problem;
+    }
+    return m_state;
+}
+
+bool Machine::hasChanged()
+{
+    for (WatchedFile &file : m_watched) {
+        if (hasChangedSince(file))
+            return true;
+    }
+    return false;
+}
+
+/// Reads the files anew and takes their machine when it is valid. Gives the problem when it is not.
+QString Machine::load()
+{
+    NotingFiles files;
+    const std::optional<QByteArray> json = files.read(m_path);
+    MachineReply reply;
+    if (json)
+        reply = parseMachine(m_path, *json, files);
+    else
+        reply.problem = m_path + QStringLiteral(": cannot be read");
+    m_watched = files.noted();
+    if (reply.problem.isEmpty())
+        m_state = std::make_shared<const MachineState>(std::move(reply.machine));
+    return reply.problem;
+}

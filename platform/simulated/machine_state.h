@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "platform/accounts.h"
+#include "platform/volumes.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <optional>
+
+/// The simulated machine as values, filled from its file and never changed afterwards.
+
+/// One S.M.A.R.T. attribute, as it stands in the drive's two sectors.
+struct AttributeState
+{
+    quint8 id = 0;
+    quint16 flags = 0;
+    quint8 current = 0;
+    quint8 worst = 0;
+    quint8 threshold = 0;
+    quint64 raw = 0; ///< 48 bits
+};
+
+struct SmartState
+{
+    bool enabled = true;
+    quint8 offlineStatus = 0;
+    quint8 offlineCapability = 0;
+    quint16 smartCapability = 0;
+    QVector<AttributeState> attributes; ///< at most kMostAttributes
+
+    static constexpr int kMostAttributes = 30;
+};
+
+struct GeometryState
+{
+    qint64 cylinders = 0;
+    quint32 tracksPerCylinder = 255;
+    quint32 sectorsPerTrack = 63;
+};
+
+struct DescriptorState
+{
+    QString vendor;
+    QString product;
+    QString revision;
+    QString serial;
+};
+
+/// Sectors of 512 bytes whatever the drive's own size is, both ends inclusive.
+struct BadSectors
+{
+    quint64 first = 0;
+    quint64 last = 0;
+};
+
+struct DriveState
+{
+    int number = 0;
+    QString model;
+    QString serial;
+    QString firmware;
+    quint64 capacityBytes = 0;
+    quint32 bytesPerSector = 512;
+    GeometryState geometry;
+    quint16 ataMajor = 0;
+    quint16 ataMinor = 0;
+    SmartState smart;
+    DescriptorState descriptor;
+    quint32 deviceNumber = 0;
+    quint32 mediaType = 12;
+    QStringList answers;
+    quint32 openError = 0;
+    QString image; ///< path of the file that holds the sectors; empty for zero bytes
+    QVector<BadSectors> badSectors;
+    int smartDelayMs = 0;
+    int readDelayMs = 0;
+
+    // What the drive sends, 512 bytes each, made once so that a request only copies.
+    QByteArray identify;
+    QByteArray smartData;
+    QByteArray smartThresholds;
+};
+
+struct VolumeState
+{
+    QString name; ///< with its trailing backslash
+    QString letters;
+    quint32 driveType = VolumeSystem::kFixedDrive;
+    VolumeInformation information;
+    quint32 deviceNumber = 0;
+    VolumeSpace space;
+    QStringList fails; ///< the questions that get no answer
+};
+
+struct MachineState
+{
+    QVector<DriveState> drives;
+    QVector<VolumeState> volumes;
+    QVector<Account> accounts;
+    QString eventLog; ///< path; empty when events go nowhere
+
+    /// Null when the machine has no such drive.
+    [[nodiscard]] const DriveState *drive(int number) const
+    {
+        for (const DriveState &drive : drives) {
+            if (drive.number == number)
+                return &drive;
+        }
+        return nullptr;
+    }
+};
+
+/// What DriveState::answers and VolumeState::fails may hold.
+namespace answer_name {
+inline const QString kGeometry = QStringLiteral("geometry");
+inline const QString kPartition = QStringLiteral("partition");
+inline const QString kDeviceNumber = QStringLiteral("deviceNumber");
+inline const QString kDescriptor = QStringLiteral("descriptor");
+inline const QString kSmartVersion = QStringLiteral("smartVersion");
+inline const QString kAta = QStringLiteral("ata");
+inline const QString kSmart = QStringLiteral("smart");
+inline const QString kIde = QStringLiteral("ide");
+inline const QString kPredict = QStringLiteral("predict");
+} // namespace answer_name
+
+namespace failure_name {
+inline const QString kSpace = QStringLiteral("space");
+inline const QString kInformation = QStringLiteral("information");
+inline const QString kDeviceNumber = QStringLiteral("deviceNumber");
+} // namespace failure_name
