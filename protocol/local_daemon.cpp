@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "protocol/local_daemon.h"
+
+#include "protocol/consoles.h"
+#include "protocol/logging.h"
+
+#include <QLocalSocket>
+
+namespace {
+
+/// Stands for the address of a peer on this machine.
+QString localPeer()
+{
+    return QStringLiteral("Local");
+}
+
+/// Whether nobody serves the socket file `name`. A server that is only slow to answer is not gone.
+bool isAbandoned(const QString &name)
+{
+    constexpr int probeMs = 500;
+    QLocalSocket probe;
+    probe.connectToServer(name);
+    return !probe.waitForConnected(probeMs) && probe.error() == QLocalSocket::ConnectionRefusedError;
+}
+
+} // namespace
+
+localDaemon::localDaemon(Consoles &consoles, QObject *parent)
+    : QLocalServer(parent)
+    , m_consoles(consoles)
+{
+    connect(this, &QLocalServer::newConnection, this, &localDaemon::incommingConnection);
+}
+
+bool localDaemon::listen(const QString &name)
+{
+    if (QLocalServer::listen(name))
+        return true;
+    const bool replaceable = serverError() == QAbstractSocket::AddressInUseError && isAbandoned(name);
+    if (replaceable && removeServer(name) && QLocalServer::listen(name))
+        return true;
+    qCWarning(logProtocol).noquote() << "Cannot listen under" << name << ":" << errorString();
+    return false;
+}
+
+void localDaemon::incommingConnection()
+{
+    QLocalSocket *const socket = nextPendingConnection();
+    if (socket == nullptr)
+        return;
+    if (!m_consoles.admit(*socket)) {
+        socket->abort();
+        socket->deleteLater();
+        return;
+    }
+    m_current = socket;
+    socket->setReadBufferSize(m_consoles.limits().lineBytes + 1);
+    connect(socket, &QLocalSocket::disconnected, this, [this, socket] { disconnectLocalConnection(socket); });
+    connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+        if (socket == m_current)
+            readLocalConnection();
+        else
+            socket->readAll(); // unread bytes would keep us from learning that it has gone
+    });
+    socket->write(m_consoles.firstLine(localPeer()));
+    qCDebug(logProtocol, "New Connection from Local");
+}
+
+/// All that has arrived counts as one line: a partial line, or two at once, do not unscramble.
+void localDaemon::readLocalConnection()
+{
+    QLocalSocket &socket = *m_current;
+    if (socket.state() != QLocalSocket::ConnectedState)
+        return; // it has said DIS
+    const ConnectionLimits &limits = m_consoles.limits();
+    if (socket.bytesAvailable() > limits.lineBytes || socket.bytesToWrite() > limits.unsentBytes) {
+        qCDebug(logProtocol, "Dropping the local connection for a line too long or replies unread");
+        socket.abort();
+        return;
+    }
+    const auto lateReply = [client = m_current](const QByteArray &wire) {
+        if (client && client->state() == QLocalSocket::ConnectedState)
+            client->write(wire);
+    };
+    const Consoles::Answer answer = m_consoles.answer(socket.readAll(), localPeer(), lateReply);
+    socket.write(answer.wire);
+    if (answer.closes)
+        socket.disconnectFromServer();
+}
+
+void localDaemon::disconnectLocalConnection(QLocalSocket *socket)
+{
+    socket->disconnect(this);
+    socket->deleteLater();
+    qCDebug(logProtocol, "Disconnected Local");
+}

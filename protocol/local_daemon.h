@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include <QLocalServer>
+#include <QPointer>
+
+class Consoles;
+class QLocalSocket;
+
+/// Serves one console of this machine at a time: a new connection takes over from the one before, which
+/// stays open but is no longer heard.
+class localDaemon : public QLocalServer
+{
+    Q_OBJECT
+
+public:
+    /// `consoles` outlives the server.
+    explicit localDaemon(Consoles &consoles, QObject *parent = nullptr);
+
+    /// Listens under `name`. A socket file that a killed service left behind is replaced; one that somebody
+    /// serves is left alone, and listening fails.
+    bool listen(const QString &name);
+
+private Q_SLOTS:
+    void incommingConnection();
+    void readLocalConnection();
+    void disconnectLocalConnection(QLocalSocket *socket);
+
+private:
+    Consoles &m_consoles;
+    QPointer<QLocalSocket> m_current;
+};
