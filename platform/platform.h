@@ -6,6 +6,7 @@
 #include "platform/drives.h"
 #include "platform/event_log.h"
 #include "platform/service_key.h"
+#include "platform/service_manager.h"
 #include "platform/volumes.h"
 
 #include <QString>
@@ -20,5 +21,6 @@ struct Platform
     std::unique_ptr<AccountSystem> accounts;
     std::unique_ptr<EventLog> eventLog;
     std::unique_ptr<ServiceKey> serviceKey;
+    std::unique_ptr<ServiceManager> serviceManager;
     QString localSocketName; ///< what the local client socket listens under
 };

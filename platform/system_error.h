@@ -24,6 +24,12 @@ inline constexpr quint32 kInvalidParameter = 87;
 inline constexpr quint32 kSemTimeout = 121;
 inline constexpr quint32 kInsufficientBuffer = 122;
 inline constexpr quint32 kOperationAborted = 995;
+inline constexpr quint32 kServiceRequestTimeout = 1053;
+inline constexpr quint32 kServiceAlreadyRunning = 1056;
+inline constexpr quint32 kServiceDoesNotExist = 1060;
+inline constexpr quint32 kServiceCannotAcceptControl = 1061;
+inline constexpr quint32 kServiceNotActive = 1062;
+inline constexpr quint32 kNotStartedByManager = 1063; // ERROR_FAILED_SERVICE_CONTROLLER_CONNECT
 inline constexpr quint32 kIoDevice = 1117;
 inline constexpr quint32 kDeviceNotConnected = 1167;
 

@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "platform/platform.h"
+
+/// The machine this program runs on: its drives, volumes, accounts, event log, service key, service manager
+/// and local socket name. Each system's folder implements it.
+[[nodiscard]] Platform makeHostPlatform();

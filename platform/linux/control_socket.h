@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "platform/linux/file_descriptor.h"
+#include "platform/service_manager.h"
+
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+/// The socket over which a running service takes control requests: one packet with a control code in
+/// decimal, answered by one packet "<error> <state>" with the system error code and the ServiceState.
+namespace control_socket {
+
+/// Asks for the state alone (SERVICE_CONTROL_INTERROGATE).
+inline constexpr quint32 kInterrogate = 4;
+
+struct Answer
+{
+    quint32 error = system_error::kNone;
+    ServiceState state = ServiceState::Stopped;
+};
+
+struct Exchange
+{
+    int errnoValue = 0; ///< 0 when a service answered
+    Answer answer;
+};
+
+/// One request to the service behind `path`. Waits for the answer as long as the Windows service manager
+/// would, 30 s.
+[[nodiscard]] Exchange request(const QString &path, quint32 code);
+
+/// The service's end.
+class Server
+{
+public:
+    Server() = default;
+    Server(const Server &) = delete;
+    Server &operator=(const Server &) = delete;
+    ~Server(); ///< removes the socket file
+
+    /// Binds so that only the owner can connect, in place of a socket that a killed service left behind.
+    /// An errno value; EADDRINUSE when another service answers there.
+    [[nodiscard]] int listen(const QString &path);
+
+    /// Answers requests, one at a time, until `stop` becomes readable. A peer that sends nothing is left
+    /// after a second.
+    void serve(int stop, const std::function<Answer(quint32 code)> &answer);
+
+private:
+    QString m_path;
+    FileDescriptor m_listener;
+};
+
+} // namespace control_socket

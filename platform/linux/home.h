@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include <QString>
+
+/// The installation's directory and the names in it. $HALVEX_HOME moves it, so that several services run
+/// side by side.
+namespace home {
+
+inline constexpr char kDefaultDirectory[] = "/var/lib/halvex";
+
+/// Absolute, without a slash at its end.
+[[nodiscard]] QString directory();
+
+/// What the local client socket listens under: a path in the home directory when $HALVEX_HOME is set, else
+/// the plain name.
+[[nodiscard]] QString localSocketName();
+
+[[nodiscard]] QString serviceKeyPath(const QString &home);
+[[nodiscard]] QString controlSocketPath(const QString &home);
+/// The image path that goes into the service's key, so that the program directory is the home directory.
+[[nodiscard]] QString imagePath(const QString &home);
+
+} // namespace home

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "platform/host_platform.h"
+
+#include "platform/linux/home.h"
+#include "platform/linux/linux_accounts.h"
+#include "platform/linux/linux_service_key.h"
+#include "platform/linux/linux_service_manager.h"
+#include "platform/linux/no_drives.h"
+#include "platform/linux/syslog_event_log.h"
+
+#include <QFileInfo>
+
+namespace {
+
+/// Only the default home's service is the machine's own; sd_booted(3) tells of systemd in the same way.
+bool isManagedBySystemd(const QString &home)
+{
+    return home == QLatin1String(home::kDefaultDirectory) &&
+           QFileInfo(QStringLiteral("/run/systemd/system")).isDir();
+}
+
+} // namespace
+
+Platform makeHostPlatform()
+{
+    const QString home = home::directory();
+    Platform platform;
+    platform.drives = std::make_unique<NoDrives>();
+    platform.volumes = std::make_unique<NoVolumes>();
+    platform.accounts = std::make_unique<LinuxAccounts>();
+    platform.eventLog = std::make_unique<SyslogEventLog>();
+    platform.serviceKey = std::make_unique<LinuxServiceKey>(home::serviceKeyPath(home));
+    platform.serviceManager = std::make_unique<LinuxServiceManager>(home, isManagedBySystemd(home));
+    platform.localSocketName = home::localSocketName();
+    return platform;
+}

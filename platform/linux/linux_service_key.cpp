@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "platform/linux/linux_service_key.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace {
+
+constexpr qint64 kMaxFileSize = 1024 * 1024;
+
+/// nullopt when the file is not there or is anything else than a JSON object of a sensible size.
+std::optional<QJsonObject> readObject(const QString &path)
+{
+    QFile file(path);
+    // Opening a pipe or a device in the file's place could block for ever.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > kMaxFileSize)
+        return std::nullopt;
+    const QJsonDocument document = QJsonDocument::fromJson(file.read(kMaxFileSize));
+    if (!document.isObject())
+        return std::nullopt;
+    return document.object();
+}
+
+bool writeObject(const QString &path, const QJsonObject &object)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    file.write(QJsonDocument(object).toJson());
+    return file.commit(); // false, and the old file stays, if the write failed too
+}
+
+class JsonKey : public OpenKey
+{
+public:
+    explicit JsonKey(QJsonObject object)
+        : m_object(std::move(object))
+    {}
+
+    [[nodiscard]] std::optional<KeyValue> value(const QString &name) const override
+    {
+        const QJsonValue found = m_object.value(name);
+        if (found.isString())
+            return found.toString();
+        if (!found.isDouble())
+            return std::nullopt;
+        const double number = found.toDouble();
+        if (number < 0 || number > std::numeric_limits<quint32>::max() || number != std::floor(number))
+            return std::nullopt;
+        return quint32(number);
+    }
+
+private:
+    QJsonObject m_object;
+};
+
+} // namespace
+
+LinuxServiceKey::LinuxServiceKey(QString path)
+    : m_path(std::move(path))
+{}
+
+std::unique_ptr<OpenKey> LinuxServiceKey::open()
+{
+    std::optional<QJsonObject> object = readObject(m_path);
+    return object ? std::make_unique<JsonKey>(*std::move(object)) : nullptr;
+}
+
+bool LinuxServiceKey::write(const QVector<NamedNumber> &values)
+{
+    std::optional<QJsonObject> object = readObject(m_path);
+    if (!object)
+        return false;
+    for (const NamedNumber &number : values)
+        object->insert(number.name, qint64(number.value));
+    return writeObject(m_path, *object);
+}
+
+bool LinuxServiceKey::create(const QString &imagePath)
+{
+    return writeObject(m_path, {{QStringLiteral("ImagePath"), imagePath}});
+}

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "platform/linux/systemd_unit.h"
+
+#include "platform/linux/linux_error.h"
+#include "platform/program_name.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QSaveFile>
+
+#include <cerrno>
+
+namespace systemd_unit {
+
+namespace {
+
+QString unitName()
+{
+    return QLatin1String(kProgramName) + QStringLiteral(".service");
+}
+
+QString unitPath()
+{
+    return QStringLiteral("/etc/systemd/system/") + unitName();
+}
+
+/// A path as one word of a command line in a unit: quoted, without specifiers and variables.
+QByteArray quoted(const QString &path)
+{
+    QByteArray word = QFile::encodeName(path);
+    word.replace('\\', "\\\\").replace('"', "\\\"").replace('%', "%%").replace('$', "$$");
+    return '"' + word + '"';
+}
+
+/// A text that stays on its line and holds no specifiers.
+QByteArray oneLine(const QString &text)
+{
+    return text.simplified().toUtf8().replace('%', "%%");
+}
+
+ServiceOutcome systemctl(const QStringList &arguments)
+{
+    constexpr int kTimeout = 60000; // milliseconds
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral("systemctl"), arguments);
+    if (!process.waitForStarted(kTimeout))
+        return failureOf(ENOENT);
+    if (!process.waitForFinished(kTimeout))
+        return failureOf(ETIMEDOUT);
+    if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+        return {};
+    return {system_error::kGenFailure, QString::fromLocal8Bit(process.readAll()).simplified()};
+}
+
+ServiceOutcome writeUnit(const QByteArray &contents)
+{
+    QSaveFile file(unitPath());
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(contents);
+        if (file.commit())
+            return {};
+    }
+    return {system_error::kAccessDenied, file.errorString()};
+}
+
+} // namespace
+
+QByteArray text(const ServiceDefinition &service, const QString &account)
+{
+    const QByteArray user = account.isEmpty() ? QByteArray() : "User=" + oneLine(account) + '\n';
+    // StateDirectory hands the default home directory to the account that the service runs under.
+    return "[Unit]\n"
+           "Description=" +
+           oneLine(service.description) +
+           "\nAfter=network.target\n"
+           "\n[Service]\n"
+           "Type=exec\n"
+           "ExecStart=" +
+           quoted(service.programPath) + '\n' + user +
+           "StateDirectory=halvex\n"
+           "Restart=on-failure\n"
+           "\n[Install]\n"
+           "WantedBy=multi-user.target\n";
+}
+
+ServiceOutcome install(const ServiceDefinition &service, const QString &account)
+{
+    ServiceOutcome outcome = writeUnit(text(service, account));
+    if (outcome.ok())
+        outcome = systemctl({QStringLiteral("daemon-reload")});
+    if (outcome.ok() && service.startup == ServiceStartup::Automatic)
+        outcome = systemctl({QStringLiteral("enable"), unitName()});
+    if (!outcome.ok())
+        QFile::remove(unitPath());
+    return outcome;
+}
+
+ServiceOutcome remove()
+{
+    // The unit may be a package's: then there is nothing of ours to remove, but it no longer starts.
+    const ServiceOutcome outcome = systemctl({QStringLiteral("disable"), unitName()});
+    if (!outcome.ok())
+        return outcome;
+    if (QFile::exists(unitPath()) && !QFile::remove(unitPath()))
+        return failureOf(errno);
+    return systemctl({QStringLiteral("daemon-reload")});
+}
+
+ServiceOutcome start()
+{
+    return systemctl({QStringLiteral("start"), unitName()});
+}
+
+} // namespace systemd_unit

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "platform/system_error.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <optional>
+
+/// The control codes of the Windows service control manager (winsvc.h).
+namespace service_control {
+
+inline constexpr quint32 kStop = 1;
+inline constexpr quint32 kPause = 2;
+inline constexpr quint32 kContinue = 3;
+inline constexpr quint32 kFirstUserCode = 128;
+inline constexpr quint32 kLastUserCode = 255;
+
+[[nodiscard]] constexpr bool isUserCode(quint32 code)
+{
+    return code >= kFirstUserCode && code <= kLastUserCode;
+}
+
+} // namespace service_control
+
+/// What a service lets the manager send it (winsvc.h); user-defined codes are always accepted.
+namespace accepted_controls {
+
+inline constexpr quint32 kNone = 0;
+inline constexpr quint32 kStop = 1;
+inline constexpr quint32 kPauseContinue = 2;
+
+} // namespace accepted_controls
+
+/// With the numbers of winsvc.h.
+enum class ServiceState : quint32 {
+    Stopped = 1,
+    StartPending = 2,
+    StopPending = 3,
+    Running = 4,
+    ContinuePending = 5,
+    PausePending = 6,
+    Paused = 7,
+};
+
+/// What a running service tells the manager about itself.
+struct ServiceStatus
+{
+    ServiceState state = ServiceState::StartPending;
+    quint32 acceptedControls = accepted_controls::kNone;
+    std::chrono::milliseconds waitHint{0}; ///< how long a pending state may last
+};
+
+enum class ServiceStartup { Automatic, Manual };
+
+struct ServiceDefinition
+{
+    QString name;
+    QString description;
+    QString programPath;
+    QString
+        account; ///< with a machine or domain ("." for this one) before a backslash; empty: the local system
+    QString password;
+    ServiceStartup startup = ServiceStartup::Automatic;
+};
+
+/// How a request to the manager ended.
+struct ServiceOutcome
+{
+    quint32 error = system_error::kNone;
+    QString text; ///< the error in the system's own words
+
+    [[nodiscard]] bool ok() const { return error == system_error::kNone; }
+};
+
+/// How a control request ended.
+struct ControlOutcome
+{
+    bool opened = false; ///< the service was found and opened; `sent` tells nothing without it
+    ServiceOutcome sent;
+    ServiceState state = ServiceState::Stopped; ///< what the service reported after the request
+};
+
+/// What the dispatcher calls in the service, on threads of the dispatcher's own.
+class ServiceClient
+{
+public:
+    ServiceClient() = default;
+    ServiceClient(const ServiceClient &) = delete;
+    ServiceClient &operator=(const ServiceClient &) = delete;
+    virtual ~ServiceClient() = default;
+
+    /// The manager has started the service; called once, before any control request.
+    virtual void started(const QStringList &arguments) = 0;
+
+    /// Returns when the request has been carried out; false when the service is past carrying it out.
+    virtual bool controlRequested(quint32 code) = 0;
+};
+
+/// The system's service manager. Several services of one name never run on one installation. Requests about
+/// an installed service come from one thread; reportStatus() may come from any.
+class ServiceManager
+{
+public:
+    /// How the program was asked to run: as the installed service, or as a regular application that is
+    /// merely reachable like a service where the system allows it.
+    enum class RunMode { Service, Application };
+
+    ServiceManager() = default;
+    ServiceManager(const ServiceManager &) = delete;
+    ServiceManager &operator=(const ServiceManager &) = delete;
+    virtual ~ServiceManager() = default;
+
+    /// Full path of the running program's file.
+    [[nodiscard]] virtual QString programPath() const = 0;
+
+    [[nodiscard]] virtual bool isInstalled(const QString &name) = 0;
+    virtual ServiceOutcome install(const ServiceDefinition &service) = 0;
+    virtual ServiceOutcome uninstall(const QString &name) = 0;
+    virtual ServiceOutcome start(const QString &name, const QStringList &arguments) = 0;
+
+    /// nullopt when there is no such service or it cannot be asked.
+    [[nodiscard]] virtual std::optional<ServiceState> state(const QString &name) = 0;
+
+    /// Stop, pause, continue or a user-defined code, to the service wherever it runs.
+    virtual ControlOutcome control(const QString &name, quint32 code) = 0;
+
+    /// Connects this process to the manager and delivers to `client` until ServiceState::Stopped has been
+    /// reported. Blocks; called at most once in a manager's life. In application mode, started() is not
+    /// called. Fails with kNotStartedByManager when the program is not run as the installed service.
+    virtual ServiceOutcome runDispatcher(const QString &name, RunMode mode, ServiceClient &client) = 0;
+
+    virtual void reportStatus(const ServiceStatus &status) = 0;
+};

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+/// Makes the system's polite requests to end a program (SIGTERM, SIGINT) wait for a watcher instead of ending
+/// the process. Called on the main thread before any other thread exists. They stay caught until the process
+/// ends, so that a second request cannot cut a shutdown short.
+void catchStopSignals();
+
+/// Calls `requested` in the event loop for every caught request. Made and destroyed on the thread that
+/// called catchStopSignals(), while the application object exists.
+[[nodiscard]] std::unique_ptr<QObject> watchStopSignals(std::function<void()> requested);
