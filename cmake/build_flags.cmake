@@ -2,13 +2,24 @@
 
 add_library(halvex_build_flags INTERFACE)
 target_compile_options(halvex_build_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+    -Wno-gnu-zero-variadic-macro-arguments) # clang's and clang-tidy's: Qt's logging macros; gcc passes over it
 target_compile_definitions(halvex_build_flags INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH QT_NO_URL_CAST_FROM_STRING
     QT_DEPRECATED_WARNINGS)
+
+# What the sanitizers are told when a test runs; the programs that it starts inherit it.
+set(halvex_sanitizer_environment
+    "ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:check_initialization_order=1"
+    "UBSAN_OPTIONS=print_stacktrace=1"
+    "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1")
 
 if(HALVEX_SANITIZE)
     target_compile_options(halvex_build_flags INTERFACE
         -fsanitize=${HALVEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(halvex_build_flags INTERFACE -fsanitize=${HALVEX_SANITIZE})
+endif()
+
+if(HALVEX_FUZZERS)
+    target_compile_options(halvex_build_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()

@@ -3,6 +3,12 @@
 
 find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
 
+# A sanitizer makes a program several times slower, and ends it at its first finding.
+set(halvex_timeout_factor 1)
+if(HALVEX_SANITIZE)
+    set(halvex_timeout_factor 5)
+endif()
+
 function(halvex_add_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LABELS;LIBRARIES" ${ARGN})
     if(NOT ARG_SOURCES)
@@ -19,5 +25,7 @@ function(halvex_add_test name)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_link_libraries(${name} PRIVATE halvex Qt5::Test ${ARG_LIBRARIES})
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+    math(EXPR timeout "${ARG_TIMEOUT} * ${halvex_timeout_factor}")
+    set_tests_properties(${name} PROPERTIES
+        LABELS "${ARG_LABELS}" TIMEOUT ${timeout} ENVIRONMENT "${halvex_sanitizer_environment}")
 endfunction()
