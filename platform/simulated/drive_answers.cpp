@@ -123,12 +123,14 @@ ControlReply answerSmartVersion(const DriveState &, ByteView, MutableBytes outpu
 bool transferSuits(AtaCommand command, quint16 flags, quint32 length, quint32 offset)
 {
     using namespace ata_pass_through;
+    if (flags != 0 && offset != quint32(kDataOffset))
+        return false;
     if (readsSector(command))
-        return flags == kFlagDataIn && length == quint32(ata::kSectorSize) && offset == quint32(kDataOffset);
+        return flags == kFlagDataIn && length == quint32(ata::kSectorSize);
     if (command == AtaCommand::SmartStatus)
-        return flags == 0 && length == 0;
+        return (flags == 0 || flags == kFlagDataIn) && length == 0;
     const bool oneWay = flags == 0 || flags == kFlagDataIn || flags == kFlagDataOut;
-    return oneWay && length <= quint32(ata::kSectorSize);
+    return oneWay && length <= quint32(flags == 0 ? 0 : ata::kSectorSize);
 }
 
 bool ataHeaderSuits(ByteView header)
@@ -154,14 +156,15 @@ ControlReply answerAtaPassThrough(const DriveState &drive, ByteView input, Mutab
         return refused(system_error::kInsufficientBuffer);
     if (!ataHeaderSuits(request))
         return refused(system_error::kInvalidParameter);
-    const int length = int(request.le32(kDataTransferLength));
-    if (output.size() < (length > 0 ? kDataOffset + length : kHeaderSize))
+    const int dataEnd = kDataOffset + int(request.le32(kDataTransferLength));
+    const bool hasData = request.le16(kFlags) != 0;
+    if (output.size() < (hasData ? dataEnd : kHeaderSize))
         return refused(system_error::kInsufficientBuffer);
     const AtaAnswer answer = executeAta(drive, request.mid(kCurrentTaskFile, registers::kSize));
     output.copyIn(0, request);
     output.copyIn(kCurrentTaskFile, ByteView(answer.registerBlock));
     output.setLe32(kDataTransferLength, quint32(answer.data.size()));
-    if (answer.data.isEmpty())
+    if (!hasData)
         return answered(kHeaderSize);
     output.copyIn(kDataOffset, ByteView(answer.data));
     return answered(kDataOffset + answer.data.size());

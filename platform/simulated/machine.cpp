@@ -11,7 +11,7 @@
 namespace {
 
 constexpr qint64 kNsPerMs = 1000000;
-constexpr qint64 kMostBytes = 16 * 1024 * 1024;
+constexpr qint64 kMostBytes = qint64(16) << 20;
 
 qint64 nowNs()
 {

@@ -21,7 +21,7 @@ constexpr qint64 kHighest31Bits = 0x7FFFFFFF;
 constexpr qint64 kHighest32Bits = 0xFFFFFFFF;
 constexpr qint64 kHighest48Bits = 0xFFFFFFFFFFFF;
 constexpr qint64 kHighestExact = (qint64(1) << 53) - 1; // whole numbers beyond are not exact in JSON
-constexpr qint64 kLongestDelayMs = 3600 * 1000;
+constexpr qint64 kLongestDelayMs = 3600000;
 constexpr qint64 kCylindersThatFit = -1;
 
 const QStringList &allAnswers()
