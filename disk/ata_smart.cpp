@@ -8,13 +8,6 @@
 
 #include <algorithm>
 
-namespace {
-
-/// How long a cancelled reader gets to end.
-constexpr std::chrono::milliseconds kEndLimit{2000};
-
-} // namespace
-
 ATA_Smart::ATA_Smart(DriveSystem &drives, QObject *parent)
     : QObject(parent)
     , m_drives(drives)
@@ -33,6 +26,12 @@ void ATA_Smart::detectDevices()
 {
     endReaders();
     m_devices = detection::detect(m_drives);
+}
+
+void ATA_Smart::setTimeLimits(std::chrono::milliseconds read, std::chrono::milliseconds end)
+{
+    m_readLimit = read;
+    m_endLimit = end;
 }
 
 int ATA_Smart::countFixedDrives()
@@ -83,7 +82,7 @@ void ATA_Smart::endReaders()
         reader.watchdog->deleteLater(); // this may be a slot that its timeout has called
         reader.thread->cancel();
     }
-    const QDeadlineTimer deadline(kEndLimit);
+    const QDeadlineTimer deadline(m_endLimit);
     for (Reader &reader : m_readers)
         letGo(std::move(reader.thread), deadline);
     m_readers.clear();
@@ -166,7 +165,7 @@ std::optional<SmartSectors> ATA_Smart::readNow(int index)
         return thread->takeSectors();
     qCWarning(lcDisk) << device.path << "does not bring its S.M.A.R.T. data and is given up";
     thread->cancel();
-    letGo(std::move(thread), QDeadlineTimer(kEndLimit));
+    letGo(std::move(thread), QDeadlineTimer(m_endLimit));
     return std::nullopt;
 }
 

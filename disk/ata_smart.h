@@ -24,6 +24,8 @@ class ATA_Smart : public QObject
 public:
     /// How long a drive may take to bring its sectors before it is given up.
     static constexpr std::chrono::milliseconds kReadLimit{20000};
+    /// How long cancelled readers get to end before they are left behind.
+    static constexpr std::chrono::milliseconds kEndLimit{2000};
 
     /// `drives` outlives this object and every thread that it leaves behind.
     explicit ATA_Smart(DriveSystem &drives, QObject *parent = nullptr);
@@ -45,14 +47,14 @@ public:
     /// read gave nothing and, unless `force` is set, those that are not monitored.
     void readSynchronously(bool force);
 
-    /// Cancels the readers under way, drops what they bring and waits up to two seconds for them to end.
+    /// Cancels the readers under way, drops what they bring and waits for them to end, kEndLimit in all.
     void endReaders();
 
     /// Whether a thread still hangs in a request that cannot be cut off. Asked after endReaders() it tells
     /// that the process has to leave without destroying the drives.
     [[nodiscard]] bool leftThreadsBehind() const;
 
-    void setReadLimit(std::chrono::milliseconds limit) { m_readLimit = limit; }
+    void setTimeLimits(std::chrono::milliseconds read, std::chrono::milliseconds end);
 
 Q_SIGNALS:
     void finishedScanSMART(); ///< every reader is done or given up
@@ -84,4 +86,5 @@ private:
     int m_generation = 0; ///< counts the full reads: a signal of an earlier one's reader means nothing
     std::vector<std::unique_ptr<SMART_thread>> m_leftBehind;
     std::chrono::milliseconds m_readLimit = kReadLimit;
+    std::chrono::milliseconds m_endLimit = kEndLimit;
 };
