@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "console/client/scans.h"
+
+#include "console/client/field_reader.h"
+
+namespace client {
+
+namespace {
+
+constexpr int kFieldsBeforeRanges = 6;
+
+std::optional<BadRange> rangeItem(const QString &item)
+{
+    FieldReader fields(item.split(QLatin1Char('-')));
+    BadRange range;
+    range.first = fields.number<quint64>();
+    range.last = fields.number<quint64>();
+    if (!fields.fits() || range.first > range.last)
+        return std::nullopt;
+    return range;
+}
+
+std::optional<ScanStatus> statusItem(const QString &item)
+{
+    QStringList texts = item.split(QLatin1Char(';'));
+    QStringList ranges;
+    if (texts.size() == kFieldsBeforeRanges + 1)
+        ranges = texts.takeLast().split(QLatin1Char(','));
+    FieldReader fields(texts);
+    ScanStatus status;
+    status.drive = fields.number<qint32>(0);
+    status.state = ScanState(fields.number<qint32>(0, 2));
+    status.percent = fields.number<qint32>(0, 100);
+    status.firstSector = quint64(fields.number<qint64>(0));
+    // -1 for a drive without capacity that was never scanned: one before its first sector.
+    status.currentSector = quint64(std::max<qint64>(0, fields.number<qint64>(-1)));
+    status.time = fields.moment();
+    if (!fields.fits())
+        return std::nullopt;
+    for (const QString &text : ranges) {
+        const auto range = rangeItem(text);
+        if (!range)
+            return std::nullopt;
+        status.badRanges.append(*range);
+    }
+    return status;
+}
+
+/// `pairs` two-digit numbers; empty when `digits` is anything else.
+QVector<int> digitPairs(const QString &digits, int pairs)
+{
+    QVector<int> numbers;
+    for (int i = 0; i < pairs && digits.size() == 2 * pairs; ++i) {
+        const QString pair = digits.mid(2 * i, 2);
+        if (pair.at(0).isDigit() && pair.at(1).isDigit())
+            numbers.append(pair.toInt());
+    }
+    return numbers.size() == pairs ? numbers : QVector<int>();
+}
+
+std::optional<ScheduleEntry> scheduleItem(const QString &item)
+{
+    FieldReader fields(item.split(QStringLiteral("~;")));
+    ScheduleEntry entry;
+    entry.drive = fields.number<qint32>(0);
+    entry.kind = ScheduleKind(fields.number<qint32>(0, 3));
+    entry.weekday = fields.number<qint32>();
+    const QString date = fields.text();
+    const QString time = fields.text();
+    const QVector<int> dateParts = digitPairs(date, 3);
+    const QVector<int> timeParts = digitPairs(time, 3);
+    const bool hasDateText = !date.isEmpty();
+    const bool hasTimeText = !time.isEmpty();
+    if (!fields.fits() || hasDateText == dateParts.isEmpty() || hasTimeText == timeParts.isEmpty())
+        return std::nullopt;
+    if (hasDateText)
+        entry.date = QDate(2000 + dateParts.at(0), dateParts.at(1), dateParts.at(2));
+    if (hasTimeText)
+        entry.time = QTime(timeParts.at(0), timeParts.at(1), timeParts.at(2));
+    return entry;
+}
+
+} // namespace
+
+std::optional<QVector<ScanStatus>> parseScanStatus(const QString &reply)
+{
+    const auto payload = afterPrefix(reply, QStringLiteral("STATSCAN]!["));
+    if (!payload)
+        return std::nullopt;
+    QVector<ScanStatus> list;
+    if (payload->isEmpty())
+        return list;
+    for (const QString &item : payload->split(QLatin1Char('|'))) {
+        auto status = statusItem(item);
+        if (!status)
+            return std::nullopt;
+        list.append(*std::move(status));
+    }
+    return list;
+}
+
+std::optional<QVector<ScheduleEntry>> parseSchedule(const QString &reply)
+{
+    const auto payload = afterPrefix(reply, QStringLiteral("SCANSCHED"));
+    if (!payload)
+        return std::nullopt;
+    QVector<ScheduleEntry> list;
+    if (payload->isEmpty())
+        return list;
+    const QString separator = QStringLiteral("]![");
+    if (!payload->startsWith(separator))
+        return std::nullopt;
+    for (const QString &item : payload->mid(separator.size()).split(separator)) {
+        const auto entry = scheduleItem(item);
+        if (!entry)
+            return std::nullopt;
+        list.append(*entry);
+    }
+    return list;
+}
+
+} // namespace client

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "console/host.h"
+
+#include <cstdio>
+#include <windows.h>
+
+namespace host {
+
+namespace {
+
+HANDLE output()
+{
+    return GetStdHandle(STD_OUTPUT_HANDLE);
+}
+
+HANDLE input()
+{
+    return GetStdHandle(STD_INPUT_HANDLE);
+}
+
+bool isConsole(HANDLE handle)
+{
+    DWORD mode = 0;
+    return GetConsoleMode(handle, &mode) != 0;
+}
+
+void writeText(const wchar_t *text, size_t size)
+{
+    DWORD written = 0;
+    WriteConsoleW(output(), text, DWORD(size), &written, nullptr);
+}
+
+} // namespace
+
+struct FullScreen::State
+{
+    DWORD inputMode = 0;
+};
+
+void prepareConsole()
+{
+    SetConsoleOutputCP(CP_UTF8);
+    // Colours and bars are written as terminal sequences; older systems leave them off until asked.
+    DWORD mode = 0;
+    if (GetConsoleMode(output(), &mode) != 0)
+        SetConsoleMode(output(), mode | ENABLE_PROCESSED_OUTPUT | 0x0004 /* virtual terminal */);
+}
+
+bool isOutputTerminal()
+{
+    return isConsole(output());
+}
+
+bool isInputTerminal()
+{
+    return isConsole(input());
+}
+
+TerminalSize terminalSize()
+{
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (GetConsoleScreenBufferInfo(output(), &info) == 0)
+        return {};
+    return {info.srWindow.Right - info.srWindow.Left + 1, info.srWindow.Bottom - info.srWindow.Top + 1};
+}
+
+std::optional<QString> readHidden(const QString &prompt)
+{
+    DWORD mode = 0;
+    if (GetConsoleMode(input(), &mode) == 0)
+        return std::nullopt;
+    const std::wstring wide = prompt.toStdWString();
+    writeText(wide.data(), wide.size());
+    SetConsoleMode(input(), (mode | ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT) & ~DWORD(ENABLE_ECHO_INPUT));
+    wchar_t line[1024];
+    DWORD size = 0;
+    const bool isRead = ReadConsoleW(input(), line, DWORD(std::size(line)), &size, nullptr) != 0;
+    SetConsoleMode(input(), mode);
+    writeText(L"\r\n", 2);
+    if (!isRead)
+        return std::nullopt;
+    while (size > 0 && (line[size - 1] == L'\n' || line[size - 1] == L'\r'))
+        --size;
+    return QString::fromWCharArray(line, int(size));
+}
+
+QString localServiceName()
+{
+    return QStringLiteral("HalvexService001");
+}
+
+FullScreen::FullScreen()
+    : m_state(std::make_unique<State>())
+{
+    GetConsoleMode(input(), &m_state->inputMode);
+    SetConsoleMode(input(), m_state->inputMode &
+                                ~DWORD(ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT | ENABLE_PROCESSED_INPUT));
+    writeText(L"\033[?1049h\033[?25l", 14);
+}
+
+FullScreen::~FullScreen()
+{
+    writeText(L"\033[?25h\033[?1049l", 14);
+    SetConsoleMode(input(), m_state->inputMode);
+}
+
+char FullScreen::takeKey()
+{
+    INPUT_RECORD record{};
+    DWORD count = 0;
+    while (PeekConsoleInputW(input(), &record, 1, &count) != 0 && count == 1) {
+        ReadConsoleInputW(input(), &record, 1, &count);
+        if (record.EventType == KEY_EVENT && record.Event.KeyEvent.bKeyDown != 0 &&
+            record.Event.KeyEvent.uChar.AsciiChar != 0)
+            return record.Event.KeyEvent.uChar.AsciiChar;
+    }
+    return '\0';
+}
+
+} // namespace host

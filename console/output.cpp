@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "console/output.h"
+
+#include "console/host.h"
+
+Output::Output()
+    : m_out(stdout)
+    , m_err(stderr)
+{
+    m_out.setCodec("UTF-8");
+    m_err.setCodec("UTF-8");
+}
+
+void Output::print(const QString &line)
+{
+    m_out << line << Qt::endl;
+}
+
+void Output::print(const QStringList &lines)
+{
+    for (const QString &line : lines)
+        m_out << line << '\n';
+    m_out.flush();
+}
+
+void Output::print(const QJsonDocument &document)
+{
+    m_out << QString::fromUtf8(document.toJson());
+    m_out.flush();
+}
+
+void Output::note(const QString &line)
+{
+    if (!m_isQuiet)
+        m_err << line << Qt::endl;
+}
+
+void Output::complain(const QString &text)
+{
+    m_err << QStringLiteral("halvexctl: ") << text << Qt::endl;
+}
+
+render::Style outputStyle()
+{
+    if (!host::isOutputTerminal())
+        return {};
+    const bool isDumb = qEnvironmentVariable("TERM") == QLatin1String("dumb");
+    // https://no-color.org: set and not empty means no colour
+    const bool hasColour = qEnvironmentVariableIsEmpty("NO_COLOR") && !isDumb;
+    return {hasColour, true, host::terminalSize().columns};
+}

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "console/render/units.h"
+
+#include <QRegularExpression>
+
+#include <iterator>
+#include <limits>
+
+namespace render {
+
+namespace {
+
+constexpr qint64 kMinute = 60;
+constexpr qint64 kHour = 60 * kMinute;
+constexpr qint64 kDay = 24 * kHour;
+
+/// Three digits of a value below 999.5.
+QString threeDigits(double value)
+{
+    // 9.995 and 99.95 are the last values that would round up into a fourth digit.
+    const int decimals = value < 9.995 ? 2 : value < 99.95 ? 1 : 0;
+    return QString::number(value, 'f', decimals);
+}
+
+QString twoDigits(qint64 number)
+{
+    return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+}
+
+} // namespace
+
+QString sizeText(quint64 bytes)
+{
+    static const char *const kUnits[] = {"kB", "MB", "GB", "TB", "PB", "EB"};
+    constexpr double kStep = 1000.0;
+    constexpr double kRoundsUp = 999.5;
+    if (bytes < 1000)
+        return QStringLiteral("%1 B").arg(bytes);
+    double value = double(bytes) / kStep;
+    auto unit = std::begin(kUnits);
+    while (value >= kRoundsUp && std::next(unit) != std::end(kUnits)) {
+        value /= kStep;
+        ++unit;
+    }
+    return threeDigits(value) + QLatin1Char(' ') + QLatin1String(*unit);
+}
+
+QString rateText(double bytesPerSecond)
+{
+    constexpr double kMegabyte = 1e6;
+    return threeDigits(bytesPerSecond / kMegabyte) + QStringLiteral(" MB/s");
+}
+
+QString durationText(qint64 seconds)
+{
+    if (seconds < kMinute)
+        return QStringLiteral("%1 s").arg(seconds);
+    if (seconds < kHour)
+        return QStringLiteral("%1 min %2 s")
+            .arg(QString::number(seconds / kMinute), twoDigits(seconds % kMinute));
+    if (seconds < kDay)
+        return QStringLiteral("%1 h %2 min")
+            .arg(QString::number(seconds / kHour), twoDigits(seconds % kHour / kMinute));
+    return QStringLiteral("%1 d %2 h")
+        .arg(QString::number(seconds / kDay), QString::number(seconds % kDay / kHour));
+}
+
+QString timeText(const QDateTime &time)
+{
+    return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : QStringLiteral("-");
+}
+
+QString isoTime(const QDateTime &time)
+{
+    return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+}
+
+std::optional<qint32> parseBlockSize(const QString &text)
+{
+    static const QRegularExpression kForm(QStringLiteral("\\A([0-9]{1,9})([kKmM]?)\\z"));
+    const auto match = kForm.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    const QString unit = match.captured(2).toLower();
+    const qint64 factor = unit.isEmpty() ? 1 : unit == QLatin1String("k") ? 1024 : 1024 * 1024;
+    const qint64 bytes = match.captured(1).toLongLong() * factor;
+    if (bytes > std::numeric_limits<qint32>::max())
+        return std::nullopt;
+    return qint32(bytes);
+}
+
+std::optional<qint64> parseInterval(const QString &text)
+{
+    static const QRegularExpression kForm(QStringLiteral("\\A([0-9]{1,9})\\s*(s|m|min|h)?\\z"));
+    const auto match = kForm.match(text.trimmed());
+    if (!match.hasMatch())
+        return std::nullopt;
+    const QString unit = match.captured(2);
+    const qint64 seconds = unit.startsWith(QLatin1Char('m')) ? kMinute
+                           : unit == QLatin1String("h")      ? kHour
+                                                             : 1;
+    return match.captured(1).toLongLong() * seconds * 1000;
+}
+
+std::optional<QDateTime> parseTime(const QString &text)
+{
+    const QString unified = QString(text.trimmed()).replace(QLatin1Char('T'), QLatin1Char(' '));
+    for (const char *format : {"yyyy-MM-dd HH:mm:ss", "yyyy-MM-dd HH:mm", "yyyy-MM-dd"}) {
+        const QDateTime time = QDateTime::fromString(unified, QLatin1String(format));
+        if (time.isValid())
+            return time;
+    }
+    return std::nullopt;
+}
+
+} // namespace render
