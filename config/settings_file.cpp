@@ -121,9 +121,16 @@ void readSettingsLine(QString line, Settings &settings)
     }
 }
 
+/// 0 for a drive that has no sector.
+quint64 lastSector(quint64 capacity)
+{
+    const quint64 sectors = capacity / quint64(kScanSectorSize);
+    return sectors == 0 ? 0 : sectors - 1;
+}
+
 void setInitialState(DeviceRecord &device, const QDateTime &now)
 {
-    const quint64 last = lastScanSector(device.capacity);
+    const quint64 last = lastSector(device.capacity);
     device.scanPercent = 0;
     device.scanFirst = 0;
     device.scanCurrent = last;

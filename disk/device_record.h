@@ -39,12 +39,6 @@ struct SectorRange
     }
 };
 
-/// The last sector of a whole drive of `capacity` bytes; 0 when it holds no sector.
-[[nodiscard]] constexpr quint64 lastScanSector(quint64 capacity)
-{
-    return capacity < quint64(kScanSectorSize) ? 0 : capacity / quint64(kScanSectorSize) - 1;
-}
-
 /// A drive that drops out in the middle of a scan fails every block from there on; this keeps the record, the
 /// replies and the settings file at a few megabytes a drive.
 inline constexpr int kMaxBadRanges = 100000;

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "scan/scan_loop.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr quint64 kAreaSectors = 102400;
+
+/// Offsets are signed 64-bit numbers to the systems below: from this sector on they cannot be sought.
+constexpr quint64 kSeekableSectors = quint64(std::numeric_limits<qint64>::max()) / quint64(kScanSectorSize);
+
+SectorRange blockAt(quint64 first, quint64 last, quint64 sectorsPerBlock)
+{
+    return {first, first + std::min(sectorsPerBlock - 1, last - first)};
+}
+
+quint32 readBlock(Drive &drive, const SectorRange &block, MutableBytes buffer)
+{
+    if (block.last >= kSeekableSectors)
+        return system_error::kInvalidParameter;
+    const int length = int(block.last - block.first + 1) * kScanSectorSize;
+    const ReadReply reply =
+        drive.readAt(block.first * quint64(kScanSectorSize), MutableBytes(buffer.data(), length));
+    if (!reply.ok())
+        return reply.error;
+    return reply.bytesRead == length ? system_error::kNone : system_error::kHandleEof;
+}
+
+qint32 percentAt(quint64 sector, const SectorRange &range)
+{
+    if (range.first == range.last)
+        return 100;
+    const double step = 100.0 / double(range.last - range.first);
+    return qint32(double(sector - range.first) * step);
+}
+
+} // namespace
+
+ScanTotals scanSurface(Drive &drive, const SectorRange &range, MutableBytes buffer,
+                       const std::atomic<bool> &stopRequested, const ScanHooks &hooks)
+{
+    const auto sectorsPerBlock = quint64(buffer.size() / kScanSectorSize);
+    ScanTotals totals;
+    quint64 area = range.first / kAreaSectors;
+    bool areaIsBad = false;
+    for (quint64 sector = range.first;;) {
+        const SectorRange block = blockAt(sector, range.last, sectorsPerBlock);
+        const quint32 error = readBlock(drive, block, buffer);
+        const bool stopping = stopRequested;
+        if (stopping && error == system_error::kOperationAborted)
+            break;
+        const bool readable = error == system_error::kNone;
+        areaIsBad |= !readable;
+        totals.sectorsDone = block.last - range.first + 1;
+        hooks.blockDone({block, readable, percentAt(block.last, range)});
+        if (block.last / kAreaSectors != area) {
+            area = block.last / kAreaSectors;
+            ++totals.areasDone;
+            totals.badAreas += areaIsBad ? 1 : 0;
+            areaIsBad = false;
+            hooks.pause();
+        }
+        if (stopping || block.last == range.last) {
+            totals.badAreas += stopping && areaIsBad ? 1 : 0;
+            break;
+        }
+        sector = block.last + 1;
+    }
+    ++totals.areasDone;
+    return totals;
+}

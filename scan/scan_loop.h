@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "disk/device_record.h"
+#include "platform/drives.h"
+
+#include <atomic>
+#include <functional>
+
+/// What a run has come to. An area is 102400 sectors (50 MiB), counted from the drive's start.
+struct ScanTotals
+{
+    quint64 sectorsDone = 0;
+    quint64 areasDone = 0; ///< the last one counts even if the run ends within it
+    quint64 badAreas = 0;  ///< areas left, or stopped in, with a block that failed
+    bool openFailed = false;
+};
+
+/// A block that has been handled.
+struct ScanBlock
+{
+    SectorRange sectors;
+    bool readable = false;
+    qint32 percent = 0; ///< of the range, up to this block's end
+};
+
+/// What a run tells and asks as it goes on; called on the run's own thread.
+struct ScanHooks
+{
+    std::function<void(const ScanBlock &)> blockDone;
+    std::function<void()> pause; ///< once an area, so that the scan does not keep the drive to itself
+};
+
+/// Reads `range`, whose first sector is not beyond its last, from start to end in blocks of the buffer's
+/// whole sectors, at least one. A block that fails is told and passed over. Ends after the block in hand when
+/// a stop is requested; a block whose read was cut off by that stop is none. Nothing is allocated.
+ScanTotals scanSurface(Drive &drive, const SectorRange &range, MutableBytes buffer,
+                       const std::atomic<bool> &stopRequested, const ScanHooks &hooks);
