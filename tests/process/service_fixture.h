@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+/// A console that speaks the bare protocol: scrambles, unscrambles and waits for lines.
+class RawConsole
+{
+public:
+    /// Connects to the service on this machine; isConnected() tells.
+    explicit RawConsole(quint16 port);
+
+    [[nodiscard]] bool isConnected() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
+    [[nodiscard]] QTcpSocket &socket() { return m_socket; }
+
+    void sendBytes(const QByteArray &bytes);
+    void send(const QString &text);
+
+    /// The next line's text; null when none comes in time or the connection ends.
+    [[nodiscard]] QString readLine();
+    [[nodiscard]] QString ask(const QString &text);
+
+    /// Whether the service closes the connection in time.
+    [[nodiscard]] bool waitForEnd();
+
+private:
+    QTcpSocket m_socket;
+};
+
+/// The built service as a process of its own, with a private home, machine file and port. Whatever is still
+/// running when the test ends is killed.
+class ServiceFixture
+{
+public:
+    ServiceFixture();
+    ~ServiceFixture();
+    ServiceFixture(const ServiceFixture &) = delete;
+    ServiceFixture &operator=(const ServiceFixture &) = delete;
+
+    [[nodiscard]] QString home() const { return m_directory.path(); }
+    [[nodiscard]] QString path(const QString &fileName) const { return m_directory.filePath(fileName); }
+    [[nodiscard]] quint16 port() const { return m_port; }
+    [[nodiscard]] QProcess &process() { return m_process; }
+    /// The environment that makes a program meet this service: HALVEX_HOME and HALVEX_MACHINE.
+    [[nodiscard]] QProcessEnvironment environment() const;
+
+    /// Writes the machine file whole; the event log's key is added. The service sees the change at its next
+    /// request.
+    void writeMachine(QJsonObject machine);
+    /// Puts a value into the service's key; before start().
+    void setKeyValue(const QString &name, const QJsonValue &value);
+    void setVariable(const QString &name, const QString &value);
+
+    /// Starts the program and waits until it has reported its port.
+    [[nodiscard]] bool start(const QStringList &arguments = {QStringLiteral("-exec")});
+    /// Waits until the first detection has ended.
+    [[nodiscard]] bool waitUntilReady();
+    /// start() and waitUntilReady().
+    [[nodiscard]] bool serve();
+
+    /// Asks politely; the exit code, or -1 when the program did not end by itself in time.
+    [[nodiscard]] int stop();
+
+    /// The texts of the events written so far, in order.
+    [[nodiscard]] QStringList eventTexts() const;
+    /// What the program has printed; for failure messages.
+    [[nodiscard]] QByteArray output();
+
+private:
+    [[nodiscard]] quint16 reportedPort() const;
+
+    QTemporaryDir m_directory;
+    QJsonObject m_key;
+    QProcessEnvironment m_environment;
+    QProcess m_process;
+    QByteArray m_output;
+    quint16 m_port = 0;
+};
+
+/// A drive of the machine file: the real drive whose data lie in tests/fixtures/drives/.
+[[nodiscard]] QJsonObject realDrive(int number, const QString &dumpName);
+[[nodiscard]] QString drivesFixturePath();
