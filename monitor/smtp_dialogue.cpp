@@ -41,6 +41,8 @@ SmtpDialogue::SmtpDialogue(const SmtpMail &mail, const QString &hostName)
 
 QByteArray SmtpDialogue::receive(const QByteArray &bytes)
 {
+    if (m_outcome != Outcome::Open)
+        return {};
     QByteArray toSend;
     m_replySize += bytes.size();
     if (m_replySize > kMaxReplySize)
@@ -53,8 +55,8 @@ QByteArray SmtpDialogue::receive(const QByteArray &bytes)
 }
 
 /// Moves the lines of one reply from m_unread to the transcript; false while the reply is not complete. It
-/// ends with a line with a blank behind the code, and where the lines without a hyphen there run out: some
-/// servers send a bare code.
+/// ends with a line with a blank behind the code; or where the lines run out, if the last one has no hyphen
+/// there: some servers send a bare code.
 bool SmtpDialogue::takeReply()
 {
     int begin = 0;

@@ -33,6 +33,9 @@ public:
 
     /// Takes bytes from the server, cut anywhere, and returns what is to be sent for the replies that they
     /// complete. Once the outcome is not open any more, bytes are ignored.
+    ///
+    /// Lines that have neither blank nor hyphen behind their code belong to one reply if they arrive
+    /// together, so that the transcript tells all of what some other kind of server has to say.
     [[nodiscard]] QByteArray receive(const QByteArray &bytes);
 
     [[nodiscard]] Outcome outcome() const { return m_outcome; }

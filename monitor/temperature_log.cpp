@@ -20,6 +20,9 @@ constexpr int kOffset = 33; ///< makes ordinary values printable
 constexpr int kChunkSize = 1 << 18;
 static_assert(kChunkSize % kRecordSize == 0, "no record lies across two chunks");
 
+/// A reply is one line, scrambled to 8/3 of its size, and must fit into memory and an int.
+constexpr int kMaxHistorySize = 1 << 27;
+
 /// A moment as a number that orders like it: a record's first six characters, the year's on top.
 using Stamp = quint64;
 
@@ -43,20 +46,21 @@ Stamp stampOf(const QString &digits)
     return stampOf(moment.date, moment.time);
 }
 
+/// Eight bytes as they lie in the file, the first one on top.
 struct Record
 {
-    quint64 bytes; ///< the first one on top
+    quint64 bytes;
 
     [[nodiscard]] int value(int index) const { return int(bytes >> (56 - 8 * index) & 0xFF) - kOffset; }
+    [[nodiscard]] quint64 dateBytes() const { return bytes >> 40; }
 
-    /// Whether the six bytes of its moment are a valid date and time, and all eight are ASCII: then they are
-    /// their own stamp, and their own text.
-    [[nodiscard]] bool isPlain() const
+    [[nodiscard]] bool isAscii() const { return (bytes & 0x8080808080808080) == 0; }
+    [[nodiscard]] bool hasDate() const { return QDate::isValid(kFirstYear + value(0), value(1), value(2)); }
+    [[nodiscard]] bool hasTime() const
     {
-        return (bytes & 0x8080808080808080) == 0 &&
-               QDate::isValid(kFirstYear + value(0), value(1), value(2)) &&
-               QTime::isValid(value(3), value(4), value(5));
+        return quint32(value(3)) < 24 && quint32(value(4)) < 60 && quint32(value(5)) < 60;
     }
+    /// Its moment, if it is ASCII and has date and time: then the bytes are the characters.
     [[nodiscard]] Stamp plainStamp() const { return bytes >> 16; }
 };
 
@@ -87,7 +91,7 @@ public:
         const char *p = records;
         for (; p != end && goOn; p += kRecordSize) {
             const Record record{qFromBigEndian<quint64>(p)};
-            if (record.isPlain()) {
+            if (isPlain(record)) {
                 if (record.plainStamp() < m_from) {
                     appendPlain(run, p);
                     run = p + kRecordSize;
@@ -106,6 +110,20 @@ public:
     [[nodiscard]] const QString &text() const { return m_text; }
 
 private:
+    /// Whether the record is its own text and its moment's bytes are its stamp. Neighbours mostly share their
+    /// date, so it is looked at once.
+    bool isPlain(Record record)
+    {
+        if (!record.isAscii() || !record.hasTime())
+            return false;
+        if (record.dateBytes() != m_validDate) {
+            if (!record.hasDate())
+                return false;
+            m_validDate = record.dateBytes();
+        }
+        return true;
+    }
+
     void appendPlain(const char *begin, const char *end) { m_text += QLatin1String(begin, int(end - begin)); }
 
     bool readOther(const char *record)
@@ -119,6 +137,7 @@ private:
 
     Stamp m_from;
     Stamp m_to;
+    quint64 m_validDate = 0; ///< three bytes that are known to be a date; zeros are none
     QString m_text;
 };
 
@@ -182,7 +201,8 @@ QString temperatureHistory(const QString &path, const QString &from, const QStri
     for (;;) {
         const int size = int(file.read(chunk.data(), kChunkSize));
         const int whole = size - size % kRecordSize;
-        if (size <= 0 || !reader.read(chunk.constData(), whole) || whole != size)
+        if (size <= 0 || !reader.read(chunk.constData(), whole) || whole != size ||
+            reader.text().size() >= kMaxHistorySize)
             return reader.text();
     }
 }

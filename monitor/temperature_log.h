@@ -25,7 +25,8 @@ struct TemperatureReading
 void appendTemperature(const QString &path, const TemperatureReading &reading, const QDateTime &now);
 
 /// The records from `from` to `to` (twelve digits each, see parseDateTime()) as text, and the first one after
-/// `to`, where reading stops. Empty when the file cannot be opened or the path is not absolute.
+/// `to`, where reading stops. Empty when the file cannot be opened or the path is not absolute. Reading stops
+/// at about 128 MiB, too: no console waits for 16 million records.
 ///
 /// Moments compare as the local clock showed them, without daylight saving. An invalid date, in a record as
 /// in `from` or `to`, comes before every valid one; an invalid time of day counts as midnight.

@@ -233,6 +233,9 @@ void TestSmtp::failures_data()
     QTest::newRow("closed in mid-dialogue") << Lines{"220 mail\r\n", "250 mail\r\n", ""} << closed;
     QTest::newRow("closed instead of an answer to QUIT") << kPlainScript.mid(0, 6) + Lines{""} << closed;
     QTest::newRow("refused") << Lines{"554 go away\r\n"} << unexpected + QStringLiteral("554 go away\n");
+    QTest::newRow("some other server")
+        << Lines{"HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"}
+        << unexpected + QStringLiteral("HTTP/1.1 400 Bad Request\nConnection: close\n\n");
     QTest::newRow("garbage") << Lines{QByteArray("\0\xff\xfe\r\n", 5)} << unexpected;
     QTest::newRow("a megabyte") << Lines{QByteArray(1 << 20, '2')} << unexpected;
 }
