@@ -202,7 +202,7 @@ std::optional<int> QtServiceBase::run(ServiceManager::RunMode mode)
     QtServiceStarter starter(*this);
 
     if (mode == ServiceManager::RunMode::Application) {
-        QMetaObject::invokeMethod(&starter, &QtServiceStarter::slotStart, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(&starter, "slotStart", Qt::QueuedConnection);
         dispatcher.start();
     } else {
         application->installNativeEventFilter(&eventFilter);

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr qint64 kMaxFileSize = 1024 * 1024;
+constexpr qint64 kMaxFileSize = 1 << 20; // bytes
 
 /// nullopt when the file is not there or is anything else than a JSON object of a sensible size.
 std::optional<QJsonObject> readObject(const QString &path)

@@ -75,7 +75,7 @@ ServiceOutcome LinuxServiceManager::install(const ServiceDefinition &service)
         return errno ? failureOf(errno) : failureOf(EIO);
     if (!m_managedBySystemd)
         return {};
-    const ServiceOutcome outcome = systemd_unit::install(service, account);
+    ServiceOutcome outcome = systemd_unit::install(service, account);
     if (!outcome.ok())
         QFile::remove(home::serviceKeyPath(m_home));
     return outcome;
@@ -84,7 +84,7 @@ ServiceOutcome LinuxServiceManager::install(const ServiceDefinition &service)
 ServiceOutcome LinuxServiceManager::uninstall(const QString &)
 {
     if (m_managedBySystemd) {
-        const ServiceOutcome outcome = systemd_unit::remove();
+        ServiceOutcome outcome = systemd_unit::remove();
         if (!outcome.ok())
             return outcome;
     }
@@ -102,8 +102,8 @@ ServiceOutcome LinuxServiceManager::start(const QString &name, const QStringList
 
 std::optional<ServiceState> LinuxServiceManager::state(const QString &)
 {
-    const control_socket::Exchange exchange
-        = control_socket::request(home::controlSocketPath(m_home), control_socket::kInterrogate);
+    const control_socket::Exchange exchange =
+        control_socket::request(home::controlSocketPath(m_home), control_socket::kInterrogate);
     if (exchange.errnoValue == 0)
         return exchange.answer.state;
     return nobodyListens(exchange) ? std::optional(ServiceState::Stopped) : std::nullopt;

@@ -99,11 +99,13 @@ ServiceOutcome install(const ServiceDefinition &service, const QString &account)
 
 ServiceOutcome remove()
 {
-    // The unit may be a package's: then there is nothing of ours to remove, but it no longer starts.
-    const ServiceOutcome outcome = systemctl({QStringLiteral("disable"), unitName()});
+    ServiceOutcome outcome = systemctl({QStringLiteral("disable"), unitName()});
+    // Without a unit of ours there is at most a package's, which no longer starts by itself now.
+    if (!QFile::exists(unitPath()))
+        return {};
     if (!outcome.ok())
         return outcome;
-    if (QFile::exists(unitPath()) && !QFile::remove(unitPath()))
+    if (!QFile::remove(unitPath()))
         return failureOf(errno);
     return systemctl({QStringLiteral("daemon-reload")});
 }
