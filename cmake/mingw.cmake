@@ -1,0 +1,37 @@
+# Toolchain for Windows programs made on Debian with mingw-w64, and the static Qt of packaging/qt/build-qt.
+# HALVEX_WINDOWS says which: windows64 or windows32.
+
+set(HALVEX_WINDOWS windows64 CACHE STRING "Width of Windows to build for: windows64 or windows32")
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES HALVEX_WINDOWS)
+
+set(CMAKE_SYSTEM_NAME Windows)
+if(HALVEX_WINDOWS STREQUAL "windows32")
+    set(CMAKE_SYSTEM_PROCESSOR i686)
+else()
+    set(CMAKE_SYSTEM_PROCESSOR x86_64)
+endif()
+set(triplet ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32)
+set(CMAKE_C_COMPILER ${triplet}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${triplet}-g++-posix)
+set(CMAKE_RC_COMPILER ${triplet}-windres)
+
+execute_process(
+    COMMAND ${CMAKE_CURRENT_LIST_DIR}/../packaging/qt/build-qt --where ${HALVEX_WINDOWS}
+    OUTPUT_VARIABLE qt_prefix OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+if(NOT EXISTS ${qt_prefix}/complete)
+    message(FATAL_ERROR "There is no Qt for Windows yet: packaging/qt/build-qt ${HALVEX_WINDOWS} makes it.")
+endif()
+
+set(CMAKE_PREFIX_PATH ${qt_prefix})
+set(CMAKE_FIND_ROOT_PATH /usr/${triplet} ${qt_prefix})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# The programs need no DLL but the system's.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
+
+# Tests run under Wine, in a prefix of the build's own.
+set(CMAKE_CROSSCOMPILING_EMULATOR
+    env WINEPREFIX=${CMAKE_BINARY_DIR}/wine-prefix ${CMAKE_CURRENT_LIST_DIR}/../tests/windows/wine-run)
