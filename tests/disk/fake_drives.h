@@ -47,6 +47,13 @@ public:
         m_drives[path].stall = stall;
         m_changed.wakeAll();
     }
+    void stallNoMore()
+    {
+        const QMutexLocker lock(&m_mutex);
+        for (Script &script : m_drives)
+            script.stall = Stall::No;
+        m_changed.wakeAll();
+    }
     /// Drives open at this moment.
     int openDrives()
     {
