@@ -15,9 +15,9 @@ class CommandTarget;
 /// What keeps peers from taking more than their share.
 struct ConnectionLimits
 {
-    int connections = 1000;                ///< TCP and local together; one more is closed at once
-    qint64 lineBytes = 1024 * 1024;        ///< a longer line closes its connection
-    qint64 unsentBytes = 16 * 1024 * 1024; ///< who leaves more replies unread and asks again is closed
+    int connections = 1000;                        ///< TCP and local together; one more is closed at once
+    qint64 lineBytes = qint64{1024} * 1024;        ///< a longer line closes its connection
+    qint64 unsentBytes = qint64{16} * 1024 * 1024; ///< who leaves more unread and asks again is closed
 };
 
 /// What the two transports do alike for a console: the first line, the answer to a line, the limits. A

@@ -29,6 +29,7 @@ void TestScrambling::wireBytes_data()
     QTest::newRow("empty") << "" << 7 << QByteArray("0000000a07");
     QTest::newRow("offset 0 stays on M") << "AB" << 0 << QByteArray("00000012001c180470");
     QTest::newRow("offset 3 takes u 5 f x") << "AB" << 3 << QByteArray("000000120324602f45");
+    QTest::newRow("offset 90 takes 2 S @ 4") << "DIS" << 90 << QByteArray("000000125a60162c60");
     QTest::newRow("a sum of 128 is position 1") << "AB" << 64 << QByteArray("00000012407e316605");
 }
 
