@@ -10,7 +10,6 @@
 namespace {
 
 constexpr double kDefaultTimeoutSeconds = 5;
-constexpr double kWaitingTimeoutSeconds = 120;
 constexpr double kLongestTimeoutSeconds = 86400;
 constexpr int kMillisecondsPerSecond = 1000;
 
@@ -50,18 +49,31 @@ QHash<QString, QStringList> givenOptions(const QCommandLineParser &parser, const
     return given;
 }
 
-std::optional<UsageError> resolveTimeout(Arguments &arguments)
+/// The time that `option` gives; `usual` without it. Nothing when what it gives is no time.
+std::optional<std::chrono::milliseconds> timeOption(const Arguments &arguments, const QString &option,
+                                                    double usual)
 {
-    const auto text = arguments.value(QStringLiteral("timeout"));
-    const bool isWaiting = arguments.has(QStringLiteral("wait"));
+    const auto text = arguments.value(option);
     bool ok = true;
-    const double seconds = text        ? text->toDouble(&ok)
-                           : isWaiting ? kWaitingTimeoutSeconds
-                                       : kDefaultTimeoutSeconds;
+    const double seconds = text ? text->toDouble(&ok) : usual;
     if (!ok || !(seconds > 0) || seconds > kLongestTimeoutSeconds)
-        return UsageError{QStringLiteral("--timeout takes a number of seconds, not '%1'").arg(*text)};
-    arguments.timeout = std::chrono::milliseconds(qint64(seconds * kMillisecondsPerSecond));
-    arguments.isTimeoutGiven = text.has_value();
+        return std::nullopt;
+    return std::chrono::milliseconds(qint64(seconds * kMillisecondsPerSecond));
+}
+
+std::optional<UsageError> resolveTimes(Arguments &arguments)
+{
+    const QString timeout = QStringLiteral("timeout");
+    const QString wait = QStringLiteral("wait");
+    const auto allowed = timeOption(arguments, timeout, kDefaultTimeoutSeconds);
+    const auto patience = timeOption(arguments, wait, kDefaultTimeoutSeconds);
+    if (!allowed || !patience) {
+        return UsageError{QStringLiteral("--timeout and --wait take seconds, more than 0 and at most a day")};
+    }
+    arguments.timeout = *allowed;
+    arguments.isTimeoutGiven = arguments.has(timeout);
+    if (arguments.has(wait))
+        arguments.wait = patience;
     return std::nullopt;
 }
 
@@ -118,7 +130,8 @@ std::variant<Arguments, Answer, UsageError> parseArguments(const QStringList &wo
     const QStringList bare = bareWords(commandLine);
     const auto command = help::findCommand(bare);
     if (!command && !bare.isEmpty())
-        return UsageError{QStringLiteral("there is no command '%1'; see halvexctl --help").arg(bare.first())};
+        return UsageError{QStringLiteral("there is no command '%1'; see halvexctl --help")
+                              .arg(bare.mid(0, 2).join(QLatin1Char(' ')))};
 
     QCommandLineParser parser;
     for (const help::Option &option :
@@ -137,10 +150,12 @@ std::variant<Arguments, Answer, UsageError> parseArguments(const QStringList &wo
     arguments.command = *command;
     arguments.positionals = parser.positionalArguments().mid(help::wordCount(*command, bare));
     arguments.options = givenOptions(parser, *command);
-    if (auto error = resolveTimeout(arguments))
+    if (auto error = resolveTimes(arguments))
         return *error;
     if (auto error = resolveEndpoints(arguments, localName))
         return *error;
+    if (arguments.endpoints.size() > 1 && command->name != QLatin1String("hosts"))
+        return UsageError{QStringLiteral("only the command hosts takes several --host")};
     if (auto error = checkPositionals(arguments))
         return *error;
     return arguments;

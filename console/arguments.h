@@ -20,9 +20,10 @@ struct Arguments
     QStringList positionals; ///< without the command's own words
     QHash<QString, QStringList> options;
 
-    QVector<client::Endpoint> endpoints; ///< by --host, --port and --socket; never empty
-    std::chrono::milliseconds timeout{0};
+    QVector<client::Endpoint> endpoints;  ///< by --host, --port and --socket; never empty
+    std::chrono::milliseconds timeout{0}; ///< for a connection, and for each answer
     bool isTimeoutGiven = false;
+    std::optional<std::chrono::milliseconds> wait; ///< how long to wait until the service is ready
 
     [[nodiscard]] bool has(const QString &option) const { return options.contains(option); }
     /// The last value given; nothing when the option was not.

@@ -4,6 +4,13 @@
 
 #include "console/host.h"
 
+namespace {
+
+constexpr char kEraseToLineEnd[] = "\033[K";
+constexpr char kEraseToScreenEnd[] = "\033[J";
+
+} // namespace
+
 Output::Output()
     : m_out(stdout)
     , m_err(stderr)
@@ -28,6 +35,22 @@ void Output::print(const QJsonDocument &document)
 {
     m_out << QString::fromUtf8(document.toJson());
     m_out.flush();
+}
+
+void Output::redraw(const QStringList &lines, int previous)
+{
+    if (previous > 0)
+        m_out << QStringLiteral("\033[%1A").arg(previous);
+    for (const QString &line : lines)
+        m_out << line << kEraseToLineEnd << '\n';
+    m_out << kEraseToScreenEnd << Qt::flush;
+}
+
+void Output::fillScreen(const QStringList &lines)
+{
+    // Erased line by line behind the text: a screen cleared first would flicker.
+    m_out << "\033[H" << lines.join(QLatin1String(kEraseToLineEnd) + QStringLiteral("\r\n"))
+          << kEraseToLineEnd << kEraseToScreenEnd << Qt::flush;
 }
 
 void Output::note(const QString &line)

@@ -21,6 +21,12 @@ public:
     void print(const QStringList &lines);
     void print(const QJsonDocument &document);
 
+    /// `lines` over the `previous` lines printed last, on a terminal.
+    void redraw(const QStringList &lines, int previous);
+
+    /// `lines` from the terminal's upper left corner on, and nothing else.
+    void fillScreen(const QStringList &lines);
+
     /// What a person may want to know besides; silent after setQuiet().
     void note(const QString &line);
 

@@ -38,6 +38,9 @@ std::optional<ScanStatus> statusItem(const QString &item)
     status.time = fields.moment();
     if (!fields.fits())
         return std::nullopt;
+    // A drive that was never scanned carries the first day of 1980, whose two digits are those of 2080.
+    if (status.time.date() == QDate(2080, 1, 1))
+        status.time = QDateTime();
     for (const QString &text : ranges) {
         const auto range = rangeItem(text);
         if (!range)

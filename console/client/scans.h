@@ -37,6 +37,8 @@ struct ScanStatus
     quint64 currentSector = 0; ///< the last one handled
     QDateTime time;            ///< when the scan began, later when it ended; invalid when none was
     QVector<BadRange> badRanges;
+
+    [[nodiscard]] bool hasRun() const { return state == ScanState::Running || time.isValid(); }
 };
 
 [[nodiscard]] std::optional<QVector<ScanStatus>> parseScanStatus(const QString &reply);

@@ -15,10 +15,10 @@ Context::Context(Arguments arguments, Output &output)
 
 client::Result<client::Greeting> Context::greet()
 {
-    if (!m_arguments.has(QStringLiteral("wait")))
+    if (!m_arguments.wait)
         return m_session.start();
     m_output.note(QStringLiteral("waiting for the service at %1 ...").arg(displayName(m_session.endpoint())));
-    return m_session.startWhenReady(m_arguments.timeout);
+    return m_session.startWhenReady(*m_arguments.wait);
 }
 
 std::chrono::milliseconds Context::patience(std::chrono::milliseconds usual) const
@@ -53,7 +53,29 @@ CommandFunction commandFunction(const QString &name)
     static const QHash<QString, CommandFunction> kFunctions{
         {QStringLiteral("status"), runStatus},
         {QStringLiteral("smart"), runSmart},
+        {QStringLiteral("info"), runInfo},
+        {QStringLiteral("volumes"), runVolumes},
+        {QStringLiteral("watch"), runWatch},
+        {QStringLiteral("temperatures"), runTemperatures},
+        {QStringLiteral("scan status"), runScanStatus},
+        {QStringLiteral("scan start"), runScanStart},
+        {QStringLiteral("scan stop"), runScanStop},
+        {QStringLiteral("schedule show"), runScheduleShow},
+        {QStringLiteral("schedule set"), runScheduleSet},
+        {QStringLiteral("schedule clear"), runScheduleClear},
+        {QStringLiteral("settings show"), runSettingsShow},
+        {QStringLiteral("settings set"), runSettingsSet},
+        {QStringLiteral("mail-test"), runMailTest},
+        {QStringLiteral("users"), runUsers},
+        {QStringLiteral("login"), runLogin},
+        {QStringLiteral("hosts"), runHosts},
+        {QStringLiteral("count"), runCount},
+        {QStringLiteral("detect"), runDetect},
+        {QStringLiteral("refresh"), runRefresh},
+        {QStringLiteral("intervals"), runIntervals},
         {QStringLiteral("raw"), runRaw},
+        {QStringLiteral("completion"), runCompletion},
+        {QStringLiteral("man"), runMan},
     };
     return kFunctions.value(name, nullptr);
 }

@@ -49,6 +49,23 @@ QJsonArray drives(const QVector<client::Drive> &drives)
     return array;
 }
 
+QJsonArray volumes(const QVector<client::Volume> &volumes)
+{
+    QJsonArray array;
+    for (const client::Volume &volume : volumes) {
+        array.append(QJsonObject{
+            {QStringLiteral("drive"), volume.drive},
+            {QStringLiteral("volume"), volume.root},
+            {QStringLiteral("label"), volume.label},
+            {QStringLiteral("fileSystem"), volume.fileSystem},
+            {QStringLiteral("serial"), volume.serial},
+            {QStringLiteral("totalBytes"), number(volume.totalBytes)},
+            {QStringLiteral("freeBytes"), number(volume.freeBytes)},
+        });
+    }
+    return array;
+}
+
 QJsonObject service(const client::Greeting &greeting)
 {
     return {

@@ -13,6 +13,7 @@ namespace json {
 
 [[nodiscard]] QJsonObject drive(qint32 number, const client::Drive &drive);
 [[nodiscard]] QJsonArray drives(const QVector<client::Drive> &drives);
+[[nodiscard]] QJsonArray volumes(const QVector<client::Volume> &volumes);
 [[nodiscard]] QJsonObject service(const client::Greeting &greeting);
 /// As a JSON number while it can be one exactly, else as a text.
 [[nodiscard]] QJsonValue number(quint64 value);

@@ -19,8 +19,7 @@ int runRaw(Context &context)
 {
     const QString line = context.arguments().positionals.first();
     // A busy service answers some lines all the same, so what it says first is of no matter here.
-    const bool isWaiting = context.arguments().has(QStringLiteral("wait"));
-    if (isWaiting) {
+    if (context.arguments().wait) {
         const auto greeting = context.greet();
         if (!greeting)
             return context.fail(greeting.failure());

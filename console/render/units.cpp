@@ -56,9 +56,11 @@ QString durationText(qint64 seconds)
 {
     if (seconds < kMinute)
         return QStringLiteral("%1 s").arg(seconds);
-    if (seconds < kHour)
-        return QStringLiteral("%1 min %2 s")
-            .arg(QString::number(seconds / kMinute), twoDigits(seconds % kMinute));
+    if (seconds < kHour) {
+        const QString minutes = QStringLiteral("%1 min").arg(seconds / kMinute);
+        return seconds % kMinute == 0 ? minutes
+                                      : QStringLiteral("%1 %2 s").arg(minutes, twoDigits(seconds % kMinute));
+    }
     if (seconds < kDay)
         return QStringLiteral("%1 h %2 min")
             .arg(QString::number(seconds / kHour), twoDigits(seconds % kHour / kMinute));

@@ -15,7 +15,7 @@ namespace render {
 /// "123 MB/s".
 [[nodiscard]] QString rateText(double bytesPerSecond);
 
-/// "12 s", "3 min 20 s", "1 h 05 min", "2 d 4 h".
+/// "12 s", "3 min", "3 min 20 s", "1 h 05 min", "2 d 4 h".
 [[nodiscard]] QString durationText(qint64 seconds);
 
 /// Local time, "2026-11-15 00:36:07"; "-" for a moment that never was.

@@ -5,6 +5,7 @@
 #include "console/client/inventory.h"
 #include "console/client/requests.h"
 #include "console/client/short_replies.h"
+#include "console/client/survey.h"
 #include "console/scripted_service.h"
 
 #include <QTemporaryDir>
@@ -52,6 +53,7 @@ private Q_SLOTS:
     void reportsAMissingSocket();
     void waitsUntilTheServiceIsReady();
     void doesNotWaitForAnotherProtocol();
+    void asksSeveralAtTheSameTime();
 };
 
 void TestSession::greetsAndAsks()
@@ -204,6 +206,34 @@ void TestSession::doesNotWaitForAnotherProtocol()
     Session session(endpointOf(service), kPatience);
     QCOMPARE(session.startWhenReady(kPatience).failure().kind, FailureKind::NotUnderstood);
     QCOMPARE(connections, 1);
+}
+
+void TestSession::asksSeveralAtTheSameTime()
+{
+    // Each peer keeps its greeting until all three are connected: asked one after another, none would ever
+    // be answered.
+    ScriptedService services[3];
+    QVector<QTcpSocket *> sockets;
+    QVector<client::Endpoint> endpoints;
+    for (ScriptedService &service : services) {
+        service.accept = [&sockets](QTcpSocket &socket) {
+            sockets.append(&socket);
+            for (QTcpSocket *waiting : sockets.size() == 3 ? sockets : QVector<QTcpSocket *>())
+                waiting->write(ScriptedService::wire(ScriptedService::greeting()));
+        };
+        service.answer = [](QTcpSocket &socket, const QString &) {
+            socket.write(ScriptedService::wire(QStringLiteral("ALLDEVINFO_OK]![0")));
+        };
+        endpoints.append(endpointOf(service));
+    }
+    services[1].answer = [](QTcpSocket &socket, const QString &) { socket.write("garbage\r\n"); };
+    const auto answers = client::askAll(endpoints, kPatience);
+    QCOMPARE(answers.size(), 3);
+    QVERIFY(answers.at(0).isComplete());
+    QVERIFY(!answers.at(1).isComplete());
+    QCOMPARE(answers.at(1).failure.kind, FailureKind::NotUnderstood);
+    QVERIFY(answers.at(2).isComplete());
+    QCOMPARE(answers.at(2).endpoint.port, services[2].port());
 }
 
 QTEST_GUILESS_MAIN(TestSession)
