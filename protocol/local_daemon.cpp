@@ -7,7 +7,11 @@
 
 #include <QLocalSocket>
 
+#include <chrono>
+
 namespace {
+
+constexpr std::chrono::seconds kReopenInterval{1};
 
 /// Stands for the address of a peer on this machine.
 QString localPeer()
@@ -31,17 +35,30 @@ localDaemon::localDaemon(Consoles &consoles, QObject *parent)
     , m_consoles(consoles)
 {
     connect(this, &QLocalServer::newConnection, this, &localDaemon::incommingConnection);
+    // QLocalServer closes itself, and tells nobody, when it has no descriptor for a new connection.
+    connect(&m_reopenTimer, &QTimer::timeout, this, [this] {
+        if (!isListening() && openListener())
+            qCWarning(logProtocol).noquote() << "Listening again under" << m_name;
+    });
 }
 
 bool localDaemon::listen(const QString &name)
 {
-    if (QLocalServer::listen(name))
+    m_name = name;
+    if (!openListener()) {
+        qCWarning(logProtocol).noquote() << "Cannot listen under" << name << ":" << errorString();
+        return false;
+    }
+    m_reopenTimer.start(kReopenInterval);
+    return true;
+}
+
+bool localDaemon::openListener()
+{
+    if (QLocalServer::listen(m_name))
         return true;
-    const bool replaceable = serverError() == QAbstractSocket::AddressInUseError && isAbandoned(name);
-    if (replaceable && removeServer(name) && QLocalServer::listen(name))
-        return true;
-    qCWarning(logProtocol).noquote() << "Cannot listen under" << name << ":" << errorString();
-    return false;
+    const bool replaceable = serverError() == QAbstractSocket::AddressInUseError && isAbandoned(m_name);
+    return replaceable && removeServer(m_name) && QLocalServer::listen(m_name);
 }
 
 void localDaemon::incommingConnection()

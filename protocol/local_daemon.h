@@ -4,6 +4,8 @@
 
 #include <QLocalServer>
 #include <QPointer>
+#include <QString>
+#include <QTimer>
 
 class Consoles;
 class QLocalSocket;
@@ -19,7 +21,8 @@ public:
     explicit localDaemon(Consoles &consoles, QObject *parent = nullptr);
 
     /// Listens under `name`. A socket file that a killed service left behind is replaced; one that somebody
-    /// serves is left alone, and listening fails.
+    /// serves is left alone, and listening fails. Once it has succeeded, a listener that Qt closes for want
+    /// of descriptors is opened again as soon as there are some.
     bool listen(const QString &name);
 
 private Q_SLOTS:
@@ -28,6 +31,10 @@ private Q_SLOTS:
     void disconnectLocalConnection(QLocalSocket *socket);
 
 private:
+    bool openListener();
+
     Consoles &m_consoles;
     QPointer<QLocalSocket> m_current;
+    QString m_name;
+    QTimer m_reopenTimer;
 };

@@ -156,6 +156,7 @@ private Q_SLOTS:
     void newLocalConsoleTakesOver();
     void abandonedSocketFileIsReplaced();
     void servedSocketFileIsLeftAlone();
+    void closedLocalListenerComesBack();
 
     void changedPortWaitsForADisconnect();
     void newConnectionTakesTheChangeBack();
@@ -385,6 +386,17 @@ void TestConnections::servedSocketFileIsLeftAlone()
     localDaemon second(servers.tcp.consoles());
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot listen under .*")));
     QVERIFY(!second.listen(servers.localName));
+    Client client(servers, Local);
+    QVERIFY(client.receive().startsWith(QLatin1String("VER")));
+}
+
+/// Qt closes the listener like this when the process runs out of descriptors.
+void TestConnections::closedLocalListenerComesBack()
+{
+    Servers servers;
+    servers.local.close();
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Listening again under .*")));
+    QTRY_VERIFY(servers.local.isListening());
     Client client(servers, Local);
     QVERIFY(client.receive().startsWith(QLatin1String("VER")));
 }
