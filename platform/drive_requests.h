@@ -28,6 +28,7 @@ inline constexpr int kSectorsPerTrack = 16;   // 32 bits
 inline constexpr int kBytesPerSector = 20;    // 32 bits
 inline constexpr int kSize = 24;
 inline constexpr quint32 kFixedMedia = 12;
+inline constexpr quint32 kRemovableMedia = 11;
 } // namespace geometry
 
 /// PARTITION_INFORMATION

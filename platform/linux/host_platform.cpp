@@ -2,11 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/host_platform.h"
 
+#include "platform/linux/disk_numbers.h"
 #include "platform/linux/home.h"
 #include "platform/linux/linux_accounts.h"
+#include "platform/linux/linux_drives.h"
 #include "platform/linux/linux_service_key.h"
 #include "platform/linux/linux_service_manager.h"
-#include "platform/linux/no_drives.h"
+#include "platform/linux/linux_volumes.h"
 #include "platform/linux/syslog_event_log.h"
 
 #include <QFileInfo>
@@ -25,9 +27,10 @@ bool isManagedBySystemd(const QString &home)
 Platform makeHostPlatform()
 {
     const QString home = home::directory();
+    const auto numbers = std::make_shared<DiskNumbers>();
     Platform platform;
-    platform.drives = std::make_unique<NoDrives>();
-    platform.volumes = std::make_unique<NoVolumes>();
+    platform.drives = std::make_unique<LinuxDrives>(numbers);
+    platform.volumes = std::make_unique<LinuxVolumes>(numbers);
     platform.accounts = std::make_unique<LinuxAccounts>();
     platform.eventLog = std::make_unique<SyslogEventLog>();
     platform.serviceKey = std::make_unique<LinuxServiceKey>(home::serviceKeyPath(home));

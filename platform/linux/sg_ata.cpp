@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "platform/linux/sg_ata.h"
+
+#include "platform/drive_requests.h"
+
+namespace sg_ata {
+
+namespace {
+
+namespace reg = drive_request::registers;
+
+constexpr quint8 kAtaPassThrough16 = 0x85;
+constexpr quint8 kAtaPassThrough12 = 0xA1;
+
+// Protocol field, bits 4:1 of byte 1.
+constexpr quint8 kNonData = 3 << 1;
+constexpr quint8 kPioIn = 4 << 1;
+constexpr quint8 kPioOut = 5 << 1;
+
+// Byte 2: where the length stands, in what unit, and which way the data go.
+constexpr quint8 kLengthInSectorCount = 0x02;
+constexpr quint8 kLengthInBlocks = 0x04;
+constexpr quint8 kFromDevice = 0x08;
+constexpr quint8 kReturnRegisters = 0x20; // CK_COND
+
+constexpr quint8 kDescriptorSense = 0x72;
+constexpr quint8 kFixedSense = 0x70;
+constexpr quint8 kAtaReturnDescriptor = 0x09;
+constexpr quint8 kAtaReturnDescriptorLength = 12;
+
+constexpr quint8 kSenseRecovered = 0x01;
+constexpr quint8 kSenseNotReady = 0x02;
+constexpr quint8 kSenseIllegalRequest = 0x05;
+constexpr quint16 kAtaInformationAvailable = 0x001D; // additional sense code and qualifier
+
+quint8 protocol(Transfer transfer)
+{
+    switch (transfer) {
+    case Transfer::None:
+        return kNonData;
+    case Transfer::DataIn:
+        return kPioIn;
+    case Transfer::DataOut:
+        return kPioOut;
+    }
+    return kNonData;
+}
+
+/// The registers are asked for only where no data come: with a PIO transfer some devices then end the
+/// command as aborted although the data were right.
+quint8 flags(Transfer transfer)
+{
+    switch (transfer) {
+    case Transfer::None:
+        return kReturnRegisters;
+    case Transfer::DataIn:
+        return kFromDevice | kLengthInBlocks | kLengthInSectorCount;
+    case Transfer::DataOut:
+        return kLengthInBlocks | kLengthInSectorCount;
+    }
+    return 0;
+}
+
+/// The ATA return descriptor among the sense descriptors; empty when there is none.
+ByteView returnDescriptor(ByteView sense)
+{
+    const int end = std::min(sense.size(), 8 + int(sense.u8(7)));
+    for (int at = 8; at + 2 <= end; at += 2 + sense.u8(at + 1)) {
+        if (sense.u8(at) == kAtaReturnDescriptor && sense.u8(at + 1) == kAtaReturnDescriptorLength &&
+            sense.covers(at, 2 + kAtaReturnDescriptorLength))
+            return sense.mid(at, 2 + kAtaReturnDescriptorLength);
+    }
+    return {};
+}
+
+std::array<quint8, 8> registersOf(quint8 error, quint8 count, quint8 low, quint8 mid, quint8 high,
+                                  quint8 device, quint8 status)
+{
+    return {error, count, low, mid, high, device, status, 0};
+}
+
+/// What remains of the registers when the sense data hold none: an aborted command.
+std::array<quint8, 8> abortedRegisters()
+{
+    return registersOf(reg::kErrorAborted, 0, 0, 0, 0, 0, 0x50 | reg::kStatusError);
+}
+
+Verdict verdictFrom(quint8 key, const std::array<quint8, 8> &registers)
+{
+    const bool failed = (registers[reg::kCommand] & reg::kStatusError) != 0 || key > kSenseRecovered;
+    return {failed ? Outcome::Failed : Outcome::Done, registers};
+}
+
+} // namespace
+
+std::array<quint8, kLongCommandSize> longCommand(ByteView registers, Transfer transfer)
+{
+    std::array<quint8, kLongCommandSize> command{};
+    command[0] = kAtaPassThrough16;
+    command[1] = protocol(transfer);
+    command[2] = flags(transfer);
+    command[4] = registers.u8(reg::kFeatures);
+    command[6] = registers.u8(reg::kSectorCount);
+    command[8] = registers.u8(reg::kLbaLow);
+    command[10] = registers.u8(reg::kLbaMid);
+    command[12] = registers.u8(reg::kLbaHigh);
+    command[13] = registers.u8(reg::kDevice);
+    command[14] = registers.u8(reg::kCommand);
+    return command;
+}
+
+std::array<quint8, kShortCommandSize> shortCommand(ByteView registers, Transfer transfer)
+{
+    std::array<quint8, kShortCommandSize> command{};
+    command[0] = kAtaPassThrough12;
+    command[1] = protocol(transfer);
+    command[2] = flags(transfer);
+    command[3] = registers.u8(reg::kFeatures);
+    command[4] = registers.u8(reg::kSectorCount);
+    command[5] = registers.u8(reg::kLbaLow);
+    command[6] = registers.u8(reg::kLbaMid);
+    command[7] = registers.u8(reg::kLbaHigh);
+    command[8] = registers.u8(reg::kDevice);
+    command[9] = registers.u8(reg::kCommand);
+    return command;
+}
+
+Verdict readSense(ByteView sense)
+{
+    const quint8 format = sense.u8(0) & 0x7F;
+    const bool inDescriptors = format == kDescriptorSense;
+    const quint8 key = sense.u8(inDescriptors ? 1 : 2) & 0x0F;
+    const int codeAt = inDescriptors ? 2 : 12;
+    const quint16 code = quint16(sense.u8(codeAt) << 8 | sense.u8(codeAt + 1));
+
+    // Where the drive's registers are, it was the drive that answered, whatever the key makes of it.
+    if (inDescriptors) {
+        const ByteView ata = returnDescriptor(sense);
+        if (ata.size() > 0)
+            return verdictFrom(key, registersOf(ata.u8(3), ata.u8(5), ata.u8(7), ata.u8(9), ata.u8(11),
+                                                ata.u8(12), ata.u8(13)));
+    } else if (format == kFixedSense && code == kAtaInformationAvailable) {
+        return verdictFrom(key, registersOf(sense.u8(3), sense.u8(6), sense.u8(9), sense.u8(10), sense.u8(11),
+                                            sense.u8(5), sense.u8(4)));
+    }
+    if (key == kSenseIllegalRequest)
+        return {Outcome::NotKnown, {}};
+    if (key == kSenseNotReady)
+        return {Outcome::NotReady, {}};
+    return {Outcome::Failed, abortedRegisters()};
+}
+
+} // namespace sg_ata
