@@ -50,7 +50,7 @@ public:
     bool canRead(const QString &path) override
     {
         const QFileInfo info(path);
-        const bool readable = info.isFile() && info.isReadable();
+        const bool readable = info.exists() && !info.isDir() && info.isReadable(); // a device will do
         if (!readable) // an image that is there may change as it likes, but this one must come first
             m_noted.append({path, fileStamp(path), QByteArray(), true});
         return readable;

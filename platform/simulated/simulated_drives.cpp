@@ -4,11 +4,11 @@
 
 #include "platform/simulated/cancellation.h"
 #include "platform/simulated/drive_answers.h"
-
-#include <QFile>
+#include "platform/simulated/image_file.h"
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -54,7 +54,7 @@ private:
     const std::shared_ptr<Machine> m_machine;
     const int m_number;
     Cancellation m_cancellation;
-    QFile m_image; ///< opened by the first read, and again when the drive gets another image
+    ImageFile m_image; ///< opened by the first read, and again when the drive gets another image
 };
 
 ControlReply SimulatedDrive::control(quint32 code, ByteView input, MutableBytes output)
@@ -104,22 +104,10 @@ ReadReply SimulatedDrive::readSectors(const DriveState &drive, quint64 offset, M
 /// Fills the buffer from the image, and with zero bytes where the image ends before the drive does.
 bool SimulatedDrive::readImage(const QString &path, quint64 offset, MutableBytes buffer)
 {
-    if (m_image.fileName() != path || !m_image.isOpen()) {
-        m_image.close();
-        m_image.setFileName(path);
-        // Unbuffered: what is written into the image shows in the next read.
-        if (!m_image.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-            return false;
-    }
-    qint64 bytesRead = 0;
-    if (qint64(offset) < m_image.size()) {
-        if (!m_image.seek(qint64(offset)))
-            return false;
-        bytesRead = m_image.read(buffer.data(), buffer.size());
-    }
-    if (bytesRead < 0)
+    const std::optional<int> bytesRead = m_image.open(path) ? m_image.readAt(offset, buffer) : std::nullopt;
+    if (!bytesRead)
         return false;
-    std::memset(buffer.data() + bytesRead, 0, std::size_t(buffer.size() - bytesRead));
+    std::memset(buffer.data() + *bytesRead, 0, std::size_t(buffer.size() - *bytesRead));
     return true;
 }
 

@@ -26,7 +26,7 @@ public:
 
     /// The next line's text; null when none comes in time or the connection ends.
     [[nodiscard]] QString readLine();
-    [[nodiscard]] QString ask(const QString &text);
+    QString ask(const QString &text);
 
     /// Whether the service closes the connection in time.
     [[nodiscard]] bool waitForEnd();
