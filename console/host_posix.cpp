@@ -122,7 +122,7 @@ FullScreen::~FullScreen()
     std::signal(SIGHUP, m_state->handlers[1]);
 }
 
-char FullScreen::takeKey() // NOLINT(readability-convert-member-functions-to-static): needs the raw mode
+char FullScreen::takeKey()
 {
     char key = 0;
     return read(STDIN_FILENO, &key, 1) == 1 ? key : '\0';

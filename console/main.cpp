@@ -27,13 +27,13 @@ int main(int argc, char *argv[])
     host::prepareConsole();
     Output output;
     const auto parsed = parseArguments(QCoreApplication::arguments().mid(1), host::localServiceName());
+    if (const auto *arguments = std::get_if<Arguments>(&parsed))
+        return run(*arguments, output);
     if (const auto *answer = std::get_if<Answer>(&parsed)) {
         output.print(answer->text);
         return kExitFine;
     }
-    if (const auto *error = std::get_if<UsageError>(&parsed)) {
+    if (const auto *error = std::get_if<UsageError>(&parsed))
         output.complain(error->text);
-        return kExitUsage;
-    }
-    return run(std::get<Arguments>(parsed), output);
+    return kExitUsage;
 }

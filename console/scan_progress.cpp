@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/scan_progress.h"
 
+#include <cmath>
+
 void RateMeter::sample(qint64 milliseconds, const client::ScanStatus &status)
 {
     constexpr double kWeightOfLatest = 0.4;
@@ -23,17 +25,19 @@ void RateMeter::sample(qint64 milliseconds, const client::ScanStatus &status)
 
 std::optional<qint64> secondsLeft(const client::ScanStatus &status, quint64 sectors, double bytesPerSecond)
 {
+    constexpr double kLongestShown = 100.0 * 365 * 86400; // a century: the drive does not answer any more
     if (status.state != client::ScanState::Running || bytesPerSecond <= 0 ||
         status.currentSector < status.firstSector)
         return std::nullopt;
     const double done = double(status.currentSector - status.firstSector);
     const double toEnd = double(sectors) - 1 - double(status.firstSector);
     double left = 0;
-    if (toEnd > 0 && int(done * 100 / toEnd) == status.percent)
+    if (toEnd > 0 && std::floor(done * 100 / toEnd) == status.percent)
         left = toEnd - done;
     else if (status.percent > 0)
         left = done * (100.0 / status.percent - 1);
     else
         return std::nullopt;
-    return qint64(left * double(client::kScanSectorBytes) / bytesPerSecond);
+    const double seconds = left * double(client::kScanSectorBytes) / bytesPerSecond;
+    return seconds < kLongestShown ? std::optional<qint64>(qint64(seconds)) : std::nullopt;
 }

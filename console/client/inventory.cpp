@@ -8,6 +8,9 @@ namespace client {
 
 namespace {
 
+/// Degrees Celsius; what a drive reports has 16 bits, and tenths of degrees are divided by the service.
+constexpr qint32 kHottest = 6553;
+
 const QString kFieldSeparator = QStringLiteral("~;");
 const QString kItemSeparator = QStringLiteral("]~[");
 
@@ -36,7 +39,7 @@ std::optional<Drive> drivePayload(const QString &payload)
     drive.powerOnRaw = fields.number<qint64>();
     drive.powerOnRawLast = fields.number<qint64>();
     drive.hasTemperature = fields.flag();
-    drive.temperature = fields.number<qint32>();
+    drive.temperature = fields.number<qint32>(-kHottest, kHottest);
     drive.statusLevel = fields.number<qint32>(0, 3);
     drive.health = fields.number<qint32>();
     drive.monitored = fields.number<qint32>(0, 255);

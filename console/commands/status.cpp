@@ -8,13 +8,13 @@
 
 namespace {
 
-QString smartText(const client::Drive &drive)
+QString attributesText(const client::Drive &drive)
 {
     switch (drive.smartState) {
     case 1:
-        return QStringLiteral("%1 attributes").arg(drive.attributeCount);
+        return QString::number(drive.attributeCount);
     case 0:
-        return QStringLiteral("no attributes");
+        return QStringLiteral("none");
     default:
         return QStringLiteral("not read");
     }
@@ -32,7 +32,7 @@ QStringList driveTable(const QVector<client::Drive> &drives, const render::Style
     table.addColumn(QStringLiteral("Temp"), Align::Right);
     table.addColumn(QStringLiteral("Health"), Align::Right);
     table.addColumn(QStringLiteral("Level"));
-    table.addColumn(QStringLiteral("S.M.A.R.T."), Align::Left, Shrink::Yes);
+    table.addColumn(QStringLiteral("Attributes"), Align::Right);
     for (int i = 0; i < drives.size(); ++i) {
         const client::Drive &drive = drives.at(i);
         table.addRow({{QString::number(i)},
@@ -42,7 +42,7 @@ QStringList driveTable(const QVector<client::Drive> &drives, const render::Style
                       render::temperatureCell(drive),
                       render::healthCell(drive),
                       render::levelCell(drive),
-                      {smartText(drive)}});
+                      {attributesText(drive)}});
     }
     return table.lines(style);
 }

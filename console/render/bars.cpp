@@ -32,7 +32,7 @@ QString cellText(SurfaceCell cell, const Style &style)
 int cellOf(quint64 sector, quint64 sectors, int width)
 {
     const double position = double(sector) / double(sectors) * width;
-    return std::clamp(int(position), 0, width - 1);
+    return int(std::min(position, double(width - 1)));
 }
 
 } // namespace

@@ -43,7 +43,7 @@ Cell alert(const WatchState &state)
         const QString since = state.answered.isValid()
                                   ? QStringLiteral(" (last answer %1)").arg(timeText(state.answered))
                                   : QString();
-        return {QStringLiteral("no answer: ") + state.problem + since, Colour::Bad};
+        return {state.problem + since, Colour::Bad};
     }
     const qint32 worst = worstLevel(state.drives);
     if (worst <= 1)

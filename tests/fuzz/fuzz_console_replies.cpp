@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "console/client/greeting.h"
+#include "console/client/history.h"
+#include "console/client/inventory.h"
+#include "console/client/line_reader.h"
+#include "console/client/scans.h"
+#include "console/client/session.h"
+#include "console/client/short_replies.h"
+#include "console/render/bars.h"
+#include "console/render/chart.h"
+#include "console/render/text.h"
+#include "console/render/watch_screen.h"
+#include "console/scan_progress.h"
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int kColumns = 80;
+constexpr int kRows = 24;
+
+QVector<QByteArray> linesOf(const QByteArray &bytes, int cut)
+{
+    client::LineReader reader;
+    QVector<QByteArray> lines;
+    for (const QByteArray &part : {bytes.left(cut), bytes.mid(cut)}) {
+        reader.append(part);
+        while (const auto line = reader.takeLine())
+            lines.append(*line);
+    }
+    return lines;
+}
+
+/// What was taken for a reply can be shown, and stays within the screen.
+void show(const QString &reply)
+{
+    render::WatchState state;
+    state.drives = client::parseAllDrives(reply).value_or(QVector<client::Drive>());
+    state.scans = client::parseScanStatus(reply).value_or(QVector<client::ScanStatus>());
+    for (const client::Drive &drive : state.drives)
+        state.temperatures.append({0, drive.temperature});
+    for (const QString &line : render::watchScreen(state, kRows, 0, {false, true, kColumns})) {
+        if (render::columns(line) > kColumns)
+            std::abort();
+    }
+    for (const client::ScanStatus &scan : state.scans) {
+        if (render::surfaceMap(scan, 1000, kColumns, {}).size() != kColumns)
+            std::abort();
+        (void)secondsLeft(scan, 1000, 1e-9);
+    }
+    if (const auto history = client::parseHistory(reply))
+        (void)render::temperatureChart(history->records, kColumns, kRows);
+}
+
+} // namespace
+
+/// A line however it is cut, and the bytes as the text of a reply: no parser trips over anything.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QVector<QByteArray> lines = linesOf(bytes, 0);
+    if (linesOf(bytes, bytes.size() / 2) != lines)
+        std::abort();
+    for (const QByteArray &line : lines)
+        (void)client::plainText(line);
+
+    const QString reply = QString::fromUtf8(bytes);
+    (void)client::refusal(reply);
+    (void)client::parseGreeting(reply);
+    (void)client::parseDrive(reply, 0);
+    (void)client::parseAllVolumes(reply);
+    (void)client::parseAttributes(reply, 0);
+    (void)client::parseSchedule(reply);
+    (void)client::parseUser(reply, 0);
+    (void)client::parseRights(reply);
+    (void)client::parseVersion(reply);
+    (void)client::parseIntervals(reply);
+    (void)client::parseMailOutcome(reply);
+    show(reply);
+    return 0;
+}
