@@ -34,9 +34,12 @@ Stamp stampOf(const QDate &date, const QTime &time)
     if (!date.isValid())
         return kNoDate;
     const QTime clock = time.isValid() ? time : QTime(0, 0);
-    Stamp stamp = Stamp(date.year() - kFirstYear + kOffset);
-    for (const int part : {date.month(), date.day(), clock.hour(), clock.minute(), clock.second()})
-        stamp = stamp << 8 | Stamp(part + kOffset);
+    const int year = date.year() - kFirstYear + kOffset;
+    auto stamp = Stamp(year);
+    for (const int part : {date.month(), date.day(), clock.hour(), clock.minute(), clock.second()}) {
+        const int character = part + kOffset;
+        stamp = stamp << 8 | Stamp(character);
+    }
     return stamp;
 }
 

@@ -16,7 +16,7 @@ struct ServiceContext;
 
 /// The service's centre: owns the inventory, the scan workers, the mail sender, the periodic timers and the
 /// two state flags, and answers what the connections ask. Lives on the event loop's thread.
-class HxDaemon : public TcpServer, private CommandTarget
+class HxDaemon final : public TcpServer, private CommandTarget
 {
     Q_OBJECT
 

@@ -24,7 +24,8 @@ struct Scale
     /// The height of a bar in eighths of a row: at least one, so that a value is never taken for a gap.
     [[nodiscard]] int eighths(int value, int height) const
     {
-        return 1 + (value - lowest) * (height * kEighths - 1) / (highest - lowest);
+        const int span = std::max(highest - lowest, 1);
+        return 1 + (value - lowest) * (height * kEighths - 1) / span;
     }
 };
 

@@ -139,7 +139,7 @@ std::optional<BlockDisk> diskBelow(dev_t device, const QVector<BlockDisk> &disks
     if (depth >= kDeepestMapping)
         return std::nullopt;
     for (const dev_t slave : slavesOf(device)) {
-        if (const std::optional<BlockDisk> disk = diskBelow(slave, disks, depth + 1))
+        if (std::optional<BlockDisk> disk = diskBelow(slave, disks, depth + 1))
             return disk;
     }
     return std::nullopt;

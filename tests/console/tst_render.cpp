@@ -212,8 +212,9 @@ void TestRender::chartShowsGaps()
 {
     const QDateTime start(QDate(2026, 11, 15), QTime(8, 0));
     QVector<TemperatureRecord> records;
-    for (const auto &[minute, temperature] : {std::pair{0, 30}, {1, 31}, {4, 34}, {4, 33}, {5, 30}})
-        records.append({start.addSecs(qint64(60) * minute), 0, temperature});
+    for (const auto &[minute, temperature] :
+         {std::pair<qint64, int>{0, 30}, {1, 31}, {4, 34}, {4, 33}, {5, 30}})
+        records.append({start.addSecs(60 * minute), 0, temperature});
     records.append({start.addSecs(180), 0, std::nullopt}); // lost on the way, and out of order
     std::swap(records[2], records.last());
     std::swap(records[4], records.last());

@@ -12,7 +12,6 @@
 #include <QTest>
 
 using namespace std::chrono_literals;
-using client::Failure;
 using client::FailureKind;
 using client::Session;
 

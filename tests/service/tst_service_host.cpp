@@ -138,6 +138,22 @@ private Q_SLOTS:
     void whoServes();
 };
 
+static QByteArray usageText()
+{
+    return "\nprog -[i|u|e|t|p|r|c|v|h]\n"
+           "\t-i(nstall) [account] [password]\t: Install the service, optionally using given account and "
+           "password\n"
+           "\t-u(ninstall)\t: Uninstall the service.\n"
+           "\t-e(xec)\t\t: Run as a regular application. Useful for debugging.\n"
+           "\t-t(erminate)\t: Stop the service.\n"
+           "\t-p(ause)\t: Pause the service.\n"
+           "\t-r(esume)\t: Resume a paused service.\n"
+           "\t-c(ommand) num\t: Send command code num to the service.\n"
+           "\t-v(ersion)\t: Print version and status information.\n"
+           "\t-h(elp)   \t: Show this help\n"
+           "\tNo arguments\t: Start the service.\n";
+}
+
 void TestServiceHost::options_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -185,22 +201,9 @@ void TestServiceHost::options_data()
         << QStringList{"-version"} << notInstalled << 0
         << QByteArray("The service\n\tHalvex Service\n\tprog\n\nis not installed and not running\n\n")
         << QByteArray();
-    const QByteArray usage =
-        "\nprog -[i|u|e|t|p|r|c|v|h]\n"
-        "\t-i(nstall) [account] [password]\t: Install the service, optionally using given account and "
-        "password\n"
-        "\t-u(ninstall)\t: Uninstall the service.\n"
-        "\t-e(xec)\t\t: Run as a regular application. Useful for debugging.\n"
-        "\t-t(erminate)\t: Stop the service.\n"
-        "\t-p(ause)\t: Pause the service.\n"
-        "\t-r(esume)\t: Resume a paused service.\n"
-        "\t-c(ommand) num\t: Send command code num to the service.\n"
-        "\t-v(ersion)\t: Print version and status information.\n"
-        "\t-h(elp)   \t: Show this help\n"
-        "\tNo arguments\t: Start the service.\n";
-    QTest::newRow("help") << QStringList{"-h"} << Script() << 0 << usage << QByteArray();
+    QTest::newRow("help") << QStringList{"-h"} << Script() << 0 << usageText() << QByteArray();
     QTest::newRow("help before others")
-        << QStringList{"-help", "-install"} << Script() << 0 << usage << QByteArray();
+        << QStringList{"-help", "-install"} << Script() << 0 << usageText() << QByteArray();
 }
 
 void TestServiceHost::options()
