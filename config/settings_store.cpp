@@ -4,11 +4,11 @@
 
 #include "config/service_values.h"
 #include "config/settings_file.h"
+#include "platform/whole_file.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QLoggingCategory>
-#include <QSaveFile>
 
 #include <utility>
 
@@ -29,23 +29,17 @@ QByteArray readFile(const QString &path)
     return bytes;
 }
 
-void replaceFile(const QString &path, const QByteArray &bytes)
+void writeSettingsFile(const QString &path, const QByteArray &bytes)
 {
     qCDebug(lcConfig) << "Writing" << path;
     if (!QDir::isAbsolutePath(path))
         return;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        qCWarning(lcConfig) << "cannot write" << path << file.errorString();
-        return;
-    }
     // The mail account's password is in there, and scrambling hides it from nobody.
-    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    file.write(bytes);
-    if (!file.commit())
-        qCWarning(lcConfig) << "cannot write" << path << file.errorString();
-    else
+    const QString reason = replaceFile(path, bytes, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    if (reason.isEmpty())
         qCDebug(lcConfig) << "Writing finished";
+    else
+        qCWarning(lcConfig) << "cannot write" << path << reason;
 }
 
 } // namespace
@@ -68,8 +62,8 @@ void SettingsStore::writeSettings(const DeviceList &devices)
 {
     if (!writeServiceValues(m_key, m_settings))
         qCDebug(lcConfig) << "the service's key takes no values";
-    replaceFile(settingsFilePath(m_settings.programDirectory),
-                settingsFileText(m_settings, devices, m_offsets));
+    writeSettingsFile(settingsFilePath(m_settings.programDirectory),
+                      settingsFileText(m_settings, devices, m_offsets));
 }
 
 void SettingsStore::readDriveState(DeviceList &devices) const

@@ -2,11 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/linux/linux_service_key.h"
 
+#include "platform/whole_file.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 #include <cmath>
 #include <limits>
@@ -31,11 +32,7 @@ std::optional<QJsonObject> readObject(const QString &path)
 
 bool writeObject(const QString &path, const QJsonObject &object)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(QJsonDocument(object).toJson());
-    return file.commit(); // false, and the old file stays, if the write failed too
+    return replaceFile(path, QJsonDocument(object).toJson()).isEmpty();
 }
 
 class JsonKey : public OpenKey

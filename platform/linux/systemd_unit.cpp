@@ -4,10 +4,10 @@
 
 #include "platform/linux/linux_error.h"
 #include "platform/program_name.h"
+#include "platform/whole_file.h"
 
 #include <QFile>
 #include <QProcess>
-#include <QSaveFile>
 
 #include <cerrno>
 
@@ -56,13 +56,10 @@ ServiceOutcome systemctl(const QStringList &arguments)
 
 ServiceOutcome writeUnit(const QByteArray &contents)
 {
-    QSaveFile file(unitPath());
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(contents);
-        if (file.commit())
-            return {};
-    }
-    return {system_error::kAccessDenied, file.errorString()};
+    const QString reason = replaceFile(unitPath(), contents);
+    if (reason.isEmpty())
+        return {};
+    return {system_error::kAccessDenied, reason};
 }
 
 } // namespace
