@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QtEndian>
 
+#include <utility>
+
 namespace {
 
 constexpr int kRecordSize = 8;
@@ -110,7 +112,8 @@ public:
         return goOn;
     }
 
-    [[nodiscard]] const QString &text() const { return m_text; }
+    [[nodiscard]] int textSize() const { return m_text.size(); }
+    [[nodiscard]] QString takeText() { return std::move(m_text); }
 
 private:
     /// Whether the record is its own text and its moment's bytes are its stamp. Neighbours mostly share their
@@ -205,7 +208,7 @@ QString temperatureHistory(const QString &path, const QString &from, const QStri
         const int size = int(file.read(chunk.data(), kChunkSize));
         const int whole = size - size % kRecordSize;
         if (size <= 0 || !reader.read(chunk.constData(), whole) || whole != size ||
-            reader.text().size() >= kMaxHistorySize)
-            return reader.text();
+            reader.textSize() >= kMaxHistorySize)
+            return reader.takeText();
     }
 }

@@ -53,9 +53,10 @@ QString reply(const char *word, const QStringList &fields)
 }
 
 /// "WORD]![payload": the form of the list replies.
-QString listReply(const char *word, const QString &payload)
+QString listReply(const char *word, QString payload)
 {
-    return QLatin1String(word) + kRequestSeparator + payload;
+    payload.prepend(QLatin1String(word) + kRequestSeparator); // in place: a temperature history is long
+    return payload;
 }
 
 /// "WORD,[1,2]": the form of the replies to an index that is out of range.

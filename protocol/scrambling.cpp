@@ -131,15 +131,24 @@ void putHexNumber(char *out, int digitCount, quint32 number)
         putHexByte(out + i, number);
 }
 
-/// Combines every character of `base64` with the key and writes it as two digits.
-void scrambleBody(const QByteArray &base64, int offset, char *out)
+/// As many bytes as have a Base64 as long as the mask.
+constexpr int kChunkBytes = KeyMask::kSize / 4 * 3;
+
+int base64Length(int bytes)
 {
-    const KeyMask mask(offset, base64.size());
-    for (int start = 0; start < base64.size(); start += KeyMask::kSize) {
-        const char *in = base64.constData() + start;
-        const int count = std::min(base64.size() - start, KeyMask::kSize);
-        for (int i = 0; i < count; ++i, out += 2)
-            putHexByte(out, unsigned(in[i] ^ mask.data()[i]));
+    return (bytes + 2) / 3 * 4;
+}
+
+/// Combines every character of the Base64 of `bytes` with the key and writes it as two digits. Chunk by
+/// chunk: a long history would else fill fresh memory twice more on its way.
+void scrambleBody(const QByteArray &bytes, int offset, char *out)
+{
+    const KeyMask mask(offset, base64Length(bytes.size()));
+    for (int start = 0; start < bytes.size(); start += kChunkBytes) {
+        const int count = std::min(bytes.size() - start, kChunkBytes);
+        const QByteArray base64 = QByteArray::fromRawData(bytes.constData() + start, count).toBase64();
+        for (int i = 0; i < base64.size(); ++i, out += 2)
+            putHexByte(out, unsigned(base64.constData()[i] ^ mask.data()[i]));
     }
 }
 
@@ -186,11 +195,11 @@ QByteArray decodeBase64(const QByteArray &base64)
 
 QByteArray scramble(const QString &text, int offset)
 {
-    const QByteArray base64 = text.toUtf8().toBase64();
-    QByteArray line(kHeaderLength + 2 * base64.size(), Qt::Uninitialized);
+    const QByteArray bytes = text.toUtf8();
+    QByteArray line(kHeaderLength + 2 * base64Length(bytes.size()), Qt::Uninitialized);
     putHexNumber(line.data(), kLengthDigits, quint32(line.size()));
     putHexNumber(line.data() + kLengthDigits, kOffsetDigits, quint32(offset));
-    scrambleBody(base64, offset, line.data() + kHeaderLength);
+    scrambleBody(bytes, offset, line.data() + kHeaderLength);
     return line;
 }
 
@@ -208,5 +217,7 @@ QString unscramble(const QByteArray &line)
 
 QByteArray sendReply(const QString &text, const OffsetSource &offsets)
 {
-    return scramble(text, offsets()) + "\r\n";
+    QByteArray wire = scramble(text, offsets());
+    wire += "\r\n";
+    return wire;
 }
