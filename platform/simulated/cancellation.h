@@ -14,7 +14,9 @@ public:
     [[nodiscard]] bool wait(std::chrono::milliseconds delay)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        return !m_changed.wait_for(lock, delay, [this] { return m_cancelled; });
+        if (delay.count() > 0) // a wait of no time at all would still put the thread to sleep
+            m_changed.wait_for(lock, delay, [this] { return m_cancelled; });
+        return !m_cancelled;
     }
 
     void cancel()
