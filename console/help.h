@@ -37,6 +37,9 @@ struct ExitStatus
     QString text;
 };
 
+/// What the program is for, and whom it asks when it is not told; a sentence each.
+[[nodiscard]] QString introduction();
+[[nodiscard]] QString defaultService();
 [[nodiscard]] QVector<Command> commands();
 [[nodiscard]] QVector<Option> commonOptions();
 [[nodiscard]] QVector<ExitStatus> exitStatuses();
@@ -47,11 +50,15 @@ struct ExitStatus
 /// How many words of the command line name `command`.
 [[nodiscard]] int wordCount(const Command &command, const QStringList &words);
 
+/// The command with its arguments, and the option with its letter and value, as in a usage line.
+[[nodiscard]] QString usage(const Command &command);
+[[nodiscard]] QString term(const Option &option);
+
 [[nodiscard]] QString overview();
 [[nodiscard]] QString commandHelp(const Command &command);
 /// The manual page, in the man macros.
 [[nodiscard]] QString manPage();
-/// A completion script for bash.
+/// A completion script for bash: commands, options, names of settings, and files where one is wanted.
 [[nodiscard]] QString bashCompletion();
 
 } // namespace help

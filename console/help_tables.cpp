@@ -117,6 +117,17 @@ QVector<Command> serviceCommands()
 
 } // namespace
 
+QString introduction()
+{
+    return text("halvexctl asks a Halvex Service about the drives it watches, and tells it what to do.");
+}
+
+QString defaultService()
+{
+    return text("Without --host, --port and --socket the service on this machine is asked over its local "
+                "socket.");
+}
+
 QVector<Command> commands()
 {
     return driveCommands() + scanCommands() + settingsCommands() + serviceCommands();

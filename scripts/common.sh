@@ -10,7 +10,7 @@ cache=${HALVEX_CACHE:-$HOME/.cache/halvex}
 # Debian 12's names. Nothing else in the tree names a package to be installed.
 declare -A packages=(
     [build]="g++ cmake ninja-build pkg-config qtbase5-dev libudev-dev libsystemd-dev"
-    [test]="ccache exim4-daemon-light"
+    [test]="ccache exim4-daemon-light mandoc"
     [benchmark]="libbenchmark-dev"
     [lint]="git clang-format clang-tidy"
     [fuzz]="clang libclang-rt-14-dev llvm"
