@@ -153,6 +153,15 @@ int ServiceFixture::stop()
     return m_process.exitCode();
 }
 
+bool ServiceFixture::control(const QString &option)
+{
+    QProcess program;
+    program.setProcessEnvironment(m_environment);
+    program.start(QStringLiteral(HALVEX_SERVICE_PROGRAM), {option});
+    return program.waitForFinished(kPatienceMs) && program.exitStatus() == QProcess::NormalExit &&
+           program.exitCode() == 0;
+}
+
 QStringList ServiceFixture::eventTexts() const
 {
     QFile file(path(QStringLiteral("events.jsonl")));

@@ -69,6 +69,9 @@ public:
     /// Asks politely; the exit code, or -1 when the program did not end by itself in time.
     [[nodiscard]] int stop();
 
+    /// Runs the program with `option`, such as -pause, and waits until that has been done.
+    [[nodiscard]] bool control(const QString &option);
+
     /// The texts of the events written so far, in order.
     [[nodiscard]] QStringList eventTexts() const;
     /// What the program has printed; for failure messages.

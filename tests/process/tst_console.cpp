@@ -277,10 +277,7 @@ void TestConsole::saysThatTheServiceIsPaused()
     ServiceFixture service;
     service.writeMachine({{QStringLiteral("drives"), QJsonArray()}});
     QVERIFY2(service.serve(), service.output());
-    QProcess pause;
-    pause.setProcessEnvironment(service.environment());
-    pause.start(QStringLiteral(HALVEX_SERVICE_PROGRAM), {QStringLiteral("-pause")});
-    QVERIFY(pause.waitForFinished(kPatienceMs));
+    QVERIFY(service.control(QStringLiteral("-pause")));
     const Outcome outcome = runConsole(service, words(QStringLiteral("status")));
     QCOMPARE(outcome.exitCode, 2);
     QVERIFY2(outcome.complaint.contains("paused"), outcome.complaint);
