@@ -7,7 +7,7 @@
 
 /// The temperature log: a flat row of 8-byte records, oldest first, that only ever grows. A record is local
 /// date and time (year - 2000, month, day, hour, minute, second), drive index and degrees Celsius, a byte
-/// each, 33 added. All functions work on the event loop's thread.
+/// each, 33 added. Records are added on one thread; a history may be read on any other meanwhile.
 
 /// The temperature of one drive.
 struct TemperatureReading

@@ -12,6 +12,9 @@
 
 #include <functional>
 
+/// Finds a long text: takes its time, touches nothing of the daemon's, and may be called on any thread.
+using LongText = std::function<QString()>;
+
 /// What the connections and the dispatcher need of the daemon. Event loop's thread only.
 class CommandTarget
 {
@@ -47,8 +50,9 @@ public:
 
     virtual QVector<Account> accounts() = 0;
 
-    /// The records of the temperature log between two moments of twelve digits each, as they stand in it.
-    virtual QString temperatureHistory(const QString &from, const QString &to) = 0;
+    /// Reads the records of the temperature log between two moments of twelve digits each, as they stand in
+    /// it when it is called.
+    virtual LongText temperatureHistory(const QString &from, const QString &to) = 0;
 
     /// Starts a test mail from the parameters of SMTPTEST; false when they do not fit or a mail is under
     /// way. `finished` is called once with the transcript or the error text, in a later turn of the event

@@ -10,6 +10,7 @@
 
 #include <QDateTime>
 #include <QHostInfo>
+#include <QPointer>
 #include <QStringList>
 
 #include <utility>
@@ -24,13 +25,30 @@ QString authReply(const QString &user, const QString &password, const QString &p
            QString::number(QDateTime::currentSecsSinceEpoch());
 }
 
+/// What finds the whole of a reply whose rest takes time, as a line.
+std::function<QByteArray()> workOf(const Reply &reply, int offset)
+{
+    return [reply, offset] {
+        QString text = reply.rest();
+        text.prepend(reply.text); // in place: the rest may be long
+        return sendReply(text, [offset] { return offset; });
+    };
+}
+
 } // namespace
 
 Consoles::Consoles(CommandTarget &target, OffsetSource offsets, const ConnectionLimits &limits)
     : m_target(target)
     , m_offsets(std::move(offsets))
     , m_limits(limits)
-{}
+{
+    m_worker.setMaxThreadCount(1);
+}
+
+Consoles::~Consoles()
+{
+    m_worker.waitForDone();
+}
 
 bool Consoles::admit(const QObject &connection)
 {
@@ -60,12 +78,28 @@ Consoles::Answer Consoles::answer(QByteArray line, const QString &peer, const La
 {
     line.replace('\r', "").replace('\n', "");
     const QStringList fields = unscramble(line).split(kRequestSeparator);
-    const QString text = replyText(fields, peer, lateReply);
+    const Reply found = reply(fields, peer, lateReply);
+    if (found.rest)
+        return {{}, workOf(found, m_offsets())};
     const bool closes = fields.first() == QLatin1String("DIS");
-    return {text.isEmpty() ? QByteArray() : sendReply(text, m_offsets), closes};
+    return {found.text.isEmpty() ? QByteArray() : sendReply(found.text, m_offsets), {}, closes};
 }
 
-QString Consoles::replyText(const QStringList &fields, const QString &peer, const LateReply &lateReply) const
+void Consoles::runElsewhere(std::function<QByteArray()> work, const QObject &context, LateReply done)
+{
+    const auto deliver = [context = QPointer<const QObject>(&context),
+                          done = std::move(done)](const QByteArray &wire) {
+        if (context)
+            done(wire);
+    };
+    m_worker.start([this, work = std::move(work), deliver] {
+        const QByteArray wire = work();
+        QMetaObject::invokeMethod(
+            this, [deliver, wire] { deliver(wire); }, Qt::QueuedConnection);
+    });
+}
+
+Reply Consoles::reply(const QStringList &fields, const QString &peer, const LateReply &lateReply) const
 {
     if (fields.first() == QLatin1String("AUTH"))
         return authReply(fields.value(1), fields.value(2), peer);
@@ -75,7 +109,7 @@ QString Consoles::replyText(const QStringList &fields, const QString &peer, cons
 }
 
 /// The reply word is the same for good and for bad: consoles look at the text behind it.
-QString Consoles::smtpTest(const QStringList &fields, const LateReply &lateReply) const
+Reply Consoles::smtpTest(const QStringList &fields, const LateReply &lateReply) const
 {
     const auto finished = [offsets = m_offsets, lateReply](const QString &outcome) {
         lateReply(sendReply(QLatin1String("SMTPTEST_OK") + kRequestSeparator + outcome, offsets));

@@ -7,39 +7,45 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
+#include <QThreadPool>
 
 #include <functional>
 
 class CommandTarget;
+struct Reply;
 
 /// What keeps peers from taking more than their share.
 struct ConnectionLimits
 {
-    int connections = 1000;                        ///< TCP and local together; one more is closed at once
-    qint64 lineBytes = qint64{1024} * 1024;        ///< a longer line closes its connection
-    qint64 unsentBytes = qint64{16} * 1024 * 1024; ///< who leaves more unread and asks again is closed
+    int connections = 1000;                   ///< TCP and local together; one more is closed at once
+    qint64 lineBytes = qint64{1024} * 1024;   ///< a longer line closes its connection
+    qint64 unreadBytes = qint64{1024} * 1024; ///< who leaves more unread is not heard until it has read on
 };
 
-/// What the two transports do alike for a console: the first line, the answer to a line, the limits. A
-/// connection has no state of its own here; `peer` is the text that stands for its address in replies.
-/// Event loop's thread only.
+/// What all conversations with consoles share: the first line, the answer to a line, the limits. It knows
+/// nothing of a connection; `peer` is the text that stands for its address in replies. Event loop's thread
+/// only.
 class Consoles : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What a line is answered. `wire` is empty when nothing is sent now.
+    /// Sends a line that comes later, on the event loop's thread.
+    using LateReply = std::function<void(const QByteArray &wire)>;
+
+    /// What a line is answered.
     struct Answer
     {
-        QByteArray wire;
-        bool closes = false; ///< the connection ends once the answer is sent
+        QByteArray wire;                  ///< what is sent now; empty when there is nothing
+        std::function<QByteArray()> work; ///< if set, finds what is sent instead; see runElsewhere()
+        bool closes = false;              ///< the connection ends once the answer is sent
     };
-
-    /// Sends a line that comes later; does nothing when its connection has gone meanwhile.
-    using LateReply = std::function<void(const QByteArray &wire)>;
 
     /// `target` outlives this object.
     Consoles(CommandTarget &target, OffsetSource offsets, const ConnectionLimits &limits);
+
+    /// Waits for the work under way.
+    ~Consoles() override;
 
     /// Counts a new connection until it is destroyed; false, and not counted, when there are too many.
     [[nodiscard]] bool admit(const QObject &connection);
@@ -47,18 +53,24 @@ public:
     /// "PAUSED", "DETECTING" or the greeting.
     [[nodiscard]] QByteArray firstLine(const QString &peer) const;
 
-    /// Carries out a line as it was received; CR and LF anywhere in it do not count.
+    /// Carries out a line as it was received; CR and LF anywhere in it do not count. `lateReply` is called
+    /// when a reply comes that later lines need not wait for.
     [[nodiscard]] Answer answer(QByteArray line, const QString &peer, const LateReply &lateReply) const;
+
+    /// Has another thread do an answer's work, after what it has been given before, and `done` called with
+    /// the outcome on the event loop's thread; not called when `context` has been destroyed meanwhile.
+    void runElsewhere(std::function<QByteArray()> work, const QObject &context, LateReply done);
 
     [[nodiscard]] const ConnectionLimits &limits() const { return m_limits; }
 
 private:
-    [[nodiscard]] QString replyText(const QStringList &fields, const QString &peer,
-                                    const LateReply &lateReply) const;
-    [[nodiscard]] QString smtpTest(const QStringList &fields, const LateReply &lateReply) const;
+    [[nodiscard]] Reply reply(const QStringList &fields, const QString &peer,
+                              const LateReply &lateReply) const;
+    [[nodiscard]] Reply smtpTest(const QStringList &fields, const LateReply &lateReply) const;
 
     CommandTarget &m_target;
     const OffsetSource m_offsets;
     const ConnectionLimits m_limits;
     int m_connectionCount = 0;
+    QThreadPool m_worker; ///< of one thread: long texts take much memory while they are made
 };

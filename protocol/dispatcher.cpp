@@ -53,10 +53,9 @@ QString reply(const char *word, const QStringList &fields)
 }
 
 /// "WORD]![payload": the form of the list replies.
-QString listReply(const char *word, QString payload)
+QString listReply(const char *word, const QString &payload)
 {
-    payload.prepend(QLatin1String(word) + kRequestSeparator); // in place: a temperature history is long
-    return payload;
+    return QLatin1String(word) + kRequestSeparator + payload;
 }
 
 /// "WORD,[1,2]": the form of the replies to an index that is out of range.
@@ -65,30 +64,30 @@ QString indexError(const char *word, const QStringList &indices)
     return QLatin1String(word) + QLatin1String(",[") + indices.join(QLatin1Char(',')) + QLatin1Char(']');
 }
 
-QString version(const Request &request)
+Reply version(const Request &request)
 {
     return versionReply(request.target().settings(), QHostInfo::localHostName());
 }
 
-QString reset(const Request &request)
+Reply reset(const Request &request)
 {
     request.target().resetInfo();
     return QStringLiteral("RESET_OK");
 }
 
-QString refresh(const Request &request)
+Reply refresh(const Request &request)
 {
     request.target().refreshInfo();
     return QStringLiteral("REFRESH_OK");
 }
 
-QString deviceCount(const Request &request)
+Reply deviceCount(const Request &request)
 {
     return reply("DEVCOUNT", {QString::number(request.target().devices().size())});
 }
 
 /// The running timers keep their intervals until they are started anew.
-QString setIntervals(const Request &request)
+Reply setIntervals(const Request &request)
 {
     Settings &settings = request.target().settings();
     const qint32 smart = request.number(1);
@@ -103,8 +102,8 @@ QString setIntervals(const Request &request)
 }
 
 /// The replies that carry a payload of the one device that field 1 names.
-QString deviceReply(const Request &request, const char *word, const char *errorWord,
-                    QString (*payloadOf)(const DeviceRecord &))
+Reply deviceReply(const Request &request, const char *word, const char *errorWord,
+                  QString (*payloadOf)(const DeviceRecord &))
 {
     const DeviceList &devices = request.target().devices();
     const qint32 index = request.number(1);
@@ -113,28 +112,28 @@ QString deviceReply(const Request &request, const char *word, const char *errorW
     return reply(word, {QString::number(index), payloadOf(devices[index])});
 }
 
-QString deviceInfo(const Request &request)
+Reply deviceInfo(const Request &request)
 {
     return deviceReply(request, "DEVINFO_OK", "DEVINFO_ERR", payload::device);
 }
 
-QString smartInfo(const Request &request)
+Reply smartInfo(const Request &request)
 {
     return deviceReply(request, "SMARTINFO_OK", "SMARTINFO_ERR", payload::smartInformation);
 }
 
-QString smartValue(const Request &request)
+Reply smartValue(const Request &request)
 {
     return deviceReply(request, "SMARTVALUE_OK", "SMARTVALUE_ERR", payload::smartValues);
 }
 
-QString allDeviceInfo(const Request &request)
+Reply allDeviceInfo(const Request &request)
 {
     return listReply("ALLDEVINFO_OK", payload::allDevices(request.target().devices()));
 }
 
 /// With fewer than three fields both indices are 0, whatever the first says.
-QString volumeInfo(const Request &request)
+Reply volumeInfo(const Request &request)
 {
     const DeviceList &devices = request.target().devices();
     const bool indexed = request.size() >= 3;
@@ -149,28 +148,28 @@ QString volumeInfo(const Request &request)
                                 payload::volume(volumes[volumeIndex])});
 }
 
-QString allVolumeInfo(const Request &request)
+Reply allVolumeInfo(const Request &request)
 {
     return listReply("ALLVOLINFO_OK", payload::allVolumes(request.target().devices()));
 }
 
-QString allSmartInfo(const Request &request)
+Reply allSmartInfo(const Request &request)
 {
     return listReply("ALLSMARTINFO_OK", payload::allSmart(request.target().devices()));
 }
 
-QString userCount(const Request &request)
+Reply userCount(const Request &request)
 {
     return reply("USERCOUNT", {QString::number(getUserCount(request.target().accounts()))});
 }
 
-QString userInfo(const Request &request)
+Reply userInfo(const Request &request)
 {
     const qint32 index = request.number(1);
     return reply("USERINFO", {QString::number(index), getUserInfo(request.target().accounts(), index)});
 }
 
-QString checkPassword(const Request &request)
+Reply checkPassword(const Request &request)
 {
     return reply("CHECKPASS", {checkUser(request.text(1), request.text(2))});
 }
@@ -202,7 +201,7 @@ void assignSettings(const QStringList &items, Settings &settings)
 }
 
 /// A list that is too short changes nothing and is confirmed all the same.
-QString setSettings(const Request &request)
+Reply setSettings(const Request &request)
 {
     const QStringList items = request.text(1).split(QLatin1String("~;"));
     if (items.size() >= kSettingItems) {
@@ -217,56 +216,56 @@ QString setSettings(const Request &request)
     return QStringLiteral("SET_OK");
 }
 
-QString scanSchedule(const Request &request)
+Reply scanSchedule(const Request &request)
 {
     return QLatin1String("SCANSCHED") + payload::scanSchedule(request.target().devices());
 }
 
-QString setScanSchedule(const Request &request)
+Reply setScanSchedule(const Request &request)
 {
     request.target().setScanSchedule(request.text(1));
     return scanSchedule(request);
 }
 
-QString startScan(const Request &request)
+Reply startScan(const Request &request)
 {
     request.target().startScan(
         {request.number(1), request.number(2), request.longNumber(3), request.longNumber(4)});
     return listReply("STARTEDSCAN", request.text(1));
 }
 
-QString stopScan(const Request &request)
+Reply stopScan(const Request &request)
 {
     if (request.target().stopScan(request.number(1)))
         QThread::msleep(kStopScanGraceMs);
     return listReply("STOPEDSCAN", request.text(1));
 }
 
-QString scanStatus(const Request &request)
+Reply scanStatus(const Request &request)
 {
     const CommandTarget &target = request.target();
     const auto isRunning = [&target](int device) { return target.isScanRunning(device); };
     return listReply("STATSCAN", payload::scanStatus(request.target().devices(), isRunning));
 }
 
-QString temperatures(const Request &request)
+Reply temperatures(const Request &request)
 {
-    return listReply("STATD", request.target().temperatureHistory(request.text(1), request.text(2)));
+    return {listReply("STATD", {}), request.target().temperatureHistory(request.text(1), request.text(2))};
 }
 
-QString temperatureReport(const Request &request)
+Reply temperatureReport(const Request &request)
 {
-    return listReply("STATR", request.target().temperatureHistory(request.text(1), request.text(2)));
+    return {listReply("STATR", {}), request.target().temperatureHistory(request.text(1), request.text(2))};
 }
 
 /// A keep-alive that spares its sender a reply.
-QString keepAlive(const Request & /*request*/)
+Reply keepAlive(const Request & /*request*/)
 {
-    return {};
+    return QString();
 }
 
 /// The connection is closed by whoever owns it.
-QString disconnect(const Request & /*request*/)
+Reply disconnect(const Request & /*request*/)
 {
     return QStringLiteral("DISCONNECTED");
 }
@@ -275,7 +274,7 @@ struct Command
 {
     QLatin1String word;
     int minimumFields; ///< the word included; with fewer the command counts as unknown
-    QString (*handler)(const Request &);
+    Reply (*handler)(const Request &);
 };
 
 const Command kCommands[] = {
@@ -308,7 +307,7 @@ const Command kCommands[] = {
 
 } // namespace
 
-QString processCommand(const QStringList &fields, CommandTarget &target)
+Reply processCommand(const QStringList &fields, CommandTarget &target)
 {
     if (target.isPaused())
         return QStringLiteral("PAUSED");

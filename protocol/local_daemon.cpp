@@ -3,6 +3,7 @@
 #include "protocol/local_daemon.h"
 
 #include "protocol/consoles.h"
+#include "protocol/conversation.h"
 #include "protocol/logging.h"
 
 #include <QLocalSocket>
@@ -73,37 +74,31 @@ void localDaemon::incommingConnection()
     }
     m_current = socket;
     socket->setReadBufferSize(m_consoles.limits().lineBytes + 1);
-    connect(socket, &QLocalSocket::disconnected, this, [this, socket] { disconnectLocalConnection(socket); });
-    connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+    auto *const conversation = new Conversation(m_consoles, *socket, localPeer());
+    const auto read = [this, socket, conversation] {
         if (socket == m_current)
-            readLocalConnection();
+            readLocalConnection(conversation);
         else
             socket->readAll(); // unread bytes would keep us from learning that it has gone
-    });
-    socket->write(m_consoles.firstLine(localPeer()));
+    };
+    connect(socket, &QLocalSocket::readyRead, this, read);
+    connect(conversation, &Conversation::mayTakeLineAgain, this, read);
+    connect(conversation, &Conversation::finished, socket, &QLocalSocket::disconnectFromServer);
+    connect(socket, &QLocalSocket::disconnected, conversation, &Conversation::end);
+    connect(socket, &QLocalSocket::disconnected, this, [this, socket] { disconnectLocalConnection(socket); });
+    conversation->sendFirstLine();
     qCDebug(logProtocol, "New Connection from Local");
 }
 
 /// All that has arrived counts as one line: a partial line, or two at once, do not unscramble.
-void localDaemon::readLocalConnection()
+void localDaemon::readLocalConnection(Conversation *conversation)
 {
-    QLocalSocket &socket = *m_current;
-    if (socket.state() != QLocalSocket::ConnectedState)
-        return; // it has said DIS
-    const ConnectionLimits &limits = m_consoles.limits();
-    if (socket.bytesAvailable() > limits.lineBytes || socket.bytesToWrite() > limits.unsentBytes) {
-        qCDebug(logProtocol, "Dropping the local connection for a line too long or replies unread");
-        socket.abort();
-        return;
+    if (m_current->bytesAvailable() > m_consoles.limits().lineBytes) {
+        qCDebug(logProtocol, "Dropping the local connection for a line too long");
+        m_current->abort();
+    } else if (conversation->mayTakeLine()) {
+        conversation->answer(m_current->readAll());
     }
-    const auto lateReply = [client = m_current](const QByteArray &wire) {
-        if (client && client->state() == QLocalSocket::ConnectedState)
-            client->write(wire);
-    };
-    const Consoles::Answer answer = m_consoles.answer(socket.readAll(), localPeer(), lateReply);
-    socket.write(answer.wire);
-    if (answer.closes)
-        socket.disconnectFromServer();
 }
 
 void localDaemon::disconnectLocalConnection(QLocalSocket *socket)

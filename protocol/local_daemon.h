@@ -8,6 +8,7 @@
 #include <QTimer>
 
 class Consoles;
+class Conversation;
 class QLocalSocket;
 
 /// Serves one console of this machine at a time: a new connection takes over from the one before, which
@@ -27,7 +28,7 @@ public:
 
 private Q_SLOTS:
     void incommingConnection();
-    void readLocalConnection();
+    void readLocalConnection(Conversation *conversation);
     void disconnectLocalConnection(QLocalSocket *socket);
 
 private:

@@ -3,10 +3,10 @@
 #include "protocol/tcp_server.h"
 
 #include "protocol/command_target.h"
+#include "protocol/conversation.h"
 #include "protocol/logging.h"
 
 #include <QHostAddress>
-#include <QPointer>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -52,36 +52,31 @@ void TcpServer::incomingConnection(qintptr descriptor)
     if (!socket->setSocketDescriptor(descriptor) || !m_consoles.admit(*socket))
         return;
     QTcpSocket *const client = socket.release();
-    connect(client, &QTcpSocket::readyRead, this, [this, client] { readClient(client); });
+    auto *const conversation = new Conversation(m_consoles, *client, peerText(*client));
+    const auto read = [this, client, conversation] { readClient(client, conversation); };
+    connect(client, &QTcpSocket::readyRead, this, read);
+    connect(conversation, &Conversation::mayTakeLineAgain, this, read);
+    // Sends what is pending first.
+    connect(conversation, &Conversation::finished, client, &QTcpSocket::close);
+    connect(client, &QTcpSocket::disconnected, conversation, &Conversation::end);
     connect(client, &QTcpSocket::disconnected, this, [this, client] { discardClient(client); });
     client->setReadBufferSize(m_consoles.limits().lineBytes + 1);
     client->setSocketOption(QAbstractSocket::KeepAliveOption, 1); // a peer that lost power goes some day
     m_rebindPending = false;
-    client->write(m_consoles.firstLine(peerText(*client)));
+    conversation->sendFirstLine();
     qCDebug(logProtocol) << "New Connection from" << client->peerAddress();
 }
 
 /// Takes one line: a second one that is here already waits for more data to arrive.
-void TcpServer::readClient(QTcpSocket *socket)
+void TcpServer::readClient(QTcpSocket *socket, Conversation *conversation)
 {
-    const ConnectionLimits &limits = m_consoles.limits();
-    const bool hasLine = socket->canReadLine();
-    if (!hasLine && socket->bytesAvailable() <= limits.lineBytes)
-        return;
-    if (!hasLine || socket->bytesToWrite() > limits.unsentBytes) {
-        qCDebug(logProtocol) << "Dropping" << socket->peerAddress()
-                             << "for a line too long or replies unread";
+    if (socket->canReadLine()) {
+        if (conversation->mayTakeLine())
+            conversation->answer(socket->readLine());
+    } else if (socket->bytesAvailable() > m_consoles.limits().lineBytes) {
+        qCDebug(logProtocol) << "Dropping" << socket->peerAddress() << "for a line too long";
         socket->abort();
-        return;
     }
-    const auto lateReply = [client = QPointer<QTcpSocket>(socket)](const QByteArray &wire) {
-        if (client && client->state() == QAbstractSocket::ConnectedState)
-            client->write(wire);
-    };
-    const Consoles::Answer answer = m_consoles.answer(socket->readLine(), peerText(*socket), lateReply);
-    socket->write(answer.wire);
-    if (answer.closes)
-        socket->close(); // sends what is pending first, and takes no more lines
 }
 
 void TcpServer::discardClient(QTcpSocket *socket)

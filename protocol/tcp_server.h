@@ -6,6 +6,7 @@
 
 #include <QTcpServer>
 
+class Conversation;
 class QTcpSocket;
 
 /// Serves consoles over TCP. Every connection is a child of the server and lives until the peer goes, sends
@@ -34,7 +35,7 @@ protected:
     void incomingConnection(qintptr descriptor) override;
 
 private Q_SLOTS:
-    void readClient(QTcpSocket *socket);
+    void readClient(QTcpSocket *socket, Conversation *conversation);
     void discardClient(QTcpSocket *socket);
     void resumeAcceptingLater();
 

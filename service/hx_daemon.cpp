@@ -267,9 +267,9 @@ QVector<Account> HxDaemon::accounts()
     return m_context.platform.accounts->accounts();
 }
 
-QString HxDaemon::temperatureHistory(const QString &from, const QString &to)
+LongText HxDaemon::temperatureHistory(const QString &from, const QString &to)
 {
-    return ::temperatureHistory(temperatureLogPath(), from, to);
+    return [path = temperatureLogPath(), from, to] { return ::temperatureHistory(path, from, to); };
 }
 
 QString HxDaemon::temperatureLogPath() const

@@ -64,7 +64,7 @@ private:
     bool stopScan(int device) override;
     void setScanSchedule(const QString &payload) override;
     QVector<Account> accounts() override;
-    QString temperatureHistory(const QString &from, const QString &to) override;
+    LongText temperatureHistory(const QString &from, const QString &to) override;
     bool startSmtpTest(const QString &parameters, std::function<void(const QString &)> reply) override;
 
     void startPeriodicTimers();

@@ -179,7 +179,7 @@ void TestService::crowd()
     QTRY_VERIFY(RawConsole(m_shared.port()).readLine().startsWith(QLatin1String("VER]![")));
 }
 
-/// A peer that asks and never reads is dropped in the end; another one is answered all along.
+/// A peer that asks and never reads is left alone; another one is answered all along.
 void TestService::silentReader()
 {
     RawConsole other(m_shared.port());
@@ -188,7 +188,7 @@ void TestService::silentReader()
     QVERIFY(silent.readLine().startsWith(QLatin1String("VER]![")));
     silent.socket().setReadBufferSize(1);
     const QByteArray question = sendReply(QStringLiteral("ALLSMARTINFO"), [] { return 1; });
-    for (int i = 0; i < 200000 && silent.isConnected(); ++i) {
+    for (int i = 0; i < 20000; ++i) {
         silent.socket().write(question);
         silent.socket().flush();
         if (i % 1000 == 0)

@@ -4,6 +4,7 @@
 
 #include "protocol/command_target.h"
 
+#include <QSemaphore>
 #include <QStringList>
 
 #include <functional>
@@ -23,6 +24,8 @@ public:
     std::function<void(const QString &)> testMailFinished;
     std::function<void()> onRebindRequest = [] {};
     QStringList calls;
+    int historiesAsked = 0;
+    QSemaphore historyGate{1}; ///< a history is not found while somebody holds this
 
     [[nodiscard]] bool isPaused() const override { return paused; }
     [[nodiscard]] bool isDetecting() const override { return detecting; }
@@ -63,9 +66,14 @@ public:
 
     QVector<Account> accounts() override { return accountList; }
 
-    QString temperatureHistory(const QString &from, const QString &to) override
+    LongText temperatureHistory(const QString &from, const QString &to) override
     {
-        return QStringLiteral("<%1><%2>").arg(from, to);
+        ++historiesAsked;
+        return [this, from, to] {
+            historyGate.acquire();
+            historyGate.release();
+            return QStringLiteral("<%1><%2>").arg(from, to);
+        };
     }
 
     bool startSmtpTest(const QString &parameters, std::function<void(const QString &)> finished) override

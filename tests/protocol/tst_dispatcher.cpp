@@ -30,7 +30,8 @@ void fill(FakeTarget &target)
 
 QString replyTo(const QString &request, FakeTarget &target)
 {
-    return processCommand(request.split(kRequestSeparator), target);
+    const Reply reply = processCommand(request.split(kRequestSeparator), target);
+    return reply.rest ? reply.text + reply.rest() : reply.text;
 }
 
 const QString kBareDevice =
