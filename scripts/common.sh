@@ -17,7 +17,7 @@ declare -A packages=(
     [qt-source]="qtbase5-dev-tools dpkg-dev patch make perl"
     [windows]="g++-mingw-w64-x86-64-posix wine wine64"
     [windows32]="g++-mingw-w64-i686-posix qemu-system-x86 busybox-static cpio e2fsprogs"
-    [qemu]="qemu-system-x86 busybox-static cpio"
+    [qemu]="qemu-system-x86 busybox-static cpio e2fsprogs binutils"
 )
 
 # The name of the script that speaks.
