@@ -3,12 +3,13 @@
 
 // The built service beside a bare QTcpServer: requests, start and memory, in one run.
 
+#include "proc_status.h"
+
 #include "process/service_fixture.h"
 
 #include "protocol/scrambling.h"
 
 #include <QFile>
-#include <QRegularExpression>
 
 #include <benchmark/benchmark.h>
 
@@ -80,15 +81,6 @@ QByteArray exchange(RawConsole &console, const QByteArray &question)
 QByteArray question()
 {
     return sendReply(QStringLiteral("ALLSMARTINFO"), [] { return 17; });
-}
-
-double residentKiB(qint64 processId)
-{
-    static const QRegularExpression expression(QStringLiteral("VmRSS:\\s+(\\d+) kB"));
-    QFile status(QStringLiteral("/proc/%1/status").arg(processId));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    return expression.match(QString::fromLatin1(status.readAll())).captured(1).toDouble();
 }
 
 void askEverything(benchmark::State &state)
@@ -171,8 +163,8 @@ void idleMemory(benchmark::State &state)
     if (!RawConsole(bare.port()).isConnected())
         return state.SkipWithError("the bare server does not start");
     for (auto _ : state) {
-        const double ours = residentKiB(service->process().processId());
-        const double bareKiB = residentKiB(bare.processId());
+        const double ours = procStatusKiB(service->process().processId(), "VmRSS");
+        const double bareKiB = procStatusKiB(bare.processId(), "VmRSS");
         state.counters["service_KiB"] = ours;
         state.counters["bare_KiB"] = bareKiB;
         state.counters["ratio"] = ours / bareKiB;
