@@ -39,7 +39,7 @@ QVector<Command> driveCommands()
                 "The levels are the service's own. A drive that gave no S.M.A.R.T. attributes is not rated.",
                 {option("check", "", "Exit with 3 at warning level and 4 at critical level.")}),
         command("watch", "", 0, 0, "Show all drives on a live screen until q is pressed.",
-                "The trend is that of the temperatures seen since the start. j and k scroll.",
+                "The trend is that of the temperatures seen since the start. Arrows and page keys scroll.",
                 {option("interval", "SECONDS", "How often to ask (2).")}),
         command("info", "N", 1, 1, "Show all that is known of drive N."),
         command("smart", "N", 1, 1, "Show the S.M.A.R.T. attributes of drive N."),

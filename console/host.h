@@ -32,6 +32,34 @@ void prepareConsole();
 /// The name or path of the socket of the service on this machine.
 [[nodiscard]] QString localServiceName();
 
+/// What a person at a full screen may press.
+enum class Key { None, Quit, LineUp, LineDown, PageUp, PageDown, First, Last, Other };
+
+/// The key that writes `character`.
+[[nodiscard]] constexpr Key keyOfCharacter(char character)
+{
+    constexpr char kInterrupt = 3; // Ctrl-C
+    switch (character) {
+    case 'q':
+    case kInterrupt:
+        return Key::Quit;
+    case 'k':
+        return Key::LineUp;
+    case 'j':
+        return Key::LineDown;
+    case 'b':
+        return Key::PageUp;
+    case ' ':
+        return Key::PageDown;
+    case 'g':
+        return Key::First;
+    case 'G':
+        return Key::Last;
+    default:
+        return Key::Other;
+    }
+}
+
 /// The terminal as a full screen with single key presses, until destroyed; also when the process is
 /// terminated.
 class FullScreen
@@ -42,8 +70,9 @@ public:
     FullScreen &operator=(const FullScreen &) = delete;
     ~FullScreen();
 
-    /// A key that waits to be read; 0 when there is none. Ctrl-C arrives as 3.
-    [[nodiscard]] char takeKey();
+    /// A key that waits to be read: q, Ctrl-C, the arrows, the page keys, Home and End, or j, k, the space
+    /// bar, b, g and G for who knows them from a pager.
+    [[nodiscard]] Key takeKey();
 
 private:
     struct State;

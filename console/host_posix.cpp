@@ -3,9 +3,11 @@
 #include "console/host.h"
 
 #include <QFile>
+#include <QHash>
 #include <QTextStream>
 
 #include <array>
+#include <cctype>
 #include <csignal>
 #include <cstdio>
 #include <sys/ioctl.h>
@@ -18,6 +20,7 @@ namespace {
 
 constexpr char kLocalName[] = "HalvexService001";
 constexpr char kEnterScreen[] = "\033[?1049h\033[?25l";
+constexpr char kEscape = '\033';
 constexpr char kLeaveScreen[] = "\033[?25h\033[?1049l";
 
 /// What a signal handler needs to give the terminal back; it can reach nothing but file scope.
@@ -38,6 +41,24 @@ void leaveFullScreen()
 {
     tcsetattr(STDIN_FILENO, TCSANOW, &savedAttributes);
     writeAll(kLeaveScreen, sizeof kLeaveScreen - 1);
+}
+
+/// The key that sends `sequence` behind an escape (ECMA-48 and what VT220 and xterm made of it).
+Key keyOfSequence(const QByteArray &sequence)
+{
+    static const QHash<QByteArray, Key> kKeys{
+        {"[A", Key::LineUp}, {"OA", Key::LineUp}, {"[B", Key::LineDown}, {"OB", Key::LineDown},
+        {"[H", Key::First},  {"OH", Key::First},  {"[1~", Key::First},   {"[5~", Key::PageUp},
+        {"[F", Key::Last},   {"OF", Key::Last},   {"[4~", Key::Last},    {"[6~", Key::PageDown},
+    };
+    return kKeys.value(sequence, Key::Other);
+}
+
+/// The next character that waits to be read; 0 when there is none.
+char takeCharacter()
+{
+    char character = 0;
+    return read(STDIN_FILENO, &character, 1) == 1 ? character : '\0';
 }
 
 void endProcess(int signalNumber)
@@ -122,10 +143,19 @@ FullScreen::~FullScreen()
     std::signal(SIGHUP, m_state->handlers[1]);
 }
 
-char FullScreen::takeKey()
+Key FullScreen::takeKey()
 {
-    char key = 0;
-    return read(STDIN_FILENO, &key, 1) == 1 ? key : '\0';
+    const char character = takeCharacter();
+    if (character != kEscape)
+        return character == '\0' ? Key::None : keyOfCharacter(character);
+    // The rest of a sequence arrives together with its escape; a lone escape is a key like any other.
+    constexpr int kLongestSequence = 8;
+    QByteArray sequence(1, takeCharacter());
+    do
+        sequence += takeCharacter();
+    while (sequence.back() != '~' && std::isdigit(sequence.back()) != 0 &&
+           sequence.size() < kLongestSequence);
+    return keyOfSequence(sequence);
 }
 
 } // namespace host

@@ -31,6 +31,26 @@ void writeText(const wchar_t *text, size_t size)
     WriteConsoleW(output(), text, DWORD(size), &written, nullptr);
 }
 
+Key keyOfCode(WORD code)
+{
+    switch (code) {
+    case VK_UP:
+        return Key::LineUp;
+    case VK_DOWN:
+        return Key::LineDown;
+    case VK_PRIOR:
+        return Key::PageUp;
+    case VK_NEXT:
+        return Key::PageDown;
+    case VK_HOME:
+        return Key::First;
+    case VK_END:
+        return Key::Last;
+    default:
+        return Key::Other;
+    }
+}
+
 } // namespace
 
 struct FullScreen::State
@@ -105,17 +125,18 @@ FullScreen::~FullScreen()
     SetConsoleMode(input(), m_state->inputMode);
 }
 
-char FullScreen::takeKey()
+Key FullScreen::takeKey()
 {
     INPUT_RECORD record{};
     DWORD count = 0;
     while (PeekConsoleInputW(input(), &record, 1, &count) != 0 && count == 1) {
         ReadConsoleInputW(input(), &record, 1, &count);
-        if (record.EventType == KEY_EVENT && record.Event.KeyEvent.bKeyDown != 0 &&
-            record.Event.KeyEvent.uChar.AsciiChar != 0)
-            return record.Event.KeyEvent.uChar.AsciiChar;
+        if (record.EventType != KEY_EVENT || record.Event.KeyEvent.bKeyDown == 0)
+            continue;
+        const char character = record.Event.KeyEvent.uChar.AsciiChar;
+        return character != 0 ? keyOfCharacter(character) : keyOfCode(record.Event.KeyEvent.wVirtualKeyCode);
     }
-    return '\0';
+    return Key::None;
 }
 
 } // namespace host

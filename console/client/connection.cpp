@@ -13,6 +13,7 @@ namespace client {
 
 namespace {
 
+constexpr std::chrono::milliseconds kTurnRetryInterval{20};
 constexpr int kOffsets = 100;
 constexpr int kQuotedBytes = 60;
 
@@ -34,6 +35,10 @@ Connection::Connection(Endpoint endpoint, QObject *parent)
 {
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, &Connection::expire);
+    if (m_endpoint.isLocal())
+        m_turn.emplace(m_endpoint.localName);
+    m_turnRetry.setInterval(kTurnRetryInterval);
+    connect(&m_turnRetry, &QTimer::timeout, this, &Connection::awaitTurn);
 }
 
 void Connection::open(std::chrono::milliseconds deadline)
@@ -44,6 +49,17 @@ void Connection::open(std::chrono::milliseconds deadline)
     connect(m_link, &Link::ended, this, &Connection::handleError);
     m_isAwaiting = true;
     m_deadline.start(deadline);
+    awaitTurn();
+}
+
+void Connection::awaitTurn()
+{
+    const bool isPatient = m_deadline.remainingTime() > m_deadline.interval() / 2;
+    if (m_turn && !m_turn->take() && isPatient) {
+        m_turnRetry.start();
+        return;
+    }
+    m_turnRetry.stop();
     m_link->connectTo(m_endpoint);
 }
 
@@ -68,8 +84,11 @@ void Connection::tell(const QString &request, std::chrono::milliseconds deadline
 void Connection::close()
 {
     m_deadline.stop();
+    m_turnRetry.stop();
     m_isAwaiting = false;
     m_reader = LineReader();
+    if (m_turn)
+        m_turn->give();
     if (!m_link)
         return;
     m_link->disconnect(this);

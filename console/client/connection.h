@@ -5,11 +5,13 @@
 #include "console/client/endpoint.h"
 #include "console/client/failure.h"
 #include "console/client/line_reader.h"
+#include "console/client/local_turn.h"
 
 #include <QObject>
 #include <QTimer>
 
 #include <chrono>
+#include <optional>
 
 namespace client {
 
@@ -27,7 +29,8 @@ class Connection : public QObject
 public:
     explicit Connection(Endpoint endpoint, QObject *parent = nullptr);
 
-    /// Connects; the first line that the service sends is the answer.
+    /// Connects; the first line that the service sends is the answer. A local console waits for its turn
+    /// before, for half the time at most.
     void open(std::chrono::milliseconds deadline);
 
     /// Sends `request` once the connection is open and no other answer is awaited.
@@ -36,6 +39,7 @@ public:
     /// Sends a line that no answer follows, and waits until it has left, at most `deadline`.
     void tell(const QString &request, std::chrono::milliseconds deadline);
 
+    /// Also ends a local console's turn: who asks now and then closes in between.
     void close();
 
     [[nodiscard]] const Endpoint &endpoint() const { return m_endpoint; }
@@ -45,6 +49,7 @@ Q_SIGNALS:
     void failed(const client::Failure &failure);
 
 private:
+    void awaitTurn();
     void readAvailable();
     void handleError(bool isUnreachable, const QString &text);
     void expire();
@@ -54,6 +59,8 @@ private:
     Link *m_link = nullptr; ///< a child; null while closed
     LineReader m_reader;
     QTimer m_deadline;
+    std::optional<LocalTurn> m_turn; ///< of a local console only
+    QTimer m_turnRetry;
     bool m_isAwaiting = false;
 };
 

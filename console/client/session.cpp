@@ -111,15 +111,18 @@ Result<Greeting> Session::start()
     return greetingOf(*line);
 }
 
-Result<Greeting> Session::startWhenReady(Milliseconds patience)
+Result<Greeting> Session::startWhenReady(Milliseconds patience,
+                                         const std::function<void(const Failure &)> &waiting)
 {
     QElapsedTimer elapsed;
     elapsed.start();
-    while (true) {
+    for (bool isFirst = true;; isFirst = false) {
         Result<Greeting> greeting = start();
         if (greeting || !mayBecomeReady(greeting.failure().kind) ||
             elapsed.elapsed() + kRetryPause.count() >= patience.count())
             return greeting;
+        if (isFirst)
+            waiting(greeting.failure());
         pause(kRetryPause);
     }
 }

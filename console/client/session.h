@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 
 namespace client {
@@ -40,8 +41,9 @@ public:
     [[nodiscard]] Result<Greeting> start();
 
     /// As start(), again and again until the service is ready or `patience` is over. A peer that does not
-    /// speak the protocol is not waited for.
-    [[nodiscard]] Result<Greeting> startWhenReady(Milliseconds patience);
+    /// speak the protocol is not waited for. `waiting` is told why, before the first time that it waits.
+    [[nodiscard]] Result<Greeting> startWhenReady(
+        Milliseconds patience, const std::function<void(const Failure &)> &waiting = [](const Failure &) {});
 
     /// The reply to `request`, whatever it says. `timeout` replaces the session's own for slow work.
     [[nodiscard]] Result<QString> ask(const QString &request, std::optional<Milliseconds> timeout = {});
@@ -60,6 +62,9 @@ public:
             return *std::move(value);
         return notUnderstood(*reply);
     }
+
+    /// Ends the connection, so that other local consoles have their turn; start() opens it again.
+    void close() { m_connection.close(); }
 
     /// Sends a request that the service does not answer.
     void tell(const QString &request);

@@ -17,8 +17,10 @@ client::Result<client::Greeting> Context::greet()
 {
     if (!m_arguments.wait)
         return m_session.start();
-    m_output.note(QStringLiteral("waiting for the service at %1 ...").arg(displayName(m_session.endpoint())));
-    return m_session.startWhenReady(*m_arguments.wait);
+    return m_session.startWhenReady(*m_arguments.wait, [this](const client::Failure &failure) {
+        m_output.note(
+            QStringLiteral("%1: %2; waiting ...").arg(displayName(m_session.endpoint()), failure.text));
+    });
 }
 
 std::chrono::milliseconds Context::patience(std::chrono::milliseconds usual) const

@@ -88,7 +88,7 @@ QStringList hostTable(const QVector<SurveyAnswer> &answers, const render::Style 
                           {QStringLiteral("no answer"), render::Colour::Bad},
                           {},
                           {},
-                          {answer.failure.text}});
+                          {answer.failure.text.section(QLatin1Char(':'), 0, 0)}});
             continue;
         }
         const qint32 level = answer.greeting->alertLevel;

@@ -15,10 +15,12 @@ using Pairs = QVector<QPair<QString, QString>>;
 
 QString lifeTimeText(const client::Drive &drive)
 {
-    if (drive.lifeTimeUnit == 0)
-        return QStringLiteral("not known");
-    return QStringLiteral("%1%2").arg(QString::number(drive.lifeTimeUnit),
-                                      drive.lifeTimeDetected ? QString() : QStringLiteral(" (assumed)"));
+    // The service tells a class by how far the counter moves in two minutes; these are the units that do.
+    static const QStringList kUnits{QStringLiteral("not known"), QStringLiteral("hours"),
+                                    QStringLiteral("minutes"), QStringLiteral("half minutes"),
+                                    QStringLiteral("seconds")};
+    const bool isGuess = drive.lifeTimeUnit != 0 && !drive.lifeTimeDetected;
+    return kUnits.value(drive.lifeTimeUnit) + (isGuess ? QStringLiteral(", by its size") : QString());
 }
 
 Pairs identityPairs(qint32 number, const client::Drive &drive)
@@ -35,7 +37,8 @@ Pairs identityPairs(qint32 number, const client::Drive &drive)
          QStringLiteral("%1 cylinders, %2 tracks, %3 sectors")
              .arg(QString::number(drive.cylinders), QString::number(drive.tracksPerCylinder),
                   QString::number(drive.sectorsPerTrack))},
-        {QStringLiteral("ATA version"), client::visible(drive.ataVersion)},
+        {QStringLiteral("ATA version"),
+         drive.ataVersion.isEmpty() ? QStringLiteral("-") : client::visible(drive.ataVersion)},
     };
 }
 
@@ -49,7 +52,7 @@ Pairs healthPairs(const client::Drive &drive, const render::Style &style)
         {QStringLiteral("Attributes"), QString::number(drive.attributeCount)},
         {QStringLiteral("Power-on counter"),
          QStringLiteral("%1 (at the last full read %2)").arg(drive.powerOnRaw).arg(drive.powerOnRawLast)},
-        {QStringLiteral("Its speed class"), lifeTimeText(drive)},
+        {QStringLiteral("It counts"), lifeTimeText(drive)},
         {QStringLiteral("Off-line status"), QString::number(drive.offlineStatus)},
         {QStringLiteral("Off-line capability"), QString::number(drive.offlineCapability)},
         {QStringLiteral("S.M.A.R.T. capability"), QString::number(drive.smartCapability)},
@@ -62,7 +65,7 @@ Pairs volumePairs(const QVector<client::Volume> &volumes)
     Pairs pairs;
     for (const client::Volume &volume : volumes) {
         pairs.append({QStringLiteral("Volume"),
-                      QStringLiteral("%1 %2 (%3), %4 free of %5")
+                      QStringLiteral("%1  %2 (%3), %4 free of %5")
                           .arg(client::visible(volume.root), client::visible(volume.label),
                                client::visible(volume.fileSystem), render::sizeText(volume.freeBytes),
                                render::sizeText(volume.totalBytes))});

@@ -67,6 +67,8 @@ int runMailTest(Context &context)
     MergedSettings merged = mergeSettings(greeting->settings, context.arguments().positionals);
     if (!merged.error.isEmpty())
         return context.refuse(merged.error);
+    if (merged.settings.smtpServer.isEmpty() || merged.settings.smtpTo.isEmpty())
+        return context.refuse(QStringLiteral("smtpServer and smtpTo have to be set for a mail to be sent"));
     if (secret.text)
         merged.settings.smtpPass = *secret.text;
 

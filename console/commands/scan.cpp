@@ -150,6 +150,19 @@ private:
     QElapsedTimer m_clock;
 };
 
+/// Waits until it is time to look again. A local console lets others in meanwhile.
+std::optional<client::Failure> pauseBetweenLooks(Context &context)
+{
+    const bool isLocal = context.session().endpoint().isLocal();
+    if (isLocal)
+        context.session().close();
+    pauseFor(kFollowInterval);
+    if (!isLocal)
+        return std::nullopt;
+    const auto greeting = context.greet();
+    return greeting ? std::nullopt : std::optional<client::Failure>(greeting.failure());
+}
+
 /// Shows the scans again and again, in place, until none runs any more.
 std::optional<client::Failure> follow(Context &context, ScanView &view)
 {
@@ -165,7 +178,8 @@ std::optional<client::Failure> follow(Context &context, ScanView &view)
         }
         if (!view.isAnyRunning())
             return std::nullopt;
-        pauseFor(kFollowInterval);
+        if (auto failure = pauseBetweenLooks(context))
+            return failure;
         if (auto failure = view.look())
             return failure;
     }

@@ -27,7 +27,7 @@ QString progressLine(const ScanReport &report, const render::Style &style)
 {
     const client::ScanStatus &status = report.status;
     QStringList parts{scanStateText(status)};
-    if (status.hasRun() && status.state != ScanState::Failed) {
+    if (status.state != ScanState::Failed) {
         QString percent = QStringLiteral("%1 %").arg(status.percent);
         if (style.hasGraphics)
             percent.prepend(render::progressBar(status.percent / 100.0, kBarWidth) + QLatin1Char(' '));
@@ -84,9 +84,14 @@ QStringList scanLines(const QVector<ScanReport> &reports, const render::Style &s
             QStringLiteral("%1  %2, %3")
                 .arg(QString::number(report.status.drive), client::visible(report.drive.model),
                      render::sizeText(report.drive.capacity));
+        if (!report.status.hasRun()) { // one line is enough
+            lines.append(
+                render::cut(name + QStringLiteral(": ") + scanStateText(report.status), style.width));
+            continue;
+        }
         lines.append(painted(render::cut(name, style.width), render::Colour::Strong, style));
         lines.append(indent + render::cut(progressLine(report, style), room));
-        if (style.hasGraphics && report.status.hasRun()) {
+        if (style.hasGraphics) {
             lines.append(indent + render::surfaceMap(report.status, sectorsOf(report), room, style));
             hasMap = true;
         }

@@ -8,6 +8,13 @@
 
 namespace {
 
+QString kindText(const client::Attribute &attribute)
+{
+    if (attribute.isFailing())
+        return QStringLiteral("FAILING"); // only those that foretell a failure ever are
+    return attribute.isPrefailure ? QStringLiteral("pre-failure") : QStringLiteral("advisory");
+}
+
 QStringList attributeTable(const QVector<client::Attribute> &attributes, const render::Style &style)
 {
     using render::Align;
@@ -27,7 +34,7 @@ QStringList attributeTable(const QVector<client::Attribute> &attributes, const r
                       {QString::number(attribute.worst)},
                       {QString::number(attribute.threshold)},
                       {QString::number(attribute.raw)},
-                      {attribute.isPrefailure ? QStringLiteral("pre-failure") : QStringLiteral("advisory")}});
+                      {kindText(attribute), colour}});
     }
     return table.lines(style);
 }

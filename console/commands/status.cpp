@@ -32,7 +32,7 @@ QStringList driveTable(const QVector<client::Drive> &drives, const render::Style
     table.addColumn(QStringLiteral("Temp"), Align::Right);
     table.addColumn(QStringLiteral("Health"), Align::Right);
     table.addColumn(QStringLiteral("Level"));
-    table.addColumn(QStringLiteral("Attributes"), Align::Right);
+    table.addColumn(QStringLiteral("Attrs"), Align::Right);
     for (int i = 0; i < drives.size(); ++i) {
         const client::Drive &drive = drives.at(i);
         table.addRow({{QString::number(i)},

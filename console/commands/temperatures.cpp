@@ -61,7 +61,7 @@ QVector<client::TemperatureRecord> select(const client::TemperatureHistory &hist
     return records;
 }
 
-QString summary(const QVector<client::TemperatureRecord> &records)
+QStringList summary(const QVector<client::TemperatureRecord> &records)
 {
     int lowest = std::numeric_limits<int>::max();
     int highest = std::numeric_limits<int>::min();
@@ -76,11 +76,13 @@ QString summary(const QVector<client::TemperatureRecord> &records)
         ++count;
     }
     if (count == 0)
-        return QStringLiteral("records: %1, none with a readable temperature").arg(records.size());
-    return QStringLiteral("records: %1, from %2 to %3: lowest %4 °C, highest %5 °C, mean %6 °C")
-        .arg(QString::number(records.size()), render::timeText(records.first().time),
-             render::timeText(records.last().time), QString::number(lowest), QString::number(highest),
-             QString::number(double(sum) / count, 'f', 1));
+        return {QStringLiteral("records: %1, none with a readable temperature").arg(records.size())};
+    return {QStringLiteral("records: %1, from %2 to %3")
+                .arg(QString::number(records.size()), render::timeText(records.first().time),
+                     render::timeText(records.last().time)),
+            QStringLiteral("lowest %1 °C, highest %2 °C, mean %3 °C")
+                .arg(QString::number(lowest), QString::number(highest),
+                     QString::number(double(sum) / count, 'f', 1))};
 }
 
 QJsonArray recordArray(const QVector<client::TemperatureRecord> &records)
@@ -137,7 +139,7 @@ int runTemperatures(Context &context)
     else if (records.isEmpty())
         output.note(QStringLiteral("no temperature of drive %1 is recorded for this time").arg(*drive));
     else {
-        if (context.style().hasGraphics)
+        if (context.style().hasGraphics && records.size() > 1)
             output.print(render::temperatureChart(records, context.style().width, kChartHeight));
         output.print(summary(records));
     }

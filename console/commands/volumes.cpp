@@ -9,6 +9,8 @@
 namespace {
 
 constexpr int kBarWidth = 12;
+constexpr int kNarrowBarWidth = 5;
+constexpr int kWideScreen = 100; ///< columns from which on the wide bar leaves room for labels
 
 /// The share of a volume that is in use; nothing when its size is not known.
 std::optional<double> usedShare(const client::Volume &volume)
@@ -22,6 +24,7 @@ QStringList volumeTable(const QVector<client::Volume> &volumes, const render::St
 {
     using render::Align;
     constexpr auto kShrink = render::Table::Shrink::Yes;
+    const int barWidth = style.width >= kWideScreen ? kBarWidth : kNarrowBarWidth;
     render::Table table;
     table.addColumn(QStringLiteral("Drive"), Align::Right);
     table.addColumn(QStringLiteral("Volume"), Align::Left, kShrink);
@@ -35,7 +38,7 @@ QStringList volumeTable(const QVector<client::Volume> &volumes, const render::St
         const auto used = usedShare(volume);
         QString usedText = used ? QStringLiteral("%1 %").arg(*used * 100, 3, 'f', 0) : QStringLiteral("-");
         if (used && style.hasGraphics)
-            usedText += QLatin1Char(' ') + render::progressBar(*used, kBarWidth);
+            usedText += QLatin1Char(' ') + render::progressBar(*used, barWidth);
         table.addRow({{QString::number(volume.drive)},
                       {client::visible(volume.root)},
                       {client::visible(volume.label)},

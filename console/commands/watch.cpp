@@ -20,7 +20,6 @@ constexpr double kDefaultIntervalSeconds = 2;
 constexpr double kShortestIntervalSeconds = 0.2;
 constexpr double kLongestIntervalSeconds = 3600;
 constexpr int kKeptTemperatures = 60;
-constexpr char kInterrupt = 3; // Ctrl-C
 
 /// Asks one service again and again and keeps its latest answers. A service that fails is asked anew after
 /// the interval, for ever: who watches wants to see it come back.
@@ -125,6 +124,10 @@ private:
         m_state.problem.clear();
         m_state.answered = QDateTime::currentDateTime();
         m_step = Step::Drives;
+        if (m_connection.endpoint().isLocal()) { // leaves the only local connection to others meanwhile
+            m_connection.close();
+            m_step = Step::Greeting;
+        }
         m_pause.start();
         m_listener();
     }
@@ -145,6 +148,30 @@ private:
     render::WatchState m_state;
     std::function<void()> m_listener = [] {};
 };
+
+/// By how many drives `key` scrolls, where a page shows `page` of `count`.
+int stepOf(host::Key key, int page, int count)
+{
+    switch (key) {
+    case host::Key::LineUp:
+        return -1;
+    case host::Key::LineDown:
+        return 1;
+    case host::Key::PageUp:
+        return -page;
+    case host::Key::PageDown:
+        return page;
+    case host::Key::First:
+        return -count;
+    case host::Key::Last:
+        return count;
+    case host::Key::None:
+    case host::Key::Quit:
+    case host::Key::Other:
+        break;
+    }
+    return 0;
+}
 
 /// The screen and the keys.
 class Watch
@@ -168,16 +195,20 @@ private:
     {
         const host::TerminalSize size = host::terminalSize();
         bool isStale = size.columns != m_size.columns || size.rows != m_size.rows;
-        while (const char key = m_screen.takeKey()) {
-            if (key == 'q' || key == kInterrupt)
+        for (auto key = m_screen.takeKey(); key != host::Key::None; key = m_screen.takeKey()) {
+            if (key == host::Key::Quit)
                 m_loop.quit();
-            const int last = int(m_poller.state().drives.size()) - render::watchCapacity(size.rows);
-            const int step = key == 'j' ? 1 : key == 'k' ? -1 : 0;
-            m_firstRow = std::clamp(m_firstRow + step, 0, std::max(0, last));
+            scroll(key, render::watchCapacity(size.rows));
             isStale = true;
         }
         if (isStale)
             draw();
+    }
+
+    void scroll(host::Key key, int page)
+    {
+        const int count = int(m_poller.state().drives.size());
+        m_firstRow = std::clamp(m_firstRow + stepOf(key, page, count), 0, std::max(0, count - page));
     }
 
     void draw()

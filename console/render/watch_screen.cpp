@@ -18,7 +18,7 @@ constexpr int kLinesBesidesDrives = 5; ///< title, alert line, empty line, headi
 constexpr int kTrendWidth = 10;
 constexpr int kTrendSpan = 5; ///< degrees
 constexpr int kScanBarWidth = 10;
-constexpr int kWideScreen = 110; ///< columns from which on serial numbers are shown
+constexpr int kWideScreen = 110; ///< columns from which on serial numbers and bars are shown
 
 QString title(const WatchState &state)
 {
@@ -56,20 +56,29 @@ Cell alert(const WatchState &state)
         if (drive.isRated() && drive.statusLevel == worst)
             texts.append(QStringLiteral("%1 %2").arg(i).arg(client::visible(drive.model)));
     }
-    return {levelText(worst) + QStringLiteral(": ") + texts.join(QStringLiteral(", ")), levelColour(worst)};
+    const QString number = texts.size() == 1 ? QString() : QStringLiteral(", %1 drives").arg(texts.size());
+    return {levelText(worst) + number + QStringLiteral(": ") + texts.join(QStringLiteral(", ")),
+            levelColour(worst)};
 }
 
-QString scanText(const WatchState &state, int drive)
+/// How far the scan of `drive` is, and what the last one has found; a bar where there is room for it.
+Cell scanCell(const WatchState &state, int drive, bool isWide)
 {
-    for (const client::ScanStatus &scan : state.scans) {
-        if (scan.drive != drive || scan.state != client::ScanState::Running)
-            continue;
-        const QString bad =
-            scan.badRanges.isEmpty() ? QString() : QStringLiteral(" %1 bad").arg(scan.badRanges.size());
-        return progressBar(scan.percent / 100.0, kScanBarWidth) +
-               QStringLiteral(" %1 %").arg(scan.percent, 3) + bad;
-    }
-    return {};
+    const auto scan =
+        std::find_if(state.scans.cbegin(), state.scans.cend(),
+                     [drive](const client::ScanStatus &status) { return status.drive == drive; });
+    if (scan == state.scans.cend())
+        return {};
+    QStringList parts;
+    if (scan->state == client::ScanState::Running)
+        parts.append(QStringLiteral("%1 %").arg(scan->percent, 3));
+    if (scan->state == client::ScanState::Failed)
+        parts.append(QStringLiteral("failed"));
+    if (!scan->badRanges.isEmpty())
+        parts.append(QStringLiteral("%1 bad").arg(scan->badRanges.size()));
+    if (isWide && scan->state == client::ScanState::Running)
+        parts.prepend(progressBar(scan->percent / 100.0, kScanBarWidth));
+    return {parts.join(QLatin1Char(' ')), scan->badRanges.isEmpty() ? Colour::Plain : Colour::Bad};
 }
 
 QStringList driveLines(const WatchState &state, int first, int count, const Style &style)
@@ -96,7 +105,7 @@ QStringList driveLines(const WatchState &state, int first, int count, const Styl
                              {sparkline(state.temperatures.value(i), kTrendWidth, kTrendSpan)},
                              healthCell(drive),
                              levelCell(drive),
-                             {scanText(state, i)}};
+                             scanCell(state, i, isWide)};
         table.addRow(row);
     }
     return table.lines(style);
@@ -106,7 +115,7 @@ QString footer(const WatchState &state, int first, int shown)
 {
     QString text = QStringLiteral("q quits");
     if (shown < state.drives.size())
-        text += QStringLiteral(", j and k scroll: drives %1 to %2 of %3")
+        text += QStringLiteral(", arrows scroll: drives %1 to %2 of %3")
                     .arg(first)
                     .arg(first + shown - 1)
                     .arg(state.drives.size());

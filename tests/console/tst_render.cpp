@@ -293,6 +293,7 @@ void TestRender::watchScreenFits()
     state.drives = QVector<client::Drive>(drives, drive);
     state.temperatures = QVector<QVector<int>>(drives, {30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41});
     state.scans = {runningScan(50, 0, 100)};
+    state.scans.first().badRanges = {{40, 47}};
     const QStringList lines = render::watchScreen(state, rows, firstRow, {false, true, columns});
     QVERIFY(lines.size() <= rows);
     QVector<int> numbers;
@@ -303,6 +304,7 @@ void TestRender::watchScreenFits()
     }
     QCOMPARE(numbers.isEmpty() ? -1 : numbers.first(), shownFirst);
     QCOMPARE(numbers.isEmpty() ? -1 : numbers.last(), shownLast);
+    QCOMPARE(lines.join(QLatin1Char('\n')).contains(QLatin1String("1 bad")), shownFirst == 0);
 }
 
 void TestRender::watchScreenTellsOfSilence()

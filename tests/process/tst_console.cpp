@@ -6,6 +6,8 @@
 #include <QJsonDocument>
 #include <QTest>
 
+#include <array>
+
 namespace {
 
 constexpr int kPatienceMs = 60000;
@@ -68,6 +70,7 @@ private Q_SLOTS:
     void checksLevels_data();
     void checksLevels();
     void waitsForDetection();
+    void takesTurnsOnTheLocalSocket();
     void saysThatTheServiceIsPaused();
     void saysThatNobodyAnswers();
 
@@ -270,6 +273,33 @@ void TestConsole::waitsForDetection()
     const Outcome patient = runConsole(service, words(QStringLiteral("--wait 60 count")));
     QCOMPARE(patient.exitCode, 0);
     QCOMPARE(patient.output, QByteArray("1\n"));
+}
+
+/// The local socket hears one console at a time, and still each of many is answered, while one stays.
+void TestConsole::takesTurnsOnTheLocalSocket()
+{
+    constexpr int kConsoles = 12;
+    QJsonObject drive = realDrive(0, QStringLiteral("st500nm0011.json"));
+    drive.insert(QStringLiteral("readDelayMs"), 100);
+    ServiceFixture service;
+    service.writeMachine({{QStringLiteral("drives"), QJsonArray{drive}}});
+    QVERIFY2(service.serve(), service.output());
+    QCOMPARE(runConsole(service, words(QStringLiteral("scan start 0 --last 20000"))).exitCode, 0);
+    const auto start = [&service](QProcess &process, const char *line) {
+        process.setProcessEnvironment(service.environment());
+        process.start(QStringLiteral(HALVEX_CONSOLE_PROGRAM), words(QLatin1String(line)));
+    };
+    QProcess lasting;
+    start(lasting, "-t 60 scan status 0 --follow");
+    std::array<QProcess, kConsoles> others;
+    for (QProcess &other : others)
+        start(other, "-t 60 smart 0");
+    for (QProcess &other : others) {
+        QVERIFY(other.waitForFinished(kPatienceMs));
+        QVERIFY2(other.exitCode() == 0, other.readAllStandardError());
+    }
+    QVERIFY(lasting.waitForFinished(kPatienceMs));
+    QVERIFY2(lasting.exitCode() == 0, lasting.readAllStandardError());
 }
 
 void TestConsole::saysThatTheServiceIsPaused()
