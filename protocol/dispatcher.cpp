@@ -243,9 +243,12 @@ Reply stopScan(const Request &request)
 
 Reply scanStatus(const Request &request)
 {
-    const CommandTarget &target = request.target();
-    const auto isRunning = [&target](int device) { return target.isScanRunning(device); };
-    return listReply("STATSCAN", payload::scanStatus(request.target().devices(), isRunning));
+    CommandTarget &target = request.target();
+    // Asked before the progress is taken: no scan is told to have ended short of its end.
+    QVector<bool> running(target.devices().size());
+    for (int i = 0; i < running.size(); ++i)
+        running[i] = target.isScanRunning(i);
+    return listReply("STATSCAN", payload::scanStatus(target.devices(), [&](int i) { return running.at(i); }));
 }
 
 Reply temperatures(const Request &request)

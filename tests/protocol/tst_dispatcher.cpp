@@ -34,6 +34,25 @@ QString replyTo(const QString &request, FakeTarget &target)
     return reply.rest ? reply.text + reply.rest() : reply.text;
 }
 
+/// A target whose scan ends while it is asked whether it runs.
+class EndingScanTarget : public FakeTarget
+{
+public:
+    [[nodiscard]] bool isScanRunning(int device) const override
+    {
+        m_hasEnded = true;
+        return device == runningScan;
+    }
+    const DeviceList &devices() override
+    {
+        deviceList[1].scanPercent = m_hasEnded ? 100 : 99;
+        return deviceList;
+    }
+
+private:
+    mutable bool m_hasEnded = false;
+};
+
 const QString kBareDevice =
     QStringLiteral("~;~;~;0~;-1~;~;-1~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;3~;0~;1");
 
@@ -48,6 +67,7 @@ private Q_SLOTS:
     void replies();
     void calls_data();
     void calls();
+    void tellsTheEndOfAnEndedScan();
     void gates_data();
     void gates();
     void withoutDevices();
@@ -179,6 +199,13 @@ void TestDispatcher::calls()
     fill(target);
     QTEST(replyTo(request, target), "reply");
     QTEST(target.calls.join(QLatin1Char('|')), "call");
+}
+
+void TestDispatcher::tellsTheEndOfAnEndedScan()
+{
+    EndingScanTarget target;
+    fill(target);
+    QVERIFY(replyTo(QStringLiteral("GSTATSCAN"), target).contains(QLatin1String("|1;1;100;")));
 }
 
 void TestDispatcher::gates_data()
