@@ -13,7 +13,7 @@
 namespace {
 
 constexpr quint16 kServicePort = 5000;
-constexpr qint64 kDriveSize = 64 * 1024 * 1024;
+constexpr qint64 kDriveSize = 64LL * 1024 * 1024;
 constexpr int kLastSector = int(kDriveSize / 512) - 1;
 constexpr int kPatienceMs = 120000;
 
@@ -133,7 +133,7 @@ QJsonDocument TestEmulatedDrives::console(const QString &arguments)
 
 QJsonObject TestEmulatedDrives::drive(const QString &model)
 {
-    for (const QJsonValue &drive : console("status").object().value("drives").toArray()) {
+    for (const QJsonValue drive : console("status").object().value("drives").toArray()) {
         if (drive.toObject().value("model").toString().contains(model))
             return drive.toObject();
     }
@@ -241,7 +241,7 @@ void TestEmulatedDrives::tellsWhatADriveTells()
     QVERIFY(drive.value("temperatureCelsius").isNull()); // there is an attribute 190, and no 194
 
     QJsonArray attributes;
-    for (const QJsonValue &value : drive.value("attributes").toArray()) {
+    for (const QJsonValue value : drive.value("attributes").toArray()) {
         QJsonObject attribute = value.toObject();
         attribute.remove("name");
         attribute.remove("failing");
