@@ -3,28 +3,13 @@
 #include "disk/ata_smart.h"
 
 #include "disk/fake_drives.h"
+#include "rows.h"
 
 #include <QSignalSpy>
 #include <QtTest>
 
 using namespace std::chrono_literals;
 using Stall = StallingDrives::Stall;
-
-class TestAtaSmart : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void noDrives();
-    void readsEveryDrive();
-    void watchdogGivesAHungReaderUp();
-    void readerThatIsGivenUpIsCountedOnce();
-    void restartDropsTheReadersBefore();
-    void restartWhileAnOldReaderHangs();
-    void synchronousReadSkips_data();
-    void synchronousReadSkips();
-    void synchronousReadSurvivesAHungDrive();
-};
 
 namespace {
 
@@ -74,151 +59,157 @@ struct TwoDrives
 
 } // namespace
 
-void TestAtaSmart::noDrives()
+class TestAtaSmart : public QObject
 {
-    StallingDrives none;
-    ATA_Smart smart(none);
-    QSignalSpy finished(&smart, &ATA_Smart::finishedScanSMART);
-    smart.startReaders();
-    QCOMPARE(finished.count(), 0);
-    QVERIFY(finished.wait());
-    QCOMPARE(finished.count(), 1);
-}
+    Q_OBJECT
 
-void TestAtaSmart::readsEveryDrive()
-{
-    TwoDrives machine;
-    machine.smart.devices() = {record(0), record(7), record(1)}; // there is no drive 7
-    machine.smart.startReaders();
-    QVERIFY(machine.finished.wait());
-    QCOMPARE(machine.attributeOf(0), 12U);
-    QCOMPARE(machine.attributeOf(2), 199U);
-    QCOMPARE(machine.smart.devices().at(1).smartState, -1);
-    QCOMPARE(machine.finished.count(), 1);
-}
+private Q_SLOTS:
+    void noDrives()
+    {
+        StallingDrives none;
+        ATA_Smart smart(none);
+        QSignalSpy finished(&smart, &ATA_Smart::finishedScanSMART);
+        smart.startReaders();
+        QCOMPARE(finished.count(), 0);
+        QVERIFY(finished.wait());
+        QCOMPARE(finished.count(), 1);
+    }
 
-void TestAtaSmart::watchdogGivesAHungReaderUp()
-{
-    TwoDrives machine;
-    machine.smart.devices() = {record(0)};
-    machine.smart.setTimeLimits(30ms, kAgeLong);
-    machine.drives.stall(physicalDrivePath(0), Stall::UntilCancelled);
-    machine.smart.startReaders();
-    QVERIFY(machine.finished.wait());
-    QTRY_COMPARE(machine.drives.openDrives(), 0);
-    QCOMPARE(machine.smart.devices().at(0).smartState, -1);
-}
+    void readsEveryDrive()
+    {
+        TwoDrives machine;
+        machine.smart.devices() = {record(0), record(7), record(1)}; // there is no drive 7
+        machine.smart.startReaders();
+        QVERIFY(machine.finished.wait());
+        QCOMPARE(machine.attributeOf(0), 12U);
+        QCOMPARE(machine.attributeOf(2), 199U);
+        QCOMPARE(machine.smart.devices().at(1).smartState, -1);
+        QCOMPARE(machine.finished.count(), 1);
+    }
 
-void TestAtaSmart::readerThatIsGivenUpIsCountedOnce()
-{
-    TwoDrives machine;
-    machine.smart.setTimeLimits(kAgeLong, kAgeLong);
-    machine.drives.stall(physicalDrivePath(1), Stall::UntilReleased);
-    machine.smart.startReaders();
-    // Drive 0 is read meanwhile, but the event loop must not hear of it before the watchdog's verdict.
-    machine.waitUntilRead(1);
-    machine.smart.terminate_S_thread(0);
-    machine.smart.terminate_S_thread(0);
-    QCoreApplication::processEvents();
-    machine.smart.finishedReadSMART(0);
-    QCOMPARE(machine.finished.count(), 0);
-    QCOMPARE(machine.smart.devices().at(0).smartState, -1);
+    void watchdogGivesAHungReaderUp()
+    {
+        TwoDrives machine;
+        machine.smart.devices() = {record(0)};
+        machine.smart.setTimeLimits(30ms, kAgeLong);
+        machine.drives.stall(physicalDrivePath(0), Stall::UntilCancelled);
+        machine.smart.startReaders();
+        QVERIFY(machine.finished.wait());
+        QTRY_COMPARE(machine.drives.openDrives(), 0);
+        QCOMPARE(machine.smart.devices().at(0).smartState, -1);
+    }
 
-    machine.drives.stall(physicalDrivePath(1), Stall::No);
-    QVERIFY(machine.finished.wait());
-    QCOMPARE(machine.attributeOf(1), 199U);
-}
+    void readerThatIsGivenUpIsCountedOnce()
+    {
+        TwoDrives machine;
+        machine.smart.setTimeLimits(kAgeLong, kAgeLong);
+        machine.drives.stall(physicalDrivePath(1), Stall::UntilReleased);
+        machine.smart.startReaders();
+        // Drive 0 is read meanwhile, but the event loop must not hear of it before the watchdog's verdict.
+        machine.waitUntilRead(1);
+        machine.smart.terminate_S_thread(0);
+        machine.smart.terminate_S_thread(0);
+        QCoreApplication::processEvents();
+        machine.smart.finishedReadSMART(0);
+        QCOMPARE(machine.finished.count(), 0);
+        QCOMPARE(machine.smart.devices().at(0).smartState, -1);
 
-void TestAtaSmart::restartDropsTheReadersBefore()
-{
-    TwoDrives machine;
-    machine.smart.setTimeLimits(kAgeLong, kAgeLong);
-    machine.smart.startReaders();
-    machine.waitUntilRead(2);
+        machine.drives.stall(physicalDrivePath(1), Stall::No);
+        QVERIFY(machine.finished.wait());
+        QCOMPARE(machine.attributeOf(1), 199U);
+    }
 
-    machine.drives.stall(physicalDrivePath(0), Stall::UntilReleased);
-    machine.smart.startReaders();
-    QCoreApplication::processEvents(); // the first readers' signals
-    QCOMPARE(machine.finished.count(), 0);
-    machine.drives.stallNoMore();
-    QVERIFY(machine.finished.wait());
-    QCOMPARE(machine.smart.devices().at(0).attributes.size(), 1);
-}
+    void restartDropsTheReadersBefore()
+    {
+        TwoDrives machine;
+        machine.smart.setTimeLimits(kAgeLong, kAgeLong);
+        machine.smart.startReaders();
+        machine.waitUntilRead(2);
 
-void TestAtaSmart::restartWhileAnOldReaderHangs()
-{
-    TwoDrives machine;
-    machine.smart.setTimeLimits(30ms, 0ms);
-    machine.drives.stall(physicalDrivePath(0), Stall::UntilReleased);
-    machine.smart.startReaders();
-    QVERIFY(machine.finished.wait());
+        machine.drives.stall(physicalDrivePath(0), Stall::UntilReleased);
+        machine.smart.startReaders();
+        QCoreApplication::processEvents(); // the first readers' signals
+        QCOMPARE(machine.finished.count(), 0);
+        machine.drives.stallNoMore();
+        QVERIFY(machine.finished.wait());
+        QCOMPARE(machine.smart.devices().at(0).attributes.size(), 1);
+    }
 
-    machine.smart.setTimeLimits(kAgeLong, 0ms);
-    machine.smart.devices() = {record(1)};
-    machine.smart.startReaders();
-    QVERIFY(machine.smart.leftThreadsBehind());
-    QVERIFY(machine.finished.wait());
-    QCOMPARE(machine.attributeOf(0), 199U);
+    void restartWhileAnOldReaderHangs()
+    {
+        TwoDrives machine;
+        machine.smart.setTimeLimits(30ms, 0ms);
+        machine.drives.stall(physicalDrivePath(0), Stall::UntilReleased);
+        machine.smart.startReaders();
+        QVERIFY(machine.finished.wait());
 
-    machine.drives.stall(physicalDrivePath(0), Stall::No);
-    QTRY_VERIFY(!machine.smart.leftThreadsBehind());
-    QCoreApplication::processEvents();
-    QCOMPARE(machine.finished.count(), 2);
-    QCOMPARE(machine.smart.devices().at(0).attributes.size(), 1);
-}
+        machine.smart.setTimeLimits(kAgeLong, 0ms);
+        machine.smart.devices() = {record(1)};
+        machine.smart.startReaders();
+        QVERIFY(machine.smart.leftThreadsBehind());
+        QVERIFY(machine.finished.wait());
+        QCOMPARE(machine.attributeOf(0), 199U);
 
-void TestAtaSmart::synchronousReadSkips_data()
-{
-    QTest::addColumn<int>("smartState");
-    QTest::addColumn<int>("monitored");
-    QTest::addColumn<bool>("force");
-    QTest::addColumn<bool>("isRead");
-    QTest::newRow("monitored") << 1 << 1 << false << true;
-    QTest::newRow("not monitored") << 1 << 0 << false << false;
-    QTest::newRow("not monitored, forced") << 1 << 0 << true << true;
-    QTest::newRow("no attributes, forced") << 0 << 1 << true << false;
-    QTest::newRow("never read, forced") << -1 << 1 << true << false;
-}
+        machine.drives.stall(physicalDrivePath(0), Stall::No);
+        QTRY_VERIFY(!machine.smart.leftThreadsBehind());
+        QCoreApplication::processEvents();
+        QCOMPARE(machine.finished.count(), 2);
+        QCOMPARE(machine.smart.devices().at(0).attributes.size(), 1);
+    }
 
-void TestAtaSmart::synchronousReadSkips()
-{
-    QFETCH(int, smartState);
-    QFETCH(int, monitored);
-    QFETCH(bool, force);
-    StallingDrives drives;
-    drives.add(physicalDrivePath(0), kAttributeCurrent, 77);
-    ATA_Smart smart(drives);
-    DeviceRecord device = record(0);
-    device.smartState = smartState;
-    device.monitored = monitored;
-    device.attributes.resize(1);
-    smart.devices() = {device};
-    smart.readSynchronously(force);
-    QTEST(smart.devices().at(0).attributes.at(0).current == 77, "isRead");
-}
+    void synchronousReadSkips_data()
+    {
+        QTest::addColumn<int>("smartState");
+        QTest::addColumn<int>("monitored");
+        QTest::addColumn<bool>("force");
+        QTest::addColumn<bool>("isRead");
+        row("monitored", 1, 1, false, true);
+        row("not monitored", 1, 0, false, false);
+        row("not monitored, forced", 1, 0, true, true);
+        row("no attributes, forced", 0, 1, true, false);
+        row("never read, forced", -1, 1, true, false);
+    }
 
-void TestAtaSmart::synchronousReadSurvivesAHungDrive()
-{
-    TwoDrives machine;
-    machine.smart.startReaders();
-    QVERIFY(machine.finished.wait());
-    machine.smart.setTimeLimits(500ms, 0ms);
-    machine.drives.add(physicalDrivePath(1), kAttributeCurrent, 77);
-    machine.drives.stall(physicalDrivePath(0), Stall::UntilReleased);
-    machine.smart.readSynchronously(false);
-    QCOMPARE(machine.smart.devices().at(1).attributes.at(0).current, 77U);
-    QVERIFY(machine.smart.leftThreadsBehind());
+    void synchronousReadSkips()
+    {
+        QFETCH(int, smartState);
+        QFETCH(int, monitored);
+        QFETCH(bool, force);
+        StallingDrives drives;
+        drives.add(physicalDrivePath(0), kAttributeCurrent, 77);
+        ATA_Smart smart(drives);
+        DeviceRecord device = record(0);
+        device.smartState = smartState;
+        device.monitored = monitored;
+        device.attributes.resize(1);
+        smart.devices() = {device};
+        smart.readSynchronously(force);
+        QTEST(smart.devices().at(0).attributes.at(0).current == 77, "isRead");
+    }
 
-    // A drive that still hangs is not asked again.
-    const int requests = machine.drives.requests();
-    machine.smart.readSynchronously(false);
-    QCOMPARE(machine.drives.requests(), requests + 1);
+    void synchronousReadSurvivesAHungDrive()
+    {
+        TwoDrives machine;
+        machine.smart.startReaders();
+        QVERIFY(machine.finished.wait());
+        machine.smart.setTimeLimits(500ms, 0ms);
+        machine.drives.add(physicalDrivePath(1), kAttributeCurrent, 77);
+        machine.drives.stall(physicalDrivePath(0), Stall::UntilReleased);
+        machine.smart.readSynchronously(false);
+        QCOMPARE(machine.smart.devices().at(1).attributes.at(0).current, 77U);
+        QVERIFY(machine.smart.leftThreadsBehind());
 
-    machine.drives.stall(physicalDrivePath(0), Stall::No);
-    QTRY_VERIFY(!machine.smart.leftThreadsBehind());
-    machine.smart.readSynchronously(false);
-    QCOMPARE(machine.drives.requests(), requests + 3);
-}
+        // A drive that still hangs is not asked again.
+        const int requests = machine.drives.requests();
+        machine.smart.readSynchronously(false);
+        QCOMPARE(machine.drives.requests(), requests + 1);
+
+        machine.drives.stall(physicalDrivePath(0), Stall::No);
+        QTRY_VERIFY(!machine.smart.leftThreadsBehind());
+        machine.smart.readSynchronously(false);
+        QCOMPARE(machine.drives.requests(), requests + 3);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestAtaSmart)
 #include "tst_ata_smart.moc"

@@ -1,22 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "disk/identify.h"
+#include "rows.h"
 
 #include <QtTest>
-
-class TestIdentify : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void text_data();
-    void text();
-    void capabilities_data();
-    void capabilities();
-    void version_data();
-    void version();
-    void fromDescriptor();
-};
 
 namespace {
 
@@ -28,107 +15,114 @@ void setWord(QByteArray &sector, int number, int value)
 
 } // namespace
 
-void TestIdentify::text_data()
+class TestIdentify : public QObject
 {
-    QTest::addColumn<QByteArray>("wire"); // the field byte for byte as the drive sends it
-    QTest::addColumn<QString>("text");
-    QTest::newRow("words swapped") << QByteArray("DWC-12") << "WD-C21";
-    QTest::newRow("odd length") << QByteArray("BA C") << "ABC";
-    QTest::newRow("right-aligned") << QByteArray("    BADC") << "ABCD";
-    QTest::newRow("blank inside") << QByteArray(" A B") << "A B";
-    QTest::newRow("other white space") << QByteArray("\tA\nB\r\v") << "A\tB";
-    QTest::newRow("every place used") << QByteArray("BADCFEHGJILKNMPORQTS") << "ABCDEFGHIJKLMNOPQRST";
-    QTest::newRow("all blank") << QByteArray() << "";
-    QTest::newRow("ends at a NUL") << QByteArray("BA\0CED", 6) << "ABC";
-    QTest::newRow("all zero") << QByteArray(20, '\0') << "";
-}
+    Q_OBJECT
 
-void TestIdentify::text()
-{
-    QFETCH(QByteArray, wire);
-    QByteArray sector(512, ' ');
-    sector.replace(2 * identify::kSerialNumber.firstWord, wire.size(), wire);
-    QTEST(identify::text(ByteView(sector), identify::kSerialNumber), "text");
-}
-
-void TestIdentify::capabilities_data()
-{
-    QTest::addColumn<int>("word82");
-    QTest::addColumn<int>("word83");
-    QTest::addColumn<int>("word85");
-    QTest::addColumn<int>("word87");
-    QTest::addColumn<int>("supported");
-    QTest::addColumn<int>("enabled");
-    QTest::newRow("on") << 0x346B << 0x7D09 << 0x3469 << 0x4163 << 1 << 1;
-    QTest::newRow("switched off") << 0x346B << 0x7D09 << 0x3468 << 0x4163 << 1 << 0;
-    QTest::newRow("not there") << 0x346A << 0x4000 << 0x3468 << 0x4000 << 0 << 0;
-    QTest::newRow("words not valid") << 0x0001 << 0x0000 << 0x0000 << 0x0000 << -1 << 1;
-    QTest::newRow("floating bus") << 0xFFFF << 0xFFFF << 0xFFFE << 0xFFFF << -1 << 1;
-    QTest::newRow("one pair valid") << 0x0001 << 0x8000 << 0x0000 << 0x7FFF << -1 << 0;
-}
-
-void TestIdentify::capabilities()
-{
-    QByteArray sector(512, '\0');
-    for (const int number : {82, 83, 85, 87}) {
-        const QByteArray column = "word" + QByteArray::number(number);
-        setWord(sector, number, *static_cast<int *>(QTest::qData(column.constData(), qMetaTypeId<int>())));
+private Q_SLOTS:
+    void text_data()
+    {
+        QTest::addColumn<QByteArray>("wire"); // the field byte for byte as the drive sends it
+        QTest::addColumn<QString>("text");
+        row("words swapped", QByteArray("DWC-12"), "WD-C21");
+        row("odd length", QByteArray("BA C"), "ABC");
+        row("right-aligned", QByteArray("    BADC"), "ABCD");
+        row("blank inside", QByteArray(" A B"), "A B");
+        row("other white space", QByteArray("\tA\nB\r\v"), "A\tB");
+        row("every place used", QByteArray("BADCFEHGJILKNMPORQTS"), "ABCDEFGHIJKLMNOPQRST");
+        row("all blank", QByteArray(), "");
+        row("ends at a NUL", QByteArray("BA\0CED", 6), "ABC");
+        row("all zero", QByteArray(20, '\0'), "");
     }
-    QTEST(identify::smartSupported(ByteView(sector)), "supported");
-    QTEST(identify::smartEnabled(ByteView(sector)), "enabled");
-}
 
-void TestIdentify::version_data()
-{
-    QTest::addColumn<int>("word80");
-    QTest::addColumn<int>("word81");
-    QTest::addColumn<int>("number");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("not reported") << 0x0000 << 18 << -1 << "";
-    QTest::newRow("not reported either") << 0xFFFF << 18 << -1 << "";
-    QTest::newRow("first row") << 0x0002 << 1 << 1 << "ATA-1 X3T9.2 781D prior to revision 4";
-    QTest::newRow("ATA-3 draft") << 0x000E << 6 << -3 << "ATA-3 X3T10 2008D revision 1";
-    QTest::newRow("ATA-3 earlier draft") << 0x000E << 8 << -3 << "ATA-3 X3T10 2008D revision 0";
-    QTest::newRow("middle row") << 0x001E << 18 << 4 << "ATA/ATAPI-4 published, ANSI NCITS 317-1998";
-    QTest::newRow("last row") << 0x007E << 34 << 6 << "ATA/ATAPI-6 published, ANSI INCITS 361-2002";
-    QTest::newRow("behind the table") << 0x03FC << 35 << 9 << "";
-    QTest::newRow("row 0") << 0x01F0 << 0 << 8 << "";
-    QTest::newRow("reserved row") << 0x01F0 << 29 << 8 << "";
-    QTest::newRow("largest minor") << 0x8000 << 0xFFFF << 15 << "";
-    QTest::newRow("lowest bit") << 0x0002 << 0 << 1 << "";
-    QTest::newRow("bit 0 alone") << 0x0001 << 0 << 1 << "";
-}
+    void text()
+    {
+        QFETCH(QByteArray, wire);
+        QByteArray sector(512, ' ');
+        sector.replace(2 * identify::kSerialNumber.firstWord, wire.size(), wire);
+        QTEST(identify::text(ByteView(sector), identify::kSerialNumber), "text");
+    }
 
-void TestIdentify::version()
-{
-    QFETCH(int, word80);
-    QFETCH(int, word81);
-    QByteArray sector(512, '\0');
-    setWord(sector, 80, word80);
-    setWord(sector, 81, word81);
-    const identify::AtaVersion version = identify::ataVersion(ByteView(sector));
-    QTEST(version.major, "number");
-    QTEST(version.text, "text");
-}
+    void capabilities_data()
+    {
+        QTest::addColumn<int>("word82");
+        QTest::addColumn<int>("word83");
+        QTest::addColumn<int>("word85");
+        QTest::addColumn<int>("word87");
+        QTest::addColumn<int>("supported");
+        QTest::addColumn<int>("enabled");
+        row("on", 0x346B, 0x7D09, 0x3469, 0x4163, 1, 1);
+        row("switched off", 0x346B, 0x7D09, 0x3468, 0x4163, 1, 0);
+        row("not there", 0x346A, 0x4000, 0x3468, 0x4000, 0, 0);
+        row("words not valid", 0x0001, 0x0000, 0x0000, 0x0000, -1, 1);
+        row("floating bus", 0xFFFF, 0xFFFF, 0xFFFE, 0xFFFF, -1, 1);
+        row("one pair valid", 0x0001, 0x8000, 0x0000, 0x7FFF, -1, 0);
+    }
 
-void TestIdentify::fromDescriptor()
-{
-    StorageDescriptor descriptor;
-    descriptor.product = "A product name that is longer than forty characters";
-    descriptor.revision = "1.0\r\nX";
-    descriptor.serial = "never used";
-    const QByteArray sector = identify::fromDescriptor(descriptor);
-    const ByteView view(sector);
-    QCOMPARE(sector.size(), 512);
-    QCOMPARE(sector.mid(54, 4), QByteArray(" Arp"));
-    QCOMPARE(identify::text(view, identify::kModelNumber),
-             QStringLiteral("A product name that is longer than forty"));
-    QCOMPARE(identify::text(view, identify::kFirmwareRevision), QStringLiteral("1.0"));
-    QCOMPARE(sector.mid(20, 20), QByteArray(20, '\0'));
-    QCOMPARE(identify::ataVersion(view).major, 3);
-    QCOMPARE(identify::smartSupported(view), 1);
-    QCOMPARE(identify::smartEnabled(view), 1);
-}
+    void capabilities()
+    {
+        QByteArray sector(512, '\0');
+        for (const int number : {82, 83, 85, 87}) {
+            const QByteArray column = "word" + QByteArray::number(number);
+            setWord(sector, number,
+                    *static_cast<int *>(QTest::qData(column.constData(), qMetaTypeId<int>())));
+        }
+        QTEST(identify::smartSupported(ByteView(sector)), "supported");
+        QTEST(identify::smartEnabled(ByteView(sector)), "enabled");
+    }
+
+    void version_data()
+    {
+        QTest::addColumn<int>("word80");
+        QTest::addColumn<int>("word81");
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QString>("text");
+        row("not reported", 0x0000, 18, -1, "");
+        row("not reported either", 0xFFFF, 18, -1, "");
+        row("first row", 0x0002, 1, 1, "ATA-1 X3T9.2 781D prior to revision 4");
+        row("ATA-3 draft", 0x000E, 6, -3, "ATA-3 X3T10 2008D revision 1");
+        row("ATA-3 earlier draft", 0x000E, 8, -3, "ATA-3 X3T10 2008D revision 0");
+        row("middle row", 0x001E, 18, 4, "ATA/ATAPI-4 published, ANSI NCITS 317-1998");
+        row("last row", 0x007E, 34, 6, "ATA/ATAPI-6 published, ANSI INCITS 361-2002");
+        row("behind the table", 0x03FC, 35, 9, "");
+        row("row 0", 0x01F0, 0, 8, "");
+        row("reserved row", 0x01F0, 29, 8, "");
+        row("largest minor", 0x8000, 0xFFFF, 15, "");
+        row("lowest bit", 0x0002, 0, 1, "");
+        row("bit 0 alone", 0x0001, 0, 1, "");
+    }
+
+    void version()
+    {
+        QFETCH(int, word80);
+        QFETCH(int, word81);
+        QByteArray sector(512, '\0');
+        setWord(sector, 80, word80);
+        setWord(sector, 81, word81);
+        const identify::AtaVersion version = identify::ataVersion(ByteView(sector));
+        QTEST(version.major, "number");
+        QTEST(version.text, "text");
+    }
+
+    void fromDescriptor()
+    {
+        StorageDescriptor descriptor;
+        descriptor.product = "A product name that is longer than forty characters";
+        descriptor.revision = "1.0\r\nX";
+        descriptor.serial = "never used";
+        const QByteArray sector = identify::fromDescriptor(descriptor);
+        const ByteView view(sector);
+        QCOMPARE(sector.size(), 512);
+        QCOMPARE(sector.mid(54, 4), QByteArray(" Arp"));
+        QCOMPARE(identify::text(view, identify::kModelNumber),
+                 QStringLiteral("A product name that is longer than forty"));
+        QCOMPARE(identify::text(view, identify::kFirmwareRevision), QStringLiteral("1.0"));
+        QCOMPARE(sector.mid(20, 20), QByteArray(20, '\0'));
+        QCOMPARE(identify::ataVersion(view).major, 3);
+        QCOMPARE(identify::smartSupported(view), 1);
+        QCOMPARE(identify::smartEnabled(view), 1);
+    }
+};
 
 QTEST_APPLESS_MAIN(TestIdentify)
 #include "tst_identify.moc"

@@ -3,24 +3,13 @@
 #include "disk/ata_smart.h"
 
 #include "disk/simulated_machine.h"
+#include "rows.h"
 
 #include <QDir>
 #include <QSignalSpy>
 #include <QtTest>
 
 /// What real drives reported, detected and read by each of the access methods.
-class TestRealDrives : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void read_data();
-    void read();
-
-private:
-    static void compareAttributes(const DeviceRecord &device, const QJsonArray &expected);
-};
-
 namespace {
 
 constexpr int kDumps = 52;
@@ -37,79 +26,87 @@ quint64 number(const QJsonObject &object, const char *key)
 
 } // namespace
 
-void TestRealDrives::read_data()
+class TestRealDrives : public QObject
 {
-    QTest::addColumn<QString>("dump");
-    QTest::addColumn<int>("method");
-    QTest::addColumn<QString>("answer");
-    const QDir folder(QStringLiteral(HALVEX_FIXTURES "/drives"));
-    const QStringList files = folder.entryList({QStringLiteral("*.json")});
-    QCOMPARE(files.size(), kDumps);
-    for (const QString &file : files) {
-        const QByteArray name = file.chopped(5).toLatin1();
-        QTest::newRow(name + " ata") << folder.filePath(file) << 0 << "ata";
-        QTest::newRow(name + " smart") << folder.filePath(file) << 1 << "smart";
-        QTest::newRow(name + " ide") << folder.filePath(file) << 2 << "ide";
-        QTest::newRow(name + " predict") << folder.filePath(file) << 3 << "predict";
-    }
-}
+    Q_OBJECT
 
-void TestRealDrives::read()
-{
-    QFETCH(QString, dump);
-    QFETCH(QString, answer);
-    QFile file(dump);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QJsonObject expected = QJsonDocument::fromJson(file.readAll()).object();
-    const QJsonArray answers{QStringLiteral("geometry"), QStringLiteral("partition"),
-                             QStringLiteral("deviceNumber"), QStringLiteral("descriptor"), answer};
-    const SimulatedMachine machine({QJsonObject{{QStringLiteral("number"), 5},
-                                                {QStringLiteral("dump"), dump},
-                                                {QStringLiteral("answers"), answers}}});
-    ATA_Smart smart(machine.drives());
-    QSignalSpy finished(&smart, &ATA_Smart::finishedScanSMART);
-    smart.detectDevices();
-    smart.startReaders();
-    QVERIFY(finished.wait());
-
-    QCOMPARE(smart.devices().size(), 1);
-    const DeviceRecord &device = smart.devices().at(0);
-    QTEST(int(device.accessMethod), "method");
-    QCOMPARE(device.model, member(expected, "model").toString());
-    QCOMPARE(device.serial, member(expected, "serial").toString());
-    QCOMPARE(device.firmware, member(expected, "firmware").toString());
-    QCOMPARE(device.capacity, number(expected, "capacity"));
-    QCOMPARE(device.smartSupported, 1);
-
-    const QJsonObject data = member(expected, "smart").toObject();
-    QCOMPARE(quint64(device.offlineStatus), number(data, "offlineStatus"));
-    QCOMPARE(quint64(device.offlineCapability), number(data, "offlineCapability"));
-    QCOMPARE(quint64(device.smartCapability), number(data, "smartCapability"));
-    compareAttributes(device, member(data, "attributes").toArray());
-}
-
-void TestRealDrives::compareAttributes(const DeviceRecord &device, const QJsonArray &expected)
-{
-    QCOMPARE(device.smartState, 1);
-    QCOMPARE(device.attributes.size(), expected.size());
-    const bool hasThresholds = device.accessMethod != AccessMethod::StorageDescriptor;
-    for (int i = 0; i < expected.size(); ++i) {
-        const AttributeEntry &attribute = device.attributes.at(i);
-        const QJsonObject entry = expected.at(i).toObject();
-        QCOMPARE(quint64(attribute.id), number(entry, "id"));
-        QCOMPARE(quint64(attribute.flags), number(entry, "flags"));
-        QCOMPARE(quint64(attribute.current), number(entry, "current"));
-        QCOMPARE(quint64(attribute.worst), number(entry, "worst"));
-        QCOMPARE(quint64(attribute.threshold), hasThresholds ? number(entry, "threshold") : 0);
-        if (attribute.id == 194) {
-            // None of these drives counts in tenths or was hotter than 100 degrees.
-            QCOMPARE(attribute.raw, number(entry, "raw") & 0xFFFF);
-            QCOMPARE(quint64(device.temperature), attribute.raw);
-        } else {
-            QCOMPARE(attribute.raw, number(entry, "raw"));
+private Q_SLOTS:
+    void read_data()
+    {
+        QTest::addColumn<QString>("dump");
+        QTest::addColumn<int>("method");
+        QTest::addColumn<QString>("answer");
+        const QDir folder(QStringLiteral(HALVEX_FIXTURES "/drives"));
+        const QStringList files = folder.entryList({QStringLiteral("*.json")});
+        QCOMPARE(files.size(), kDumps);
+        for (const QString &file : files) {
+            const QByteArray name = file.chopped(5).toLatin1();
+            row(name + " ata", folder.filePath(file), 0, "ata");
+            row(name + " smart", folder.filePath(file), 1, "smart");
+            row(name + " ide", folder.filePath(file), 2, "ide");
+            row(name + " predict", folder.filePath(file), 3, "predict");
         }
     }
-}
+
+    void read()
+    {
+        QFETCH(QString, dump);
+        QFETCH(QString, answer);
+        QFile file(dump);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QJsonObject expected = QJsonDocument::fromJson(file.readAll()).object();
+        const QJsonArray answers{QStringLiteral("geometry"), QStringLiteral("partition"),
+                                 QStringLiteral("deviceNumber"), QStringLiteral("descriptor"), answer};
+        const SimulatedMachine machine({QJsonObject{{QStringLiteral("number"), 5},
+                                                    {QStringLiteral("dump"), dump},
+                                                    {QStringLiteral("answers"), answers}}});
+        ATA_Smart smart(machine.drives());
+        QSignalSpy finished(&smart, &ATA_Smart::finishedScanSMART);
+        smart.detectDevices();
+        smart.startReaders();
+        QVERIFY(finished.wait());
+
+        QCOMPARE(smart.devices().size(), 1);
+        const DeviceRecord &device = smart.devices().at(0);
+        QTEST(int(device.accessMethod), "method");
+        QCOMPARE(device.model, member(expected, "model").toString());
+        QCOMPARE(device.serial, member(expected, "serial").toString());
+        QCOMPARE(device.firmware, member(expected, "firmware").toString());
+        QCOMPARE(device.capacity, number(expected, "capacity"));
+        QCOMPARE(device.smartSupported, 1);
+
+        const QJsonObject data = member(expected, "smart").toObject();
+        QCOMPARE(quint64(device.offlineStatus), number(data, "offlineStatus"));
+        QCOMPARE(quint64(device.offlineCapability), number(data, "offlineCapability"));
+        QCOMPARE(quint64(device.smartCapability), number(data, "smartCapability"));
+
+        compareAttributes(device, member(data, "attributes").toArray());
+    }
+
+private:
+    static void compareAttributes(const DeviceRecord &device, const QJsonArray &expected)
+    {
+        QCOMPARE(device.smartState, 1);
+        QCOMPARE(device.attributes.size(), expected.size());
+        const bool hasThresholds = device.accessMethod != AccessMethod::StorageDescriptor;
+        for (int i = 0; i < expected.size(); ++i) {
+            const AttributeEntry &attribute = device.attributes.at(i);
+            const QJsonObject entry = expected.at(i).toObject();
+            QCOMPARE(quint64(attribute.id), number(entry, "id"));
+            QCOMPARE(quint64(attribute.flags), number(entry, "flags"));
+            QCOMPARE(quint64(attribute.current), number(entry, "current"));
+            QCOMPARE(quint64(attribute.worst), number(entry, "worst"));
+            QCOMPARE(quint64(attribute.threshold), hasThresholds ? number(entry, "threshold") : 0);
+            if (attribute.id == 194) {
+                // None of these drives counts in tenths or was hotter than 100 degrees.
+                QCOMPARE(attribute.raw, number(entry, "raw") & 0xFFFF);
+                QCOMPARE(quint64(device.temperature), attribute.raw);
+            } else {
+                QCOMPARE(attribute.raw, number(entry, "raw"));
+            }
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestRealDrives)
 #include "tst_real_drives.moc"

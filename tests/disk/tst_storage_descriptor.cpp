@@ -1,19 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "disk/storage_descriptor.h"
+#include "rows.h"
 
 #include <QtTest>
-
-class TestStorageDescriptor : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void strings_data();
-    void strings();
-    void model_data();
-    void model();
-};
 
 namespace {
 
@@ -30,46 +20,52 @@ QByteArray descriptorBytes(quint32 offset)
 
 } // namespace
 
-void TestStorageDescriptor::strings_data()
+class TestStorageDescriptor : public QObject
 {
-    QTest::addColumn<quint32>("offset");
-    QTest::addColumn<QByteArray>("product");
-    QTest::newRow("a string") << 48U << QByteArray("Disk");
-    QTest::newRow("absent") << 0U << QByteArray();
-    QTest::newRow("in the fixed part") << 28U << QByteArray();
-    QTest::newRow("earliest place") << 29U << QByteArray();
-    QTest::newRow("no NUL before the end") << 56U << QByteArray("last");
-    QTest::newRow("last byte") << 59U << QByteArray("t");
-    QTest::newRow("just outside") << 60U << QByteArray();
-    QTest::newRow("all ones") << 0xFFFFFFFFU << QByteArray();
-    QTest::newRow("negative as a signed number") << 0x80000030U << QByteArray();
-}
+    Q_OBJECT
 
-void TestStorageDescriptor::strings()
-{
-    QFETCH(quint32, offset);
-    QTEST(storage_descriptor::parse(ByteView(descriptorBytes(offset))).product, "product");
-}
+private Q_SLOTS:
+    void strings_data()
+    {
+        QTest::addColumn<quint32>("offset");
+        QTest::addColumn<QByteArray>("product");
+        row("a string", 48U, QByteArray("Disk"));
+        row("absent", 0U, QByteArray());
+        row("in the fixed part", 28U, QByteArray());
+        row("earliest place", 29U, QByteArray());
+        row("no NUL before the end", 56U, QByteArray("last"));
+        row("last byte", 59U, QByteArray("t"));
+        row("just outside", 60U, QByteArray());
+        row("all ones", 0xFFFFFFFFU, QByteArray());
+        row("negative as a signed number", 0x80000030U, QByteArray());
+    }
 
-void TestStorageDescriptor::model_data()
-{
-    QTest::addColumn<QByteArray>("vendor");
-    QTest::addColumn<QByteArray>("product");
-    QTest::addColumn<QString>("model");
-    QTest::newRow("both") << QByteArray("ATA     ") << QByteArray(" WDC 1000  ") << "ATA WDC 1000";
-    QTest::newRow("no vendor") << QByteArray() << QByteArray("WDC 1000  ") << "WDC 1000";
-    QTest::newRow("nothing") << QByteArray() << QByteArray("   ") << "";
-}
+    void strings()
+    {
+        QFETCH(quint32, offset);
+        QTEST(storage_descriptor::parse(ByteView(descriptorBytes(offset))).product, "product");
+    }
 
-void TestStorageDescriptor::model()
-{
-    QFETCH(QByteArray, vendor);
-    QFETCH(QByteArray, product);
-    StorageDescriptor descriptor;
-    descriptor.vendor = vendor;
-    descriptor.product = product;
-    QTEST(descriptor.model(), "model");
-}
+    void model_data()
+    {
+        QTest::addColumn<QByteArray>("vendor");
+        QTest::addColumn<QByteArray>("product");
+        QTest::addColumn<QString>("model");
+        row("both", QByteArray("ATA     "), QByteArray(" WDC 1000  "), "ATA WDC 1000");
+        row("no vendor", QByteArray(), QByteArray("WDC 1000  "), "WDC 1000");
+        row("nothing", QByteArray(), QByteArray("   "), "");
+    }
+
+    void model()
+    {
+        QFETCH(QByteArray, vendor);
+        QFETCH(QByteArray, product);
+        StorageDescriptor descriptor;
+        descriptor.vendor = vendor;
+        descriptor.product = product;
+        QTEST(descriptor.model(), "model");
+    }
+};
 
 QTEST_APPLESS_MAIN(TestStorageDescriptor)
 #include "tst_storage_descriptor.moc"

@@ -5,18 +5,6 @@
 #include <QMap>
 #include <QtTest>
 
-class TestVolumeEnumeration : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void listsFixedVolumesOnly();
-    void entry();
-    void entryOfAVolumeThatFails();
-    void roots();
-    void assignsToTheFirstDriveOfTheNumber();
-};
-
 namespace {
 
 constexpr quint32 kRemovable = 2;
@@ -116,78 +104,84 @@ FakeVolume silent(int number, quint32 type = kFixed)
 
 } // namespace
 
-void TestVolumeEnumeration::listsFixedVolumesOnly()
+class TestVolumeEnumeration : public QObject
 {
-    FakeVolumes volumes({silent(1, kRemovable), silent(2), silent(3, 5), silent(4)});
-    const VolumeList list = volume_enumeration::enumerate(volumes);
-    QCOMPARE(list.size(), 2);
-    QCOMPARE(list.at(0).volumeName, volumeName(2));
-    QCOMPARE(list.at(0).ordinal, 1);
-    QCOMPARE(list.at(1).ordinal, 3);
-}
+    Q_OBJECT
 
-void TestVolumeEnumeration::entry()
-{
-    FakeVolumes volumes(
-        {{volumeName(1), kFixed, VolumeSpace{500000000000, 120000000000},
-          VolumeInformation{QStringLiteral("System"), QStringLiteral("NTFS"), 0x0012ABCD}, 4}});
-    const VolumeEntry entry = volume_enumeration::enumerate(volumes).value(0);
-    QCOMPARE(entry.label, QStringLiteral("System"));
-    QCOMPARE(entry.fileSystem, QStringLiteral("NTFS"));
-    QCOMPARE(entry.volumeSerial, QStringLiteral("0012-ABCD"));
-    QCOMPARE(entry.deviceNumber, 4);
-    QCOMPARE(entry.totalBytes, Q_UINT64_C(500000000000));
-    QCOMPARE(entry.freeBytes, Q_UINT64_C(120000000000));
-}
+private Q_SLOTS:
+    void listsFixedVolumesOnly()
+    {
+        FakeVolumes volumes({silent(1, kRemovable), silent(2), silent(3, 5), silent(4)});
+        const VolumeList list = volume_enumeration::enumerate(volumes);
+        QCOMPARE(list.size(), 2);
+        QCOMPARE(list.at(0).volumeName, volumeName(2));
+        QCOMPARE(list.at(0).ordinal, 1);
+        QCOMPARE(list.at(1).ordinal, 3);
+    }
 
-void TestVolumeEnumeration::entryOfAVolumeThatFails()
-{
-    FakeVolumes volumes({silent(1)});
-    const VolumeEntry entry = volume_enumeration::enumerate(volumes).value(0);
-    QCOMPARE(entry.label, QString());
-    QCOMPARE(entry.fileSystem, QStringLiteral("Unknown"));
-    QCOMPARE(entry.volumeSerial, QString());
-    QCOMPARE(entry.deviceNumber, -1);
-    QCOMPARE(entry.totalBytes, Q_UINT64_C(0));
-}
+    void entry()
+    {
+        FakeVolumes volumes(
+            {{volumeName(1), kFixed, VolumeSpace{500000000000, 120000000000},
+              VolumeInformation{QStringLiteral("System"), QStringLiteral("NTFS"), 0x0012ABCD}, 4}});
+        const VolumeEntry entry = volume_enumeration::enumerate(volumes).value(0);
+        QCOMPARE(entry.label, QStringLiteral("System"));
+        QCOMPARE(entry.fileSystem, QStringLiteral("NTFS"));
+        QCOMPARE(entry.volumeSerial, QStringLiteral("0012-ABCD"));
+        QCOMPARE(entry.deviceNumber, 4);
+        QCOMPARE(entry.totalBytes, Q_UINT64_C(500000000000));
+        QCOMPARE(entry.freeBytes, Q_UINT64_C(120000000000));
+    }
 
-void TestVolumeEnumeration::roots()
-{
-    FakeVolumes volumes({silent(1), silent(2), silent(3), silent(4)});
-    volumes.mount('D', 1);
-    volumes.mount('C', 3);
-    volumes.mount('Z', 3);
-    volumes.mount('E', -1);
-    volumes.mount('A', 0, kRemovable);
-    QStringList roots;
-    for (const VolumeEntry &entry : volume_enumeration::enumerate(volumes))
-        roots << entry.root;
-    QCOMPARE(roots, QStringList({QStringLiteral("1:\\"), QStringLiteral("D:\\"), QStringLiteral("2:\\"),
-                                 QStringLiteral("C:\\")}));
-}
+    void entryOfAVolumeThatFails()
+    {
+        FakeVolumes volumes({silent(1)});
+        const VolumeEntry entry = volume_enumeration::enumerate(volumes).value(0);
+        QCOMPARE(entry.label, QString());
+        QCOMPARE(entry.fileSystem, QStringLiteral("Unknown"));
+        QCOMPARE(entry.volumeSerial, QString());
+        QCOMPARE(entry.deviceNumber, -1);
+        QCOMPARE(entry.totalBytes, Q_UINT64_C(0));
+    }
 
-void TestVolumeEnumeration::assignsToTheFirstDriveOfTheNumber()
-{
-    DeviceList devices(3);
-    devices[0].deviceNumber = 5;
-    devices[1].deviceNumber = 7;
-    devices[2].deviceNumber = 5;
-    VolumeList volumes(4);
-    volumes[0].deviceNumber = 7;
-    volumes[1].deviceNumber = 5;
-    volumes[2].deviceNumber = -1;
-    volumes[3].deviceNumber = 5;
-    for (int i = 0; i < volumes.size(); ++i)
-        volumes[i].ordinal = i;
+    void roots()
+    {
+        FakeVolumes volumes({silent(1), silent(2), silent(3), silent(4)});
+        volumes.mount('D', 1);
+        volumes.mount('C', 3);
+        volumes.mount('Z', 3);
+        volumes.mount('E', -1);
+        volumes.mount('A', 0, kRemovable);
+        QStringList roots;
+        for (const VolumeEntry &entry : volume_enumeration::enumerate(volumes))
+            roots << entry.root;
+        QCOMPARE(roots, QStringList({QStringLiteral("1:\\"), QStringLiteral("D:\\"), QStringLiteral("2:\\"),
+                                     QStringLiteral("C:\\")}));
+    }
 
-    for (int round = 0; round < 2; ++round) // the second takes the place of the first
-        volume_enumeration::assign(volumes, devices);
-    QCOMPARE(devices.at(0).volumes.size(), 2);
-    QCOMPARE(devices.at(0).volumes.at(0).ordinal, 1);
-    QCOMPARE(devices.at(0).volumes.at(1).ordinal, 3);
-    QCOMPARE(devices.at(1).volumes.size(), 1);
-    QCOMPARE(devices.at(2).volumes.size(), 0);
-}
+    void assignsToTheFirstDriveOfTheNumber()
+    {
+        DeviceList devices(3);
+        devices[0].deviceNumber = 5;
+        devices[1].deviceNumber = 7;
+        devices[2].deviceNumber = 5;
+        VolumeList volumes(4);
+        volumes[0].deviceNumber = 7;
+        volumes[1].deviceNumber = 5;
+        volumes[2].deviceNumber = -1;
+        volumes[3].deviceNumber = 5;
+        for (int i = 0; i < volumes.size(); ++i)
+            volumes[i].ordinal = i;
+
+        for (int round = 0; round < 2; ++round) // the second takes the place of the first
+            volume_enumeration::assign(volumes, devices);
+        QCOMPARE(devices.at(0).volumes.size(), 2);
+        QCOMPARE(devices.at(0).volumes.at(0).ordinal, 1);
+        QCOMPARE(devices.at(0).volumes.at(1).ordinal, 3);
+        QCOMPARE(devices.at(1).volumes.size(), 1);
+        QCOMPARE(devices.at(2).volumes.size(), 0);
+    }
+};
 
 QTEST_APPLESS_MAIN(TestVolumeEnumeration)
 #include "tst_volume_enumeration.moc"

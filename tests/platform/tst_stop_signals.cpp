@@ -11,22 +11,20 @@ class TestStopSignals : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void signalsReachTheEventLoop();
+    void signalsReachTheEventLoop()
+    {
+        catchStopSignals();
+        std::raise(SIGTERM); // before anybody watches
+        int requests = 0;
+        std::unique_ptr<QObject> watcher = watchStopSignals([&requests] { ++requests; });
+        QTRY_COMPARE(requests, 1);
+        std::raise(SIGINT);
+        QTRY_COMPARE(requests, 2);
+        watcher.reset();
+        std::raise(SIGTERM); // during the shutdown: the process must go on
+        QCOMPARE(requests, 2);
+    }
 };
-
-void TestStopSignals::signalsReachTheEventLoop()
-{
-    catchStopSignals();
-    std::raise(SIGTERM); // before anybody watches
-    int requests = 0;
-    std::unique_ptr<QObject> watcher = watchStopSignals([&requests] { ++requests; });
-    QTRY_COMPARE(requests, 1);
-    std::raise(SIGINT);
-    QTRY_COMPARE(requests, 2);
-    watcher.reset();
-    std::raise(SIGTERM); // during the shutdown: the process must go on
-    QCOMPARE(requests, 2);
-}
 
 QTEST_GUILESS_MAIN(TestStopSignals)
 #include "tst_stop_signals.moc"

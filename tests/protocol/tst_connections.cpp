@@ -5,6 +5,7 @@
 #include "protocol/tcp_server.h"
 
 #include "protocol/fake_target.h"
+#include "rows.h"
 
 #include <QLocalSocket>
 #include <QTcpSocket>
@@ -135,6 +136,12 @@ int connectionCount(const Servers &servers)
     return tcpConnections(servers) + servers.local.findChildren<QLocalSocket *>().size();
 }
 
+void keepSendBuffersSmall(const Servers &servers)
+{
+    for (QTcpSocket *socket : servers.tcp.findChildren<QTcpSocket *>())
+        socket->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 1 << 16);
+}
+
 /// Of the connection that has most, on the service's side.
 qint64 unsentBytes(const Servers &servers)
 {
@@ -161,388 +168,366 @@ class TestConnections : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void firstLine_data();
-    void firstLine();
-    void auth_data() { transports(); }
-    void auth();
-    void disconnects_data() { transports(); }
-    void disconnects();
-    void smtpTest_data() { transports(); }
-    void smtpTest();
-    void smtpTestOutlivesItsConsole_data() { transports(); }
-    void smtpTestOutlivesItsConsole();
-    void longLineCloses_data() { transports(); }
-    void longLineCloses();
-
-    void tcpTakesOneLineAtATime();
-    void tcpJoinsAPartialLine();
-    void tcpTakesAMegabyte();
-    void localTakesWhatArrivedAsOneLine();
-    void newLocalConsoleTakesOver();
-    void abandonedSocketFileIsReplaced();
-    void servedSocketFileIsLeftAlone();
-    void closedLocalListenerComesBack();
-
-    void changedPortWaitsForADisconnect();
-    void newConnectionTakesTheChangeBack();
-    void connectionsAreCapped();
-    void unreadRepliesHoldOneConnectionOnly_data() { transports(); }
-    void unreadRepliesHoldOneConnectionOnly();
-    void longAnswerKeepsItsPlace_data() { transports(); }
-    void longAnswerKeepsItsPlace();
-    void longAnswerOutlivesItsConsole_data() { transports(); }
-    void longAnswerOutlivesItsConsole();
-
-private:
-    static void transports();
-};
-
-void TestConnections::transports()
-{
-    QTest::addColumn<Transport>("transport");
-    QTest::addColumn<QString>("peer");
-    QTest::newRow("IPv4") << Tcp4 << "2130706433";
-    QTest::newRow("IPv6") << Tcp6 << "0";
-    QTest::newRow("local") << Local << "Local";
-}
-
-void TestConnections::firstLine_data()
-{
-    QTest::addColumn<Transport>("transport");
-    QTest::addColumn<bool>("paused");
-    QTest::addColumn<bool>("detecting");
-    QTest::addColumn<QString>("start");
-    QTest::addColumn<QString>("peer"); // empty: there is no such field
-    QTest::newRow("IPv4 greeting") << Tcp4 << false << false << "VER]![Halvex"
-                                   << "2130706433";
-    QTest::newRow("IPv6 greeting") << Tcp6 << false << false << "VER]![Halvex"
-                                   << "0";
-    QTest::newRow("local greeting") << Local << false << false << "VER]![Halvex"
-                                    << "Local";
-    QTest::newRow("detecting") << Tcp4 << false << true << "DETECTING"
-                               << "";
-    QTest::newRow("local detecting") << Local << false << true << "DETECTING"
-                                     << "";
-    QTest::newRow("paused comes first") << Tcp4 << true << true << "PAUSED"
-                                        << "";
-    QTest::newRow("local paused") << Local << true << false << "PAUSED"
-                                  << "";
-}
-
-void TestConnections::firstLine()
-{
-    QFETCH(Transport, transport);
-    QFETCH(bool, paused);
-    QFETCH(bool, detecting);
-    QFETCH(QString, start);
-    Servers servers;
-    servers.target.paused = paused;
-    servers.target.detecting = detecting;
-    Client client(servers, transport);
-    const QString line = client.receive();
-    QVERIFY2(line.startsWith(start), qPrintable(line));
-    QTEST(line.section(QLatin1String("]!["), 20, 20).section(QLatin1Char('.'), 0, 0), "peer");
-}
-
-void TestConnections::auth()
-{
-    QFETCH(Transport, transport);
-    QFETCH(QString, peer);
-    Servers servers;
-    servers.target.detecting = true; // the gate of the other commands does not count here
-    Client client(servers, transport);
-    client.receive();
-    const qint64 before = QDateTime::currentSecsSinceEpoch();
-    const QString reply = client.ask("AUTH");
-    const QString start = QStringLiteral("AUTH,111,%1.").arg(peer);
-    QVERIFY2(reply.startsWith(start), qPrintable(reply));
-    const qint64 time = reply.mid(start.size()).toLongLong();
-    QVERIFY(time >= before && time <= QDateTime::currentSecsSinceEpoch());
-}
-
-void TestConnections::disconnects()
-{
-    QFETCH(Transport, transport);
-    Servers servers;
-    Client client(servers, transport);
-    client.receive();
-    QCOMPARE(client.ask("DIS"), QStringLiteral("DISCONNECTED"));
-    QVERIFY(client.waitForClose());
-
-    Client pausedClient(servers, transport);
-    pausedClient.receive();
-    servers.target.paused = true;
-    QCOMPARE(pausedClient.ask("DIS"), QStringLiteral("PAUSED"));
-    QVERIFY(pausedClient.waitForClose());
-}
-
-void TestConnections::smtpTest()
-{
-    QFETCH(Transport, transport);
-    Servers servers;
-    servers.target.paused = true;
-    Client client(servers, transport);
-    client.receive();
-    const QString unknown = QStringLiteral("UNKNOWN COMMAND - Command list:");
-    QCOMPARE(client.ask("SMTPTEST"), unknown);
-    servers.target.takesTestMail = false;
-    QCOMPARE(client.ask("SMTPTEST]![25~;0"), unknown);
-    QCOMPARE(servers.target.calls, QStringList(QStringLiteral("startSmtpTest 25~;0")));
-
-    servers.target.takesTestMail = true;
-    client.send("SMTPTEST]![25~;0~;x");
-    QTRY_COMPARE(servers.target.calls.size(), 2);
-    servers.target.testMailFinished(QStringLiteral("SMTP error: no."));
-    QCOMPARE(client.receive(), QStringLiteral("SMTPTEST_OK]![SMTP error: no."));
-}
-
-void TestConnections::smtpTestOutlivesItsConsole()
-{
-    QFETCH(Transport, transport);
-    Servers servers;
+    void firstLine_data()
     {
+        QTest::addColumn<Transport>("transport");
+        QTest::addColumn<bool>("paused");
+        QTest::addColumn<bool>("detecting");
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<QString>("peer"); // empty: there is no such field
+        row("IPv4 greeting", Tcp4, false, false, "VER]![Halvex", "2130706433");
+        row("IPv6 greeting", Tcp6, false, false, "VER]![Halvex", "0");
+        row("local greeting", Local, false, false, "VER]![Halvex", "Local");
+        row("detecting", Tcp4, false, true, "DETECTING", "");
+        row("local detecting", Local, false, true, "DETECTING", "");
+        row("paused comes first", Tcp4, true, true, "PAUSED", "");
+        row("local paused", Local, true, false, "PAUSED", "");
+    }
+
+    void firstLine()
+    {
+        QFETCH(Transport, transport);
+        QFETCH(bool, paused);
+        QFETCH(bool, detecting);
+        QFETCH(QString, start);
+        Servers servers;
+        servers.target.paused = paused;
+        servers.target.detecting = detecting;
+        Client client(servers, transport);
+        const QString line = client.receive();
+        QVERIFY2(line.startsWith(start), qPrintable(line));
+        QTEST(line.section(QLatin1String("]!["), 20, 20).section(QLatin1Char('.'), 0, 0), "peer");
+    }
+
+    void auth_data() { transports(); }
+
+    void auth()
+    {
+        QFETCH(Transport, transport);
+        QFETCH(QString, peer);
+        Servers servers;
+        servers.target.detecting = true; // the gate of the other commands does not count here
         Client client(servers, transport);
         client.receive();
-        client.send("SMTPTEST]![25");
-        QTRY_COMPARE(servers.target.calls.size(), 1);
+        const qint64 before = QDateTime::currentSecsSinceEpoch();
+        const QString reply = client.ask("AUTH");
+        const QString start = QStringLiteral("AUTH,111,%1.").arg(peer);
+        QVERIFY2(reply.startsWith(start), qPrintable(reply));
+        const qint64 time = reply.mid(start.size()).toLongLong();
+        QVERIFY(time >= before && time <= QDateTime::currentSecsSinceEpoch());
     }
-    QTRY_COMPARE(connectionCount(servers), 0);
-    Client other(servers, transport);
-    other.receive();
-    servers.target.testMailFinished(QStringLiteral("transcript"));
-    QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-}
 
-void TestConnections::longLineCloses()
-{
-    QFETCH(Transport, transport);
-    ConnectionLimits limits;
-    limits.lineBytes = 1000;
-    Servers servers(limits);
-    Client client(servers, transport);
-    client.receive();
-    client.write(QByteArray(1000, '0') + '0');
-    QVERIFY(client.waitForClose());
-}
+    void disconnects_data() { transports(); }
 
-void TestConnections::tcpTakesOneLineAtATime()
-{
-    Servers servers;
-    Client client(servers);
-    client.receive();
-    client.write(Client::line(QStringLiteral("DEVCOUNT")) + Client::line(QStringLiteral("USERCOUNT")));
-    QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
-    Client other(servers);
-    other.receive();
-    QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-    QVERIFY(!client.hasUnread());
-    QCOMPARE(client.ask("DIS"), QStringLiteral("USERCOUNT,0"));
-    QVERIFY(client.isConnected());
-}
-
-void TestConnections::tcpJoinsAPartialLine()
-{
-    Servers servers;
-    Client client(servers);
-    client.receive();
-    const QByteArray line = Client::line(QStringLiteral("DEVCOUNT")).toUpper();
-    client.write(line.left(15));
-    Client other(servers);
-    other.receive();
-    client.write(line.mid(15));
-    QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
-}
-
-void TestConnections::tcpTakesAMegabyte()
-{
-    Servers servers;
-    Client client(servers);
-    client.receive();
-    client.write(QByteArray(1024 * 1024 - 1, '0') + '\n');
-    QCOMPARE(client.receive(), QStringLiteral("ERR"));
-    client.write(QByteArray(1024 * 1024 + 1, '0'));
-    QVERIFY(client.waitForClose());
-}
-
-void TestConnections::localTakesWhatArrivedAsOneLine()
-{
-    Servers servers;
-    Client client(servers, Local);
-    client.receive();
-    client.write(Client::line(QStringLiteral("DEVCOUNT")) + Client::line(QStringLiteral("DEVCOUNT")));
-    QCOMPARE(client.receive(), QStringLiteral("ERR"));
-    client.write(Client::line(QStringLiteral("DEVCOUNT")).left(15));
-    QCOMPARE(client.receive(), QStringLiteral("ERR"));
-    client.write(scramble(QStringLiteral("DEVCOUNT"), 0)); // needs no line end
-    QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
-}
-
-void TestConnections::newLocalConsoleTakesOver()
-{
-    Servers servers;
-    auto first = std::make_unique<Client>(servers, Local);
-    first->receive();
-    Client second(servers, Local);
-    second.receive();
-    first->send("RESET");
-    QCOMPARE(second.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-    first.reset();
-    QTRY_COMPARE(servers.local.findChildren<QLocalSocket *>().size(), 1);
-    QCOMPARE(second.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-    QCOMPARE(servers.target.calls, QStringList());
-}
-
-void TestConnections::abandonedSocketFileIsReplaced()
-{
-    Servers servers;
-    const QString name = servers.directory.filePath(QStringLiteral("abandoned"));
+    void disconnects()
     {
-        QLocalServer killed;
-        const QString earlierName = servers.directory.filePath(QStringLiteral("killed"));
-        QVERIFY(killed.listen(earlierName));
-        if (!QFile::rename(earlierName, name)) // closing removes the file only under its own name
-            QSKIP("local sockets are no files here");
+        QFETCH(Transport, transport);
+        Servers servers;
+        Client client(servers, transport);
+        client.receive();
+        QCOMPARE(client.ask("DIS"), QStringLiteral("DISCONNECTED"));
+        QVERIFY(client.waitForClose());
+
+        Client pausedClient(servers, transport);
+        pausedClient.receive();
+        servers.target.paused = true;
+        QCOMPARE(pausedClient.ask("DIS"), QStringLiteral("PAUSED"));
+        QVERIFY(pausedClient.waitForClose());
     }
-    QVERIFY(QFileInfo::exists(name));
-    localDaemon daemon(servers.tcp.consoles());
-    QVERIFY(daemon.listen(name));
-}
 
-void TestConnections::servedSocketFileIsLeftAlone()
-{
-    Servers servers;
-    localDaemon second(servers.tcp.consoles());
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot listen under .*")));
-    QVERIFY(!second.listen(servers.localName));
-    Client client(servers, Local);
-    QVERIFY(client.receive().startsWith(QLatin1String("VER")));
-}
+    void smtpTest_data() { transports(); }
 
-/// Qt closes the listener like this when the process runs out of descriptors.
-void TestConnections::closedLocalListenerComesBack()
-{
-    Servers servers;
-    servers.local.close();
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Listening again under .*")));
-    QTRY_VERIFY(servers.local.isListening());
-    Client client(servers, Local);
-    QVERIFY(client.receive().startsWith(QLatin1String("VER")));
-}
-
-void TestConnections::changedPortWaitsForADisconnect()
-{
-    Servers servers;
-    const quint16 oldPort = servers.tcp.serverPort();
-    const quint16 newPort = freePort();
+    void smtpTest()
     {
+        QFETCH(Transport, transport);
+        Servers servers;
+        servers.target.paused = true;
+        Client client(servers, transport);
+        client.receive();
+        const QString unknown = QStringLiteral("UNKNOWN COMMAND - Command list:");
+        QCOMPARE(client.ask("SMTPTEST"), unknown);
+        servers.target.takesTestMail = false;
+        QCOMPARE(client.ask("SMTPTEST]![25~;0"), unknown);
+        QCOMPARE(servers.target.calls, QStringList(QStringLiteral("startSmtpTest 25~;0")));
+
+        servers.target.takesTestMail = true;
+        client.send("SMTPTEST]![25~;0~;x");
+        QTRY_COMPARE(servers.target.calls.size(), 2);
+        servers.target.testMailFinished(QStringLiteral("SMTP error: no."));
+        QCOMPARE(client.receive(), QStringLiteral("SMTPTEST_OK]![SMTP error: no."));
+    }
+
+    void smtpTestOutlivesItsConsole_data() { transports(); }
+
+    void smtpTestOutlivesItsConsole()
+    {
+        QFETCH(Transport, transport);
+        Servers servers;
+        {
+            Client client(servers, transport);
+            client.receive();
+            client.send("SMTPTEST]![25");
+            QTRY_COMPARE(servers.target.calls.size(), 1);
+        }
+        QTRY_COMPARE(connectionCount(servers), 0);
+        Client other(servers, transport);
+        other.receive();
+        servers.target.testMailFinished(QStringLiteral("transcript"));
+        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+    }
+
+    void longLineCloses_data() { transports(); }
+
+    void longLineCloses()
+    {
+        QFETCH(Transport, transport);
+        ConnectionLimits limits;
+        limits.lineBytes = 1000;
+        Servers servers(limits);
+        Client client(servers, transport);
+        client.receive();
+        client.write(QByteArray(1000, '0') + '0');
+        QVERIFY(client.waitForClose());
+    }
+
+    void tcpTakesOneLineAtATime()
+    {
+        Servers servers;
         Client client(servers);
         client.receive();
-        client.send(setPort(newPort));
-        QCOMPARE(client.receive(), QStringLiteral("SET_OK"));
+        client.write(Client::line(QStringLiteral("DEVCOUNT")) + Client::line(QStringLiteral("USERCOUNT")));
+        QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
+        Client other(servers);
+        other.receive();
+        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QVERIFY(!client.hasUnread());
+        QCOMPARE(client.ask("DIS"), QStringLiteral("USERCOUNT,0"));
+        QVERIFY(client.isConnected());
+    }
+
+    void tcpJoinsAPartialLine()
+    {
+        Servers servers;
+        Client client(servers);
+        client.receive();
+        const QByteArray line = Client::line(QStringLiteral("DEVCOUNT")).toUpper();
+        client.write(line.left(15));
+        Client other(servers);
+        other.receive();
+        client.write(line.mid(15));
+        QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
+    }
+
+    void tcpTakesAMegabyte()
+    {
+        Servers servers;
+        Client client(servers);
+        client.receive();
+        client.write(QByteArray(1024 * 1024 - 1, '0') + '\n');
+        QCOMPARE(client.receive(), QStringLiteral("ERR"));
+        client.write(QByteArray(1024 * 1024 + 1, '0'));
+        QVERIFY(client.waitForClose());
+    }
+
+    void localTakesWhatArrivedAsOneLine()
+    {
+        Servers servers;
+        Client client(servers, Local);
+        client.receive();
+        client.write(Client::line(QStringLiteral("DEVCOUNT")) + Client::line(QStringLiteral("DEVCOUNT")));
+        QCOMPARE(client.receive(), QStringLiteral("ERR"));
+        client.write(Client::line(QStringLiteral("DEVCOUNT")).left(15));
+        QCOMPARE(client.receive(), QStringLiteral("ERR"));
+        client.write(scramble(QStringLiteral("DEVCOUNT"), 0)); // needs no line end
+        QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
+    }
+
+    void newLocalConsoleTakesOver()
+    {
+        Servers servers;
+        auto first = std::make_unique<Client>(servers, Local);
+        first->receive();
+        Client second(servers, Local);
+        second.receive();
+        first->send("RESET");
+        QCOMPARE(second.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        first.reset();
+        QTRY_COMPARE(servers.local.findChildren<QLocalSocket *>().size(), 1);
+        QCOMPARE(second.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(servers.target.calls, QStringList());
+    }
+
+    void abandonedSocketFileIsReplaced()
+    {
+        Servers servers;
+        const QString name = servers.directory.filePath(QStringLiteral("abandoned"));
+        {
+            QLocalServer killed;
+            const QString earlierName = servers.directory.filePath(QStringLiteral("killed"));
+            QVERIFY(killed.listen(earlierName));
+            if (!QFile::rename(earlierName, name)) // closing removes the file only under its own name
+                QSKIP("local sockets are no files here");
+        }
+        QVERIFY(QFileInfo::exists(name));
+        localDaemon daemon(servers.tcp.consoles());
+        QVERIFY(daemon.listen(name));
+    }
+
+    void servedSocketFileIsLeftAlone()
+    {
+        Servers servers;
+        localDaemon second(servers.tcp.consoles());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot listen under .*")));
+        QVERIFY(!second.listen(servers.localName));
+        Client client(servers, Local);
+        QVERIFY(client.receive().startsWith(QLatin1String("VER")));
+    }
+
+    /// Qt closes the listener like this when the process runs out of descriptors.
+    void closedLocalListenerComesBack()
+    {
+        Servers servers;
+        servers.local.close();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Listening again under .*")));
+        QTRY_VERIFY(servers.local.isListening());
+        Client client(servers, Local);
+        QVERIFY(client.receive().startsWith(QLatin1String("VER")));
+    }
+
+    void changedPortWaitsForADisconnect()
+    {
+        Servers servers;
+        const quint16 oldPort = servers.tcp.serverPort();
+        const quint16 newPort = freePort();
+        {
+            Client client(servers);
+            client.receive();
+            client.send(setPort(newPort));
+            QCOMPARE(client.receive(), QStringLiteral("SET_OK"));
+            QCOMPARE(servers.tcp.serverPort(), oldPort);
+        }
+        QTRY_COMPARE(servers.tcp.serverPort(), newPort);
+        Client client(servers);
+        QVERIFY(client.receive().startsWith(QLatin1String("VER")));
+    }
+
+    void newConnectionTakesTheChangeBack()
+    {
+        Servers servers;
+        const quint16 oldPort = servers.tcp.serverPort();
+        auto client = std::make_unique<Client>(servers);
+        client->receive();
+        client->send(setPort(freePort()));
+        client->receive();
+        Client other(servers);
+        other.receive();
+        client.reset();
+        QTRY_COMPARE(tcpConnections(servers), 1);
         QCOMPARE(servers.tcp.serverPort(), oldPort);
     }
-    QTRY_COMPARE(servers.tcp.serverPort(), newPort);
-    Client client(servers);
-    QVERIFY(client.receive().startsWith(QLatin1String("VER")));
-}
 
-void TestConnections::newConnectionTakesTheChangeBack()
-{
-    Servers servers;
-    const quint16 oldPort = servers.tcp.serverPort();
-    auto client = std::make_unique<Client>(servers);
-    client->receive();
-    client->send(setPort(freePort()));
-    client->receive();
-    Client other(servers);
-    other.receive();
-    client.reset();
-    QTRY_COMPARE(tcpConnections(servers), 1);
-    QCOMPARE(servers.tcp.serverPort(), oldPort);
-}
-
-void TestConnections::connectionsAreCapped()
-{
-    ConnectionLimits limits;
-    limits.connections = 2;
-    Servers servers(limits);
-    auto tcp = std::make_unique<Client>(servers);
-    tcp->receive();
-    Client local(servers, Local);
-    local.receive();
-    for (const Transport transport : {Tcp4, Local}) {
-        Client refused(servers, transport);
-        QVERIFY(refused.waitForClose());
-        QVERIFY(!refused.hasUnread());
-    }
-    QCOMPARE(local.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-    tcp.reset();
-    QTRY_COMPARE(tcpConnections(servers), 0);
-    Client admitted(servers);
-    QVERIFY(admitted.receive().startsWith(QLatin1String("VER")));
-}
-
-void TestConnections::unreadRepliesHoldOneConnectionOnly()
-{
-    QFETCH(Transport, transport);
-    Servers servers;
-    servers.target.settingsRecord.versionText =
-        QString(4 << 20, QLatin1Char('v')); // more than the system takes
-    Client silent(servers, transport);
-    Client other(servers);
-    silent.receive();
-    other.receive();
-    silent.setReading(false);
-    silent.send("VER");
-    QTRY_VERIFY(unsentBytes(servers) > ConnectionLimits().unreadBytes);
-    silent.send("RESET");
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-    QCOMPARE(servers.target.calls, QStringList());
-
-    silent.setReading(true);
-    QVERIFY(silent.receive().startsWith(QLatin1String("VER]![vvv")));
-    QCOMPARE(silent.receive(), QStringLiteral("RESET_OK"));
-}
-
-void TestConnections::longAnswerKeepsItsPlace()
-{
-    QFETCH(Transport, transport);
-    Servers servers;
-    Client client(servers, transport);
-    Client other(servers);
-    client.receive();
-    other.receive();
-    servers.target.historyGate.acquire();
-    client.send("GSTATD]![a]![b");
-    QTRY_COMPARE(servers.target.historiesAsked, 1);
-    client.send("RESET");
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-    QCOMPARE(servers.target.calls, QStringList());
-
-    servers.target.historyGate.release();
-    QCOMPARE(client.receive(), QStringLiteral("STATD]![<a><b>"));
-    QCOMPARE(client.receive(), QStringLiteral("RESET_OK"));
-}
-
-void TestConnections::longAnswerOutlivesItsConsole()
-{
-    QFETCH(Transport, transport);
-    Servers servers;
-    servers.target.historyGate.acquire();
+    void connectionsAreCapped()
     {
-        Client client(servers, transport);
-        client.receive();
-        client.send("GSTATR");
-        QTRY_COMPARE(servers.target.historiesAsked, 1);
+        ConnectionLimits limits;
+        limits.connections = 2;
+        Servers servers(limits);
+        auto tcp = std::make_unique<Client>(servers);
+        tcp->receive();
+        Client local(servers, Local);
+        local.receive();
+        for (const Transport transport : {Tcp4, Local}) {
+            Client refused(servers, transport);
+            QVERIFY(refused.waitForClose());
+            QVERIFY(!refused.hasUnread());
+        }
+        QCOMPARE(local.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        tcp.reset();
+        QTRY_COMPARE(tcpConnections(servers), 0);
+        Client admitted(servers);
+        QVERIFY(admitted.receive().startsWith(QLatin1String("VER")));
     }
-    QTRY_COMPARE(connectionCount(servers), 0);
-    servers.target.historyGate.release();
-    Client other(servers, transport);
-    other.receive();
-    QCOMPARE(other.ask("GSTATD"), QStringLiteral("STATD]![<><>"));
-}
+
+    void unreadRepliesHoldOneConnectionOnly_data() { transports(); }
+
+    void unreadRepliesHoldOneConnectionOnly()
+    {
+        QFETCH(Transport, transport);
+        ConnectionLimits limits;
+        limits.unreadBytes = 100000;
+        Servers servers(limits);
+        servers.target.settingsRecord.versionText =
+            QString(500000, QLatin1Char('v')); // more than systems take
+        Client silent(servers, transport);
+        Client other(servers);
+        silent.receive();
+        other.receive();
+        silent.setReading(false);
+        keepSendBuffersSmall(servers);
+        silent.send("VER");
+        QTRY_VERIFY(unsentBytes(servers) > limits.unreadBytes);
+        silent.send("RESET");
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(servers.target.calls, QStringList());
+
+        silent.setReading(true);
+        QVERIFY(silent.receive().startsWith(QLatin1String("VER]![vvv")));
+        QCOMPARE(silent.receive(), QStringLiteral("RESET_OK"));
+    }
+
+    void longAnswerKeepsItsPlace_data() { transports(); }
+
+    void longAnswerKeepsItsPlace()
+    {
+        QFETCH(Transport, transport);
+        Servers servers;
+        Client client(servers, transport);
+        Client other(servers);
+        client.receive();
+        other.receive();
+        servers.target.historyGate.acquire();
+        client.send("GSTATD]![a]![b");
+        QTRY_COMPARE(servers.target.historiesAsked, 1);
+        client.send("RESET");
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(servers.target.calls, QStringList());
+
+        servers.target.historyGate.release();
+        QCOMPARE(client.receive(), QStringLiteral("STATD]![<a><b>"));
+        QCOMPARE(client.receive(), QStringLiteral("RESET_OK"));
+    }
+
+    void longAnswerOutlivesItsConsole_data() { transports(); }
+
+    void longAnswerOutlivesItsConsole()
+    {
+        QFETCH(Transport, transport);
+        Servers servers;
+        servers.target.historyGate.acquire();
+        {
+            Client client(servers, transport);
+            client.receive();
+            client.send("GSTATR");
+            QTRY_COMPARE(servers.target.historiesAsked, 1);
+        }
+        QTRY_COMPARE(connectionCount(servers), 0);
+        servers.target.historyGate.release();
+        Client other(servers, transport);
+        other.receive();
+        QCOMPARE(other.ask("GSTATD"), QStringLiteral("STATD]![<><>"));
+    }
+
+private:
+    static void transports()
+    {
+        QTest::addColumn<Transport>("transport");
+        QTest::addColumn<QString>("peer");
+        row("IPv4", Tcp4, "2130706433");
+        row("IPv6", Tcp6, "0");
+        row("local", Local, "Local");
+    }
+};
 
 QTEST_GUILESS_MAIN(TestConnections)
 #include "tst_connections.moc"

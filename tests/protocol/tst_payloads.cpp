@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "protocol/greeting.h"
 #include "protocol/payloads.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -111,121 +112,99 @@ class TestPayloads : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void ofOneDevice_data();
-    void ofOneDevice();
-    void ofTheList_data();
-    void ofTheList();
-    void greetingFillsPlaceholdersInTurn_data();
-    void greetingFillsPlaceholdersInTurn();
+    void ofOneDevice_data()
+    {
+        QTest::addColumn<DeviceRecord>("device");
+        QTest::addColumn<QString>("information");
+        QTest::addColumn<QString>("values");
+        QTest::addColumn<QString>("inventory");
+
+        DeviceRecord oneAttribute = untouched();
+        oneAttribute.attributes = {attribute(9, 100, 4711)};
+
+        row("never read", untouched(), "{}", "{}", kUntouched);
+        row("one attribute", oneAttribute, "{9~0~1~100~4711~99~6}", "{9~;10}", kUntouched);
+        row("two attributes", fullDevice(), "{9~0~1~100~4711~99~6;194~0~1~40~-2~39~6}", "{9~;100194~;4}",
+            kFullDevice);
+    }
+
+    void ofOneDevice()
+    {
+        QFETCH(DeviceRecord, device);
+        QTEST(payload::smartInformation(device), "information");
+        QTEST(payload::smartValues(device), "values");
+        QTEST(payload::device(device), "inventory");
+    }
+
+    void ofTheList_data()
+    {
+        QTest::addColumn<DeviceList>("devices");
+        QTest::addColumn<QString>("inventory");
+        QTest::addColumn<QString>("volumes");
+        QTest::addColumn<QString>("smart");
+        QTest::addColumn<QString>("scan"); // the device at index 1 is being scanned
+        QTest::addColumn<QString>("schedule");
+
+        row("no devices", DeviceList{}, "0", "0", "0", "", "");
+        row("a bare device", DeviceList{untouched()}, kUntouched, "", "", "0;0;0;0;0;800101000000",
+            "]![0~;0~;0~;~;");
+        row("two devices", DeviceList{failedScan(), fullDevice()},
+            kFullDevice + QLatin1String("]~[") + kFullDevice,
+            QLatin1String("0~;") + kVolumeC + QLatin1String("]~[1~;") + kVolumeC,
+            "0~;9~;7~;0~;1~;0~;100~;4711~;99~;6]~[0~;194~;7~;0~;1~;0~;40~;-2~;39~;6]~["
+            "1~;9~;7~;0~;1~;0~;100~;4711~;99~;6]~[1~;194~;7~;0~;1~;0~;40~;-2~;39~;6",
+            "0;2;12;63;9000000000;261105090807;0-127,256-9000000000|1;1;12;63;9000000000;261105090807",
+            "]![0~;3~;6~;090201~;230005]![1~;3~;6~;090201~;230005");
+    }
+
+    void ofTheList()
+    {
+        QFETCH(DeviceList, devices);
+        QTEST(payload::allDevices(devices), "inventory");
+        QTEST(payload::allVolumes(devices), "volumes");
+        QTEST(payload::allSmart(devices), "smart");
+        QTEST(payload::scanStatus(devices, [](int device) { return device == 1; }), "scan");
+        QTEST(payload::scanSchedule(devices), "schedule");
+    }
+
+    void greetingFillsPlaceholdersInTurn_data()
+    {
+        QTest::addColumn<QString>("subject");
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("line");
+        const QString head =
+            QStringLiteral("VER]![Halvex Service v 5.0.5]![5000]![180000]![300000]![host]![2]![1]![0]![1]![");
+        row("plain texts", "s", "f",
+            head + QStringLiteral(
+                       "f]![to]![s]![srv]![25]![0]![me]![pw]![55]![65]![16909060.1700000000]![warn]![crit"));
+        row("a later placeholder", "<%22>", "f",
+            head + QStringLiteral("f]![to]![<warn>]![srv]![25]![0]![me]![pw]![55]![65]![16909060.1700000000]!"
+                                  "[warn]![crit"));
+        // The earlier number takes the next field, and every field behind it moves up by one place.
+        row("an earlier placeholder", "s", "<%3>",
+            head +
+                QStringLiteral(
+                    "<to>]![s]![srv]![25]![0]![me]![pw]![55]![65]![warn]![16909060.1700000000]![crit]![%23"));
+    }
+
+    void greetingFillsPlaceholdersInTurn()
+    {
+        QFETCH(QString, subject);
+        QFETCH(QString, from);
+        Settings settings;
+        settings.alertLevel = 2;
+        settings.logSysEvLog = true;
+        settings.smtpFrom = from;
+        settings.smtpTo = QStringLiteral("to");
+        settings.smtpSubj = subject;
+        settings.smtpServer = QStringLiteral("srv");
+        settings.smtpUser = QStringLiteral("me");
+        settings.smtpPass = QStringLiteral("pw");
+        settings.warnExtTask = QStringLiteral("warn");
+        settings.critExtTask = QStringLiteral("crit");
+        QTEST(greeting(settings, QStringLiteral("host"), QStringLiteral("16909060"), 1700000000), "line");
+    }
 };
-
-void TestPayloads::ofOneDevice_data()
-{
-    QTest::addColumn<DeviceRecord>("device");
-    QTest::addColumn<QString>("information");
-    QTest::addColumn<QString>("values");
-    QTest::addColumn<QString>("inventory");
-
-    DeviceRecord oneAttribute = untouched();
-    oneAttribute.attributes = {attribute(9, 100, 4711)};
-
-    QTest::newRow("never read") << untouched() << "{}"
-                                << "{}" << kUntouched;
-    QTest::newRow("one attribute") << oneAttribute << "{9~0~1~100~4711~99~6}"
-                                   << "{9~;10}" << kUntouched;
-    QTest::newRow("two attributes") << fullDevice() << "{9~0~1~100~4711~99~6;194~0~1~40~-2~39~6}"
-                                    << "{9~;100194~;4}" << kFullDevice;
-}
-
-void TestPayloads::ofOneDevice()
-{
-    QFETCH(DeviceRecord, device);
-    QTEST(payload::smartInformation(device), "information");
-    QTEST(payload::smartValues(device), "values");
-    QTEST(payload::device(device), "inventory");
-}
-
-void TestPayloads::ofTheList_data()
-{
-    QTest::addColumn<DeviceList>("devices");
-    QTest::addColumn<QString>("inventory");
-    QTest::addColumn<QString>("volumes");
-    QTest::addColumn<QString>("smart");
-    QTest::addColumn<QString>("scan"); // the device at index 1 is being scanned
-    QTest::addColumn<QString>("schedule");
-
-    QTest::newRow("no devices") << DeviceList{} << "0"
-                                << "0"
-                                << "0"
-                                << ""
-                                << "";
-    QTest::newRow("a bare device") << DeviceList{untouched()} << kUntouched << ""
-                                   << ""
-                                   << "0;0;0;0;0;800101000000"
-                                   << "]![0~;0~;0~;~;";
-    QTest::newRow("two devices")
-        << DeviceList{failedScan(), fullDevice()} << kFullDevice + QLatin1String("]~[") + kFullDevice
-        << QLatin1String("0~;") + kVolumeC + QLatin1String("]~[1~;") + kVolumeC
-        << "0~;9~;7~;0~;1~;0~;100~;4711~;99~;6]~[0~;194~;7~;0~;1~;0~;40~;-2~;39~;6]~["
-           "1~;9~;7~;0~;1~;0~;100~;4711~;99~;6]~[1~;194~;7~;0~;1~;0~;40~;-2~;39~;6"
-        << "0;2;12;63;9000000000;261105090807;0-127,256-9000000000|1;1;12;63;9000000000;261105090807"
-        << "]![0~;3~;6~;090201~;230005]![1~;3~;6~;090201~;230005";
-}
-
-void TestPayloads::ofTheList()
-{
-    QFETCH(DeviceList, devices);
-    QTEST(payload::allDevices(devices), "inventory");
-    QTEST(payload::allVolumes(devices), "volumes");
-    QTEST(payload::allSmart(devices), "smart");
-    QTEST(payload::scanStatus(devices, [](int device) { return device == 1; }), "scan");
-    QTEST(payload::scanSchedule(devices), "schedule");
-}
-
-void TestPayloads::greetingFillsPlaceholdersInTurn_data()
-{
-    QTest::addColumn<QString>("subject");
-    QTest::addColumn<QString>("from");
-    QTest::addColumn<QString>("line");
-    const QString head =
-        QStringLiteral("VER]![Halvex Service v 5.0.5]![5000]![180000]![300000]![host]![2]![1]![0]![1]![");
-    QTest::newRow("plain texts")
-        << "s"
-        << "f"
-        << head + QStringLiteral(
-                      "f]![to]![s]![srv]![25]![0]![me]![pw]![55]![65]![16909060.1700000000]![warn]![crit");
-    QTest::newRow("a later placeholder")
-        << "<%22>"
-        << "f"
-        << head +
-               QStringLiteral(
-                   "f]![to]![<warn>]![srv]![25]![0]![me]![pw]![55]![65]![16909060.1700000000]![warn]![crit");
-    // The earlier number takes the next field, and every field behind it moves up by one place.
-    QTest::newRow("an earlier placeholder")
-        << "s"
-        << "<%3>"
-        << head +
-               QStringLiteral(
-                   "<to>]![s]![srv]![25]![0]![me]![pw]![55]![65]![warn]![16909060.1700000000]![crit]![%23");
-}
-
-void TestPayloads::greetingFillsPlaceholdersInTurn()
-{
-    QFETCH(QString, subject);
-    QFETCH(QString, from);
-    Settings settings;
-    settings.alertLevel = 2;
-    settings.logSysEvLog = true;
-    settings.smtpFrom = from;
-    settings.smtpTo = QStringLiteral("to");
-    settings.smtpSubj = subject;
-    settings.smtpServer = QStringLiteral("srv");
-    settings.smtpUser = QStringLiteral("me");
-    settings.smtpPass = QStringLiteral("pw");
-    settings.warnExtTask = QStringLiteral("warn");
-    settings.critExtTask = QStringLiteral("crit");
-    QTEST(greeting(settings, QStringLiteral("host"), QStringLiteral("16909060"), 1700000000), "line");
-}
 
 QTEST_APPLESS_MAIN(TestPayloads)
 #include "tst_payloads.moc"

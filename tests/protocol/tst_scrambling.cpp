@@ -3,6 +3,7 @@
 #include "protocol/scrambling.h"
 
 #include "protocol/plain_scrambling.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -11,106 +12,95 @@ class TestScrambling : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void wireBytes_data();
-    void wireBytes();
-    void walkOfEveryOffset();
-    void received_data();
-    void received();
-    void roundTrip_data();
-    void roundTrip();
-    void replyEndsInCrLf();
-};
-
-void TestScrambling::wireBytes_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("offset");
-    QTest::addColumn<QByteArray>("line");
-    QTest::newRow("empty") << "" << 7 << QByteArray("0000000a07");
-    QTest::newRow("offset 0 stays on M") << "AB" << 0 << QByteArray("00000012001c180470");
-    QTest::newRow("offset 3 takes u 5 f x") << "AB" << 3 << QByteArray("000000120324602f45");
-    QTest::newRow("offset 90 takes 2 S @ 4") << "DIS" << 90 << QByteArray("000000125a60162c60");
-    QTest::newRow("a sum of 128 is position 1") << "AB" << 64 << QByteArray("00000012407e316605");
-}
-
-void TestScrambling::wireBytes()
-{
-    QFETCH(QString, text);
-    QFETCH(int, offset);
-    QFETCH(QByteArray, line);
-    QCOMPARE(scramble(text, offset), line);
-    QCOMPARE(unscramble(line), text);
-}
-
-/// A line longer than several rounds of the walk, over every offset that a byte can hold.
-void TestScrambling::walkOfEveryOffset()
-{
-    QString text;
-    for (int i = 0; i < 1000; ++i)
-        text += QString::number(i);
-    for (int offset = 0; offset <= 255; ++offset) {
-        const QString plainLine = plain::scramble(text, offset);
-        if (offset < 100)
-            QCOMPARE(QString::fromLatin1(scramble(text, offset)), plainLine);
-        QCOMPARE(unscramble(plainLine.toLatin1()), text);
+    void wireBytes_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("offset");
+        QTest::addColumn<QByteArray>("line");
+        row("empty", "", 7, QByteArray("0000000a07"));
+        row("offset 0 stays on M", "AB", 0, QByteArray("00000012001c180470"));
+        row("offset 3 takes u 5 f x", "AB", 3, QByteArray("000000120324602f45"));
+        row("offset 90 takes 2 S @ 4", "DIS", 90, QByteArray("000000125a60162c60"));
+        row("a sum of 128 is position 1", "AB", 64, QByteArray("00000012407e316605"));
     }
-}
 
-void TestScrambling::received_data()
-{
-    QTest::addColumn<QByteArray>("line");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("nothing") << QByteArray() << "~ERR";
-    QTest::newRow("seven characters") << QByteArray("0000007") << "~ERR";
-    QTest::newRow("header tells 16, line has 12") << QByteArray("000000100000") << "~ERR";
-    QTest::newRow("header is not hexadecimal") << QByteArray("0000001g001c180470") << "~ERR";
-    QTest::newRow("header with a sign") << QByteArray("+000001200") << "~ERR";
-    QTest::newRow("header of all ones") << QByteArray("ffffffff00") << "~ERR";
-    QTest::newRow("header alone") << QByteArray("00000008") << "";
-    QTest::newRow("half an offset") << QByteArray("000000091") << "";
-    QTest::newRow("capital digits") << QByteArray("000000120324602F45") << "AB";
-    QTest::newRow("capital header") << QByteArray("0000000A07") << "";
-    QTest::newRow("odd character at the end") << QByteArray("00000013001c1804701") << "AB";
-    QTest::newRow("offset not hexadecimal is 0") << QByteArray("00000012xy1c180470") << "AB";
-    QTest::newRow("offset 127 stays on E") << QByteArray("000000127f14100c78") << "AB";
-    QTest::newRow("offset 200 is beyond the key") << QByteArray("00000012c85155493d") << "AB";
-    // 0 combined with M is M, and "MUI=" says "1B".
-    QTest::newRow("pair not hexadecimal is 0") << QByteArray("0000001200zz180470") << "1B";
-    QTest::newRow("half a pair not hexadecimal is 0") << QByteArray("00000012001/180470") << "1B";
-    // Beyond the key the body is the Base64 itself: "QU" "!I" with "!" skipped.
-    QTest::newRow("character outside Base64 is skipped") << QByteArray("00000012c851552149") << "AB";
-    QTest::newRow("text goes on behind such a character")
-        << QByteArray("0000001cc85155214a4452413d3d") << "ABCD";
-    QTest::newRow("no UTF-8") << QByteArray("00000012c82f773d3d")
-                              << QString(QChar(QChar::ReplacementCharacter));
-}
+    void wireBytes()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, offset);
+        QFETCH(QByteArray, line);
+        QCOMPARE(scramble(text, offset), line);
+        QCOMPARE(unscramble(line), text);
+    }
 
-void TestScrambling::received()
-{
-    QFETCH(QByteArray, line);
-    QFETCH(QString, text);
-    QCOMPARE(unscramble(line), text);
-}
+    /// A line longer than several rounds of the walk, over every offset that a byte can hold.
+    void walkOfEveryOffset()
+    {
+        QString text;
+        for (int i = 0; i < 1000; ++i)
+            text += QString::number(i);
+        for (int offset = 0; offset <= 255; ++offset) {
+            const QString plainLine = plain::scramble(text, offset);
+            if (offset < 100)
+                QCOMPARE(QString::fromLatin1(scramble(text, offset)), plainLine);
+            QCOMPARE(unscramble(plainLine.toLatin1()), text);
+        }
+    }
 
-void TestScrambling::roundTrip_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("separators") << "SET]![5000~;a,b]~[";
-    QTest::newRow("umlauts and Greek") << QStringLiteral("Größe Δ");
-    QTest::newRow("beyond the basic plane") << QString::fromUtf8("\xF0\x9F\x96\xB4 disk");
-    QTest::newRow("line ends and NUL") << QStringLiteral("a\r\nb") + QChar(QChar::Null) + QLatin1Char('c');
-}
+    void received_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("text");
+        row("nothing", QByteArray(), "~ERR");
+        row("seven characters", QByteArray("0000007"), "~ERR");
+        row("header tells 16, line has 12", QByteArray("000000100000"), "~ERR");
+        row("header is not hexadecimal", QByteArray("0000001g001c180470"), "~ERR");
+        row("header with a sign", QByteArray("+000001200"), "~ERR");
+        row("header of all ones", QByteArray("ffffffff00"), "~ERR");
+        row("header alone", QByteArray("00000008"), "");
+        row("half an offset", QByteArray("000000091"), "");
+        row("capital digits", QByteArray("000000120324602F45"), "AB");
+        row("capital header", QByteArray("0000000A07"), "");
+        row("odd character at the end", QByteArray("00000013001c1804701"), "AB");
+        row("offset not hexadecimal is 0", QByteArray("00000012xy1c180470"), "AB");
+        row("offset 127 stays on E", QByteArray("000000127f14100c78"), "AB");
+        row("offset 200 is beyond the key", QByteArray("00000012c85155493d"), "AB");
+        // 0 combined with M is M, and "MUI=" says "1B".
+        row("pair not hexadecimal is 0", QByteArray("0000001200zz180470"), "1B");
+        row("half a pair not hexadecimal is 0", QByteArray("00000012001/180470"), "1B");
+        // Beyond the key the body is the Base64 itself: "QU" "!I" with "!" skipped.
+        row("character outside Base64 is skipped", QByteArray("00000012c851552149"), "AB");
+        row("text goes on behind such a character", QByteArray("0000001cc85155214a4452413d3d"), "ABCD");
+        row("no UTF-8", QByteArray("00000012c82f773d3d"), QString(QChar(QChar::ReplacementCharacter)));
+    }
 
-void TestScrambling::roundTrip()
-{
-    QFETCH(QString, text);
-    QCOMPARE(unscramble(scramble(text, 41)), text);
-}
+    void received()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QString, text);
+        QCOMPARE(unscramble(line), text);
+    }
 
-void TestScrambling::replyEndsInCrLf()
-{
-    QCOMPARE(sendReply(QStringLiteral("AB"), [] { return 3; }), QByteArray("000000120324602f45\r\n"));
-}
+    void roundTrip_data()
+    {
+        QTest::addColumn<QString>("text");
+        row("separators", "SET]![5000~;a,b]~[");
+        row("umlauts and Greek", QStringLiteral("Größe Δ"));
+        row("beyond the basic plane", QString::fromUtf8("\xF0\x9F\x96\xB4 disk"));
+        row("line ends and NUL", QStringLiteral("a\r\nb") + QChar(QChar::Null) + QLatin1Char('c'));
+    }
+
+    void roundTrip()
+    {
+        QFETCH(QString, text);
+        QCOMPARE(unscramble(scramble(text, 41)), text);
+    }
+
+    void replyEndsInCrLf()
+    {
+        QCOMPARE(sendReply(QStringLiteral("AB"), [] { return 3; }), QByteArray("000000120324602f45\r\n"));
+    }
+};
 
 QTEST_APPLESS_MAIN(TestScrambling)
 #include "tst_scrambling.moc"
