@@ -6,10 +6,10 @@
 #include "platform/linux/home.h"
 #include "platform/linux/linux_accounts.h"
 #include "platform/linux/linux_drives.h"
+#include "platform/linux/linux_event_log.h"
 #include "platform/linux/linux_service_key.h"
 #include "platform/linux/linux_service_manager.h"
 #include "platform/linux/linux_volumes.h"
-#include "platform/linux/syslog_event_log.h"
 
 #include <QFileInfo>
 
@@ -32,7 +32,7 @@ Platform makeHostPlatform()
     platform.drives = std::make_unique<LinuxDrives>(numbers);
     platform.volumes = std::make_unique<LinuxVolumes>(numbers);
     platform.accounts = std::make_unique<LinuxAccounts>();
-    platform.eventLog = std::make_unique<SyslogEventLog>();
+    platform.eventLog = std::make_unique<LinuxEventLog>();
     platform.serviceKey = std::make_unique<LinuxServiceKey>(home::serviceKeyPath(home));
     platform.serviceManager = std::make_unique<LinuxServiceManager>(home, isManagedBySystemd(home));
     platform.localSocketName = home::localSocketName();

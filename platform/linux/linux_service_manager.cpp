@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <pwd.h>
 #include <sys/eventfd.h>
+#include <systemd/sd-daemon.h>
 
 namespace {
 
@@ -33,6 +34,25 @@ bool isAccepted(quint32 code, const ServiceStatus &status)
     default:
         return service_control::isUserCode(code);
     }
+}
+
+/// What systemd is told of a state (sd_notify(3)); null for what it need not know.
+const char *notification(ServiceState state)
+{
+    switch (state) {
+    case ServiceState::Running:
+        return "READY=1\nSTATUS=Watching the drives";
+    case ServiceState::Paused:
+        return "STATUS=Paused";
+    case ServiceState::StopPending:
+        return "STOPPING=1\nSTATUS=Stopping";
+    case ServiceState::StartPending:
+    case ServiceState::ContinuePending:
+    case ServiceState::PausePending:
+    case ServiceState::Stopped:
+        break;
+    }
+    return nullptr;
 }
 
 /// The account's name in passwd; the machine in front of it can only be this one.
@@ -154,6 +174,8 @@ void LinuxServiceManager::reportStatus(const ServiceStatus &status)
         const QMutexLocker lock(&m_mutex);
         m_status = status;
     }
+    if (const char *text = notification(status.state))
+        ::sd_notify(0, text); // does nothing where systemd has not started the process
     if (status.state == ServiceState::Stopped)
         ::eventfd_write(m_stopped.get(), 1);
 }

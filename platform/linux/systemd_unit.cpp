@@ -3,6 +3,7 @@
 #include "platform/linux/systemd_unit.h"
 
 #include "platform/linux/linux_error.h"
+#include "platform/linux/unit_template.h"
 #include "platform/program_name.h"
 #include "platform/whole_file.h"
 
@@ -23,6 +24,13 @@ QString unitName()
 QString unitPath()
 {
     return QStringLiteral("/etc/systemd/system/") + unitName();
+}
+
+/// A unit that came with a package starts the same program.
+bool isPackaged()
+{
+    return QFile::exists(QStringLiteral("/lib/systemd/system/") + unitName()) ||
+           QFile::exists(QStringLiteral("/usr/lib/systemd/system/") + unitName());
 }
 
 /// A path as one word of a command line in a unit: quoted, without specifiers and variables.
@@ -66,25 +74,23 @@ ServiceOutcome writeUnit(const QByteArray &contents)
 
 QByteArray text(const ServiceDefinition &service, const QString &account)
 {
-    const QByteArray user = account.isEmpty() ? QByteArray() : "User=" + oneLine(account) + '\n';
     // StateDirectory hands the default home directory to the account that the service runs under.
-    return "[Unit]\n"
-           "Description=" +
-           oneLine(service.description) +
-           "\nAfter=network.target\n"
-           "\n[Service]\n"
-           "Type=exec\n"
-           "ExecStart=" +
-           quoted(service.programPath) + '\n' + user +
-           "StateDirectory=halvex\n"
-           "Restart=on-failure\n"
-           "\n[Install]\n"
-           "WantedBy=multi-user.target\n";
+    QByteArray accountLines;
+    if (!account.isEmpty()) {
+        accountLines = "User=" + oneLine(account) +
+                       "\nSupplementaryGroups=disk\nAmbientCapabilities=CAP_SYS_RAWIO CAP_NET_BIND_SERVICE\n";
+    }
+    return QByteArray(kUnitTemplate)
+        .replace("@DESCRIPTION@", oneLine(service.description))
+        .replace("@COMMAND_LINE@", quoted(service.programPath))
+        .replace("@ACCOUNT@", accountLines);
 }
 
 ServiceOutcome install(const ServiceDefinition &service, const QString &account)
 {
-    ServiceOutcome outcome = writeUnit(text(service, account));
+    ServiceOutcome outcome;
+    if (!account.isEmpty() || !isPackaged())
+        outcome = writeUnit(text(service, account));
     if (outcome.ok())
         outcome = systemctl({QStringLiteral("daemon-reload")});
     if (outcome.ok() && service.startup == ServiceStartup::Automatic)

@@ -3,6 +3,7 @@
 // The tables are made of texts: let them be plain literals.
 #undef QT_NO_CAST_FROM_ASCII
 
+#include "platform/datagram_socket.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/linux_service_manager.h"
 #include "platform/linux/systemd_unit.h"
@@ -263,6 +264,21 @@ private Q_SLOTS:
         QCOMPARE(m_manager->state({}), std::optional(ServiceState::Stopped));
     }
 
+    void tellsSystemd()
+    {
+        const DatagramSocket systemd(m_folder->filePath("notify"));
+        qputenv("NOTIFY_SOCKET", m_folder->filePath("notify").toLocal8Bit());
+        QByteArrayList told;
+        for (const auto state : {ServiceState::StartPending, ServiceState::Running, ServiceState::Paused,
+                                 ServiceState::StopPending, ServiceState::Stopped}) {
+            m_manager->reportStatus({state, kStopAndPause, {}});
+            told << systemd.receive();
+        }
+        qunsetenv("NOTIFY_SOCKET");
+        QCOMPARE(told.join('|'),
+                 "|READY=1\nSTATUS=Watching the drives|STATUS=Paused|STOPPING=1\nSTATUS=Stopping|");
+    }
+
     void unitText_data()
     {
         QTest::addColumn<QString>("programPath");
@@ -270,7 +286,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("lines");
         row("root", "/usr/bin/halvex-monitor-service", "",
             QByteArray("ExecStart=\"/usr/bin/halvex-monitor-service\"\nStateDirectory="));
-        row("account", "/x", "op", QByteArray("ExecStart=\"/x\"\nUser=op\nStateDirectory="));
+        row("account", "/x", "op",
+            QByteArray("ExecStart=\"/x\"\nUser=op\nSupplementaryGroups=disk\n"
+                       "AmbientCapabilities=CAP_SYS_RAWIO CAP_NET_BIND_SERVICE\nStateDirectory="));
         row("path that would be expanded", "/a b/%h$HOME/\"c\"\\", "",
             QByteArray("ExecStart=\"/a b/%%h$$HOME/\\\"c\\\"\\\\\"\n"));
     }

@@ -93,7 +93,7 @@ private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase();
     void cleanup();
-    void keepsTheContract();
+    void keepsTheContracts();
     void tellsWhatADriveTells_data();
     void tellsWhatADriveTells();
     void countingWakesNoDrive();
@@ -207,11 +207,11 @@ void TestEmulatedDrives::cleanup()
                  m_machine.kernelLog().constData());
 }
 
-void TestEmulatedDrives::keepsTheContract()
+void TestEmulatedDrives::keepsTheContracts()
 {
-    const GuestMachine::Answer answer = m_machine.run("tst_linux_drives");
+    const GuestMachine::Answer answer = m_machine.run("tst_linux_machine");
     QVERIFY2(answer.exitCode == 0, answer.output);
-    QCOMPARE(answer.output.count("PASS   : TestLinuxDrives::contract("), kDrives.size());
+    QCOMPARE(answer.output.count("PASS   : TestLinuxMachine::driveContract("), kDrives.size());
 }
 
 void TestEmulatedDrives::tellsWhatADriveTells_data()

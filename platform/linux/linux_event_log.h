@@ -4,9 +4,8 @@
 
 #include "platform/event_log.h"
 
-/// The event log as messages of the daemon facility. syslog(3) has no place for an entry's category, id and
-/// data.
-class SyslogEventLog : public EventLog
+/// The journal where there is one, with a field for each part of an event; else syslog.
+class LinuxEventLog : public EventLog
 {
 public:
     void report(const Event &event) override;
