@@ -23,4 +23,5 @@ struct Platform
     std::unique_ptr<ServiceKey> serviceKey;
     std::unique_ptr<ServiceManager> serviceManager;
     QString localSocketName; ///< what the local client socket listens under
+    int descriptorLimit = 0; ///< how many files and sockets together may be open; 0 for no limit
 };

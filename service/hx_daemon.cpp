@@ -34,10 +34,22 @@ milliseconds timerInterval(qint64 interval)
     return milliseconds(std::max(qint32(interval), 1));
 }
 
+/// As many consoles as always, unless descriptors are scarce: then drives, scans, files and listeners keep
+/// enough of them. A console too many can still be accepted, to be closed at once; an accept that fails for
+/// want of a descriptor would be tried again and again.
+ConnectionLimits connectionLimits(int descriptorLimit)
+{
+    constexpr int kOwnDescriptors = 256; // a reader and a scan for each of 99 drives, and what else is open
+    ConnectionLimits limits;
+    if (descriptorLimit > 0)
+        limits.connections = std::clamp(descriptorLimit - kOwnDescriptors, 1, limits.connections);
+    return limits;
+}
+
 } // namespace
 
 HxDaemon::HxDaemon(ServiceContext &context, QObject *parent)
-    : TcpServer(*this, context.offsets, parent)
+    : TcpServer(*this, context.offsets, parent, connectionLimits(context.platform.descriptorLimit))
     , m_context(context)
     , m_inventory(*context.platform.drives)
     , m_scans(*context.platform.drives)
