@@ -9,6 +9,12 @@ if(HALVEX_SANITIZE)
     set(halvex_timeout_factor 5)
 endif()
 
+# The source tree as the test programs see it.
+set(halvex_tree ${CMAKE_SOURCE_DIR})
+if(WIN32)
+    set(halvex_tree Z:${CMAKE_SOURCE_DIR}) # Wine's view of it
+endif()
+
 function(halvex_add_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LABELS;LIBRARIES" ${ARGN})
     if(NOT ARG_SOURCES)

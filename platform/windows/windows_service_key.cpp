@@ -4,6 +4,8 @@
 
 #include "platform/windows/wide_text.h"
 
+#include <QtEndian>
+
 #include <windows.h>
 
 namespace {

@@ -7,6 +7,7 @@
 
 #include <QHostInfo>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QtTest>
 
 namespace {

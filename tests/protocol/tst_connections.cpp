@@ -113,6 +113,8 @@ public:
         } else {
             qobject_cast<QLocalSocket *>(m_socket.get())->setReadBufferSize(size);
         }
+        if (on)
+            m_socket->peek(1); // a pipe does not go on by itself
     }
 
 private:
@@ -376,6 +378,8 @@ private Q_SLOTS:
     void servedSocketFileIsLeftAlone()
     {
         Servers servers;
+        if (!QFileInfo::exists(servers.localName))
+            QSKIP("local sockets are no files here, and several may have one name");
         localDaemon second(servers.tcp.consoles());
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot listen under .*")));
         QVERIFY(!second.listen(servers.localName));
