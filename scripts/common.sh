@@ -15,7 +15,7 @@ declare -A packages=(
     [lint]="git clang-format clang-tidy"
     [fuzz]="clang libclang-rt-14-dev llvm"
     [qt-source]="qtbase5-dev-tools dpkg-dev patch make perl"
-    [windows]="g++-mingw-w64-x86-64-posix wine wine64"
+    [windows]="g++-mingw-w64-x86-64-posix wine wine64 nsis"
     [windows32]="g++-mingw-w64-i686-posix qemu-system-x86 busybox-static cpio e2fsprogs"
     [qemu]="qemu-system-x86 busybox-static cpio e2fsprogs binutils"
 )

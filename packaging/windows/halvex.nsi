@@ -1,0 +1,230 @@
+; The installer. packaging/windows/package runs it with
+;   WIDTH       64 or 32
+;   VERSION     as in CMakeLists.txt
+;   PROGRAMS    the folder with the two programs
+;   SOURCE      the root of the source tree
+;   OUTPUT      the installer to make
+;
+; Silent: /S, with /FIREWALL to let consoles of other machines in, and /D=FOLDER at the very end.
+; The uninstaller, silent: /S, with /REMOVEDATA to remove settings and history as well.
+
+Unicode true
+!if ${WIDTH} == 64
+    Target amd64-unicode
+!endif
+!include MUI2.nsh
+!include FileFunc.nsh
+!include LogicLib.nsh
+
+!define NAME "Halvex Service"
+!define PROGRAM "HalvexLocalService.exe"
+!define SERVICE_KEY "System\CurrentControlSet\Services\${NAME}"
+!define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
+; What the service's key held, for a later installation.
+!define KEPT_KEY "Software\${NAME}"
+
+Name "${NAME}"
+OutFile "${OUTPUT}"
+InstallDir "$PROGRAMFILES${WIDTH}\${NAME}"
+RequestExecutionLevel admin
+SetCompressor /SOLID lzma
+VIProductVersion "${VERSION}.0"
+VIAddVersionKey ProductName "${NAME}"
+VIAddVersionKey ProductVersion "${VERSION}"
+VIAddVersionKey FileVersion "${VERSION}"
+VIAddVersionKey FileDescription "Installs the ${NAME}"
+VIAddVersionKey CompanyName "The Halvex developers"
+VIAddVersionKey LegalCopyright "The Halvex developers, MIT License"
+
+!define MUI_ICON "${SOURCE}\packaging\windows\halvex.ico"
+!define MUI_UNICON "${SOURCE}\packaging\windows\halvex.ico"
+!insertmacro MUI_PAGE_LICENSE "${SOURCE}\LICENSE"
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_COMPONENTS
+!insertmacro MUI_PAGE_INSTFILES
+!insertmacro MUI_UNPAGE_COMPONENTS
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE English
+
+; Both the installer and the uninstaller need these, and NSIS keeps their functions apart.
+!macro SharedFunctions prefix
+; Stops the service, if it runs, and returns when the program in the folder $0 is no longer in use.
+Function ${prefix}StopService
+    ${IfNot} ${FileExists} "$0\${PROGRAM}"
+        Return
+    ${EndIf}
+    nsExec::ExecToLog '"$0\${PROGRAM}" -terminate'
+    Pop $1
+    ${For} $2 1 60
+        ClearErrors
+        FileOpen $1 "$0\${PROGRAM}" a ; refused while the program runs
+        ${IfNot} ${Errors}
+            FileClose $1
+            Return
+        ${EndIf}
+        Sleep 500
+    ${Next}
+    DetailPrint "The service does not stop."
+    SetErrorLevel 2
+    Abort
+FunctionEnd
+
+; Copies the number $2 of the key $0 to the key $1, if it is there.
+Function ${prefix}CopyNumber
+    ClearErrors
+    ReadRegDWORD $3 HKLM "$0" "$2"
+    ${IfNot} ${Errors}
+        WriteRegDWORD HKLM "$1" "$2" $3
+    ${EndIf}
+FunctionEnd
+
+; Copies what an administrator may have set in the key $0 to the key $1.
+Function ${prefix}CopyNumbers
+    StrCpy $2 "Port"
+    Call ${prefix}CopyNumber
+    StrCpy $2 "SMARTPollInterval"
+    Call ${prefix}CopyNumber
+    StrCpy $2 "FreeSpacePollInterval"
+    Call ${prefix}CopyNumber
+FunctionEnd
+
+Function ${prefix}RemoveFirewallRule
+    nsExec::ExecToLog '"$SYSDIR\netsh.exe" advfirewall firewall delete rule name="${NAME}"'
+    Pop $0
+FunctionEnd
+!macroend
+!insertmacro SharedFunctions ""
+!insertmacro SharedFunctions "un."
+
+; What the service will write here, a mail account's password in it, is for the system and administrators alone;
+; everybody may run the programs.
+Function ProtectFolder
+    !define SYSTEM "*S-1-5-18"
+    !define ADMINISTRATORS "*S-1-5-32-544"
+    !define USERS "*S-1-5-32-545"
+    nsExec::ExecToLog '"$SYSDIR\icacls.exe" "$INSTDIR" /inheritance:r /grant:r ${SYSTEM}:(OI)(CI)F ${ADMINISTRATORS}:(OI)(CI)F ${USERS}:RX'
+    Pop $0
+    nsExec::ExecToLog '"$SYSDIR\icacls.exe" "$INSTDIR\*.exe" /grant:r ${USERS}:RX'
+    Pop $0
+FunctionEnd
+
+Section "Service and console" SectionService
+    SectionIn RO
+    SetRegView ${WIDTH}
+    ; An older installation ends here, wherever it is. Its numbers stay.
+    ReadRegStr $0 HKLM "${UNINSTALL_KEY}" InstallLocation
+    ${If} $0 != ""
+        Call StopService
+        StrCpy $4 $0
+        StrCpy $0 "${SERVICE_KEY}"
+        StrCpy $1 "${KEPT_KEY}"
+        Call CopyNumbers
+        nsExec::ExecToLog '"$4\${PROGRAM}" -uninstall'
+        Pop $0
+    ${EndIf}
+
+    SetOutPath $INSTDIR
+    File "${PROGRAMS}\${PROGRAM}"
+    File "${PROGRAMS}\halvexctl.exe"
+    File /oname=LICENSE.txt "${SOURCE}\LICENSE"
+    WriteUninstaller "$INSTDIR\uninstall.exe"
+    Call ProtectFolder
+
+    WriteRegStr HKLM "${UNINSTALL_KEY}" DisplayName "${NAME}"
+    WriteRegStr HKLM "${UNINSTALL_KEY}" DisplayVersion "${VERSION}"
+    WriteRegStr HKLM "${UNINSTALL_KEY}" DisplayIcon "$INSTDIR\${PROGRAM}"
+    WriteRegStr HKLM "${UNINSTALL_KEY}" Publisher "The Halvex developers"
+    WriteRegStr HKLM "${UNINSTALL_KEY}" InstallLocation "$INSTDIR"
+    WriteRegStr HKLM "${UNINSTALL_KEY}" UninstallString '"$INSTDIR\uninstall.exe"'
+    WriteRegStr HKLM "${UNINSTALL_KEY}" QuietUninstallString '"$INSTDIR\uninstall.exe" /S'
+    WriteRegDWORD HKLM "${UNINSTALL_KEY}" NoModify 1
+    WriteRegDWORD HKLM "${UNINSTALL_KEY}" NoRepair 1
+    ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
+    WriteRegDWORD HKLM "${UNINSTALL_KEY}" EstimatedSize $0
+
+    nsExec::ExecToLog '"$INSTDIR\${PROGRAM}" -install'
+    Pop $0
+    ${If} $0 != 0
+        SetErrorLevel 2
+        Abort
+    ${EndIf}
+    StrCpy $0 "${KEPT_KEY}"
+    StrCpy $1 "${SERVICE_KEY}"
+    Call CopyNumbers
+    DeleteRegKey HKLM "${KEPT_KEY}"
+SectionEnd
+
+Section /o "Firewall: let consoles of other machines in" SectionFirewall
+    Call RemoveFirewallRule ; or an installation over another would leave two
+    ; For the program and not for a port, which the administrator may change.
+    nsExec::ExecToLog '"$SYSDIR\netsh.exe" advfirewall firewall add rule name="${NAME}" dir=in action=allow protocol=TCP program="$INSTDIR\${PROGRAM}"'
+    Pop $0
+SectionEnd
+
+Section "-Start"
+    nsExec::ExecToLog '"$SYSDIR\net.exe" start "${NAME}"'
+    Pop $0
+    ${If} $0 != 0
+        SetErrorLevel 2
+    ${EndIf}
+SectionEnd
+
+Function .onInit
+    SetRegView ${WIDTH}
+    ${If} $INSTDIR == "$PROGRAMFILES${WIDTH}\${NAME}"
+        ReadRegStr $0 HKLM "${UNINSTALL_KEY}" InstallLocation
+        ${If} $0 != ""
+            StrCpy $INSTDIR $0
+        ${EndIf}
+    ${EndIf}
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "/FIREWALL" $1
+    ${IfNot} ${Errors}
+        SectionSetFlags ${SectionFirewall} ${SF_SELECTED}
+    ${EndIf}
+FunctionEnd
+
+LangString DescriptionService ${LANG_ENGLISH} "The service, which starts now and with Windows, and halvexctl, the console for the command line."
+LangString DescriptionFirewall ${LANG_ENGLISH} "Whoever reaches the service over the network can change its settings: tick this in trusted networks only."
+!insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
+    !insertmacro MUI_DESCRIPTION_TEXT ${SectionService} $(DescriptionService)
+    !insertmacro MUI_DESCRIPTION_TEXT ${SectionFirewall} $(DescriptionFirewall)
+!insertmacro MUI_FUNCTION_DESCRIPTION_END
+
+Section "un.Service and console" SectionUninstall
+    SectionIn RO
+    SetRegView ${WIDTH}
+    StrCpy $0 $INSTDIR
+    Call un.StopService
+    StrCpy $0 "${SERVICE_KEY}"
+    StrCpy $1 "${KEPT_KEY}"
+    Call un.CopyNumbers
+    nsExec::ExecToLog '"$INSTDIR\${PROGRAM}" -uninstall'
+    Pop $0
+    Call un.RemoveFirewallRule
+    Delete "$INSTDIR\${PROGRAM}"
+    Delete "$INSTDIR\halvexctl.exe"
+    Delete "$INSTDIR\LICENSE.txt"
+    Delete "$INSTDIR\uninstall.exe"
+    DeleteRegKey HKLM "${UNINSTALL_KEY}"
+SectionEnd
+
+Section /o "un.Settings and temperature history" SectionData
+    Delete "$INSTDIR\HalvexService.ini"
+    Delete "$INSTDIR\temperature.log"
+    DeleteRegKey HKLM "${KEPT_KEY}"
+SectionEnd
+
+Section "-un.Folder"
+    RMDir "$INSTDIR" ; stays where something of the user's is in it
+SectionEnd
+
+Function un.onInit
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "/REMOVEDATA" $1
+    ${IfNot} ${Errors}
+        SectionSetFlags ${SectionData} ${SF_SELECTED}
+    ${EndIf}
+FunctionEnd
