@@ -9,7 +9,6 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-/// What real drives reported, detected and read by each of the access methods.
 namespace {
 
 constexpr int kDumps = 52;
@@ -26,6 +25,7 @@ quint64 number(const QJsonObject &object, const char *key)
 
 } // namespace
 
+/// What real drives reported, detected and read by each of the access methods.
 class TestRealDrives : public QObject
 {
     Q_OBJECT

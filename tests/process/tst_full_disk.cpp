@@ -37,48 +37,46 @@ class TestFullDisk : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void oldSettingsStayUntilThereIsRoom();
-};
-
-void TestFullDisk::oldSettingsStayUntilThereIsRoom()
-{
-    const QString before(5000, QLatin1Char('a'));
-    const QString after(5000, QLatin1Char('b'));
-    ServiceFixture service;
-    QVERIFY2(::mount("tmpfs", service.home().toLocal8Bit().constData(), "tmpfs", 0, "size=512k") == 0,
-             std::strerror(errno));
-    service.writeMachine(
-        {{QStringLiteral("drives"), QJsonArray{realDrive(0, QStringLiteral("st500nm0011.json"))}}});
-    QVERIFY2(service.serve(), service.output());
-    RawConsole console(service.port());
-    QVERIFY(console.readLine().startsWith(QLatin1String("VER]![")));
-    QCOMPARE(console.ask(settingsCommand(before)), QStringLiteral("SET_OK"));
-
-    QFile ballast(service.path(QStringLiteral("ballast")));
-    QVERIFY(ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    while (ballast.write(QByteArray(4096, 'x')) > 0) {
-    }
-    // The reply says that the service has taken the settings over, and it has.
-    QCOMPARE(console.ask(settingsCommand(after)), QStringLiteral("SET_OK"));
-    QCOMPARE(markOf(service), after);
-    QCOMPARE(console.ask(QStringLiteral("REFRESH")), QStringLiteral("REFRESH_OK"));
-    service.process().kill();
-    QVERIFY(service.process().waitForFinished());
-
-    QVERIFY2(service.serve(), service.output());
-    QCOMPARE(markOf(service), before);
-    QVERIFY(ballast.remove());
+    void oldSettingsStayUntilThereIsRoom()
     {
-        RawConsole later(service.port());
-        QVERIFY(later.readLine().startsWith(QLatin1String("VER]![")));
-        QCOMPARE(later.ask(settingsCommand(after)), QStringLiteral("SET_OK"));
+        const QString before(5000, QLatin1Char('a'));
+        const QString after(5000, QLatin1Char('b'));
+        ServiceFixture service;
+        QVERIFY2(::mount("tmpfs", service.home().toLocal8Bit().constData(), "tmpfs", 0, "size=512k") == 0,
+                 std::strerror(errno));
+        service.writeMachine(
+            {{QStringLiteral("drives"), QJsonArray{realDrive(0, QStringLiteral("st500nm0011.json"))}}});
+        QVERIFY2(service.serve(), service.output());
+        RawConsole console(service.port());
+        QVERIFY(console.readLine().startsWith(QLatin1String("VER]![")));
+        QCOMPARE(console.ask(settingsCommand(before)), QStringLiteral("SET_OK"));
+
+        QFile ballast(service.path(QStringLiteral("ballast")));
+        QVERIFY(ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        while (ballast.write(QByteArray(4096, 'x')) > 0) {
+        }
+        // The reply says that the service has taken the settings over, and it has.
+        QCOMPARE(console.ask(settingsCommand(after)), QStringLiteral("SET_OK"));
+        QCOMPARE(markOf(service), after);
+        QCOMPARE(console.ask(QStringLiteral("REFRESH")), QStringLiteral("REFRESH_OK"));
+        service.process().kill();
+        QVERIFY(service.process().waitForFinished());
+
+        QVERIFY2(service.serve(), service.output());
+        QCOMPARE(markOf(service), before);
+        QVERIFY(ballast.remove());
+        {
+            RawConsole later(service.port());
+            QVERIFY(later.readLine().startsWith(QLatin1String("VER]![")));
+            QCOMPARE(later.ask(settingsCommand(after)), QStringLiteral("SET_OK"));
+        }
+        QCOMPARE(service.stop(), 0);
+        QVERIFY2(service.serve(), service.output());
+        QCOMPARE(markOf(service), after);
+        QCOMPARE(service.stop(), 0);
+        ::umount2(service.home().toLocal8Bit().constData(), MNT_DETACH);
     }
-    QCOMPARE(service.stop(), 0);
-    QVERIFY2(service.serve(), service.output());
-    QCOMPARE(markOf(service), after);
-    QCOMPARE(service.stop(), 0);
-    ::umount2(service.home().toLocal8Bit().constData(), MNT_DETACH);
-}
+};
 
 /// Starts itself again with mounts of its own, for which root needs no user namespace.
 int main(int argc, char *argv[])

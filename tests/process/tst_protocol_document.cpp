@@ -115,143 +115,135 @@ class TestProtocolDocument : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void showsTheKey();
-    void scramblesLines();
-    void explainsALine();
-    void showsRecords();
-    void speaksTheExamples();
+    void initTestCase()
+    {
+        QFile file(QStringLiteral(HALVEX_PROTOCOL_DOCUMENT));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        m_lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    }
+
+    void showsTheKey()
+    {
+        QString key;
+        for (const auto &match : matches("    (\\S{64})"))
+            key += match.captured(1);
+        QCOMPARE(key, QString(plain::kKey));
+    }
+
+    void scramblesLines()
+    {
+        const auto rows = matches("\\| (.+) \\| (\\d+) \\| `([0-9a-f]+)` \\|");
+        QVERIFY(rows.size() >= 7);
+        for (const auto &row : rows) {
+            const QString text =
+                row.captured(1).startsWith(QLatin1Char('`')) ? row.captured(1).mid(1).chopped(1) : QString();
+            QCOMPARE(scramble(text, row.captured(2).toInt()), row.captured(3).toLatin1());
+        }
+    }
+
+    /// The table that scrambles a line character by character, and the line that comes of it.
+    void explainsALine()
+    {
+        const auto lines = matches("    ([0-9a-f]{8}) ([0-9a-f]{2}) ([0-9a-f]+) CR LF .*");
+        QCOMPARE(lines.size(), 1);
+        QString body;
+        int position = lines.first().captured(2).toInt(nullptr, 16);
+        const int offset = position;
+        QString base64;
+        for (const auto &row :
+             matches("\\| (\\w) \\| (\\w\\w) \\| (?:.* )?(\\d+) \\| `(.)` (\\w\\w) \\| (\\w\\w) \\|")) {
+            const char key = row.captured(4).at(0).toLatin1();
+            QCOMPARE(row.captured(2).toInt(nullptr, 16), int(row.captured(1).at(0).unicode()));
+            QCOMPARE(row.captured(3).toInt(), position);
+            QCOMPARE(int(key), plain::keyByte(position));
+            QCOMPARE(row.captured(5).toInt(nullptr, 16), int(key));
+            base64 += row.captured(1);
+            body += row.captured(6);
+            position = plain::nextPosition(position, offset);
+        }
+        QCOMPARE(body, lines.first().captured(3));
+        QCOMPARE(unscramble(lines.first()
+                                .captured(0)
+                                .remove(QLatin1Char(' '))
+                                .section(QLatin1Char('C'), 0, 0)
+                                .toLatin1()),
+                 QString::fromUtf8(QByteArray::fromBase64(base64.toLatin1())));
+    }
+
+    void showsRecords()
+    {
+        QVERIFY(records().size() >= 3);
+        for (const auto &row : records()) {
+            const auto history = client::parseHistory(QStringLiteral("STATD]![") + row.captured(1));
+            QVERIFY(history && history->records.size() == 1);
+            const client::TemperatureRecord &record = history->records.first();
+            QCOMPARE(record.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), row.captured(2));
+            QCOMPARE(record.drive, row.captured(3).toInt());
+            QCOMPARE(record.temperature.value_or(-1), row.captured(4).toInt());
+        }
+    }
+
+    void speaksTheExamples()
+    {
+        QByteArray log;
+        for (const auto &row : records())
+            log += row.captured(1).toLatin1();
+        Conversation conversation(machine(), log);
+        QVERIFY(conversation.isStarted());
+        static const QRegularExpression kStep(QStringLiteral("\\A    (--|>>|>|<) (.*)\\z"));
+        int steps = 0;
+        for (int i = 0; i < m_lines.size(); ++i) {
+            const auto step = kStep.match(m_lines.at(i));
+            if (!step.hasMatch())
+                continue;
+            ++steps;
+            const QString mark = step.captured(1);
+            const QString text = step.captured(2);
+            const QString where = QStringLiteral("line %1 of the document: %2: ").arg(i + 1).arg(text);
+            if (mark == QLatin1String("--")) {
+                QVERIFY2(conversation.happens(text), qPrintable(where));
+            } else if (mark == QLatin1String("<")) {
+                const QString problem = conversation.hear(text);
+                QVERIFY2(problem.isEmpty(), qPrintable(where + problem));
+            } else if (mark == QLatin1String(">>")) {
+                conversation.sayRaw(text);
+            } else {
+                conversation.say(text);
+            }
+        }
+        QVERIFY(steps > 50);
+        QCOMPARE(conversation.stop(), 0);
+    }
 
 private:
     /// The lines that `form` matches as a whole, in order.
-    [[nodiscard]] QVector<QRegularExpressionMatch> matches(const char *form) const;
-    [[nodiscard]] QByteArray machine() const;
-    [[nodiscard]] QVector<QRegularExpressionMatch> records() const;
+
+    [[nodiscard]] QVector<QRegularExpressionMatch> matches(const char *form) const
+    {
+        const QRegularExpression expression(QStringLiteral("\\A%1\\z").arg(QString::fromUtf8(form)));
+        QVector<QRegularExpressionMatch> found;
+        for (const QString &line : m_lines) {
+            const auto match = expression.match(line);
+            if (match.hasMatch())
+                found.append(match);
+        }
+        return found;
+    }
+
+    [[nodiscard]] QByteArray machine() const
+    {
+        const int begin = int(m_lines.indexOf(QStringLiteral("    {")));
+        const int end = int(m_lines.indexOf(QStringLiteral("    }"), begin));
+        return m_lines.mid(begin, end - begin + 1).join(QLatin1Char('\n')).toUtf8();
+    }
+
+    [[nodiscard]] QVector<QRegularExpressionMatch> records() const
+    {
+        return matches("\\| `(.{8})` \\| (\\d{4}-.*) \\| (\\d+) \\| (\\d+) \\|");
+    }
 
     QStringList m_lines;
 };
-
-void TestProtocolDocument::initTestCase()
-{
-    QFile file(QStringLiteral(HALVEX_PROTOCOL_DOCUMENT));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    m_lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
-}
-
-QVector<QRegularExpressionMatch> TestProtocolDocument::matches(const char *form) const
-{
-    const QRegularExpression expression(QStringLiteral("\\A%1\\z").arg(QString::fromUtf8(form)));
-    QVector<QRegularExpressionMatch> found;
-    for (const QString &line : m_lines) {
-        const auto match = expression.match(line);
-        if (match.hasMatch())
-            found.append(match);
-    }
-    return found;
-}
-
-QByteArray TestProtocolDocument::machine() const
-{
-    const int begin = int(m_lines.indexOf(QStringLiteral("    {")));
-    const int end = int(m_lines.indexOf(QStringLiteral("    }"), begin));
-    return m_lines.mid(begin, end - begin + 1).join(QLatin1Char('\n')).toUtf8();
-}
-
-QVector<QRegularExpressionMatch> TestProtocolDocument::records() const
-{
-    return matches("\\| `(.{8})` \\| (\\d{4}-.*) \\| (\\d+) \\| (\\d+) \\|");
-}
-
-void TestProtocolDocument::showsTheKey()
-{
-    QString key;
-    for (const auto &match : matches("    (\\S{64})"))
-        key += match.captured(1);
-    QCOMPARE(key, QString(plain::kKey));
-}
-
-void TestProtocolDocument::scramblesLines()
-{
-    const auto rows = matches("\\| (.+) \\| (\\d+) \\| `([0-9a-f]+)` \\|");
-    QVERIFY(rows.size() >= 7);
-    for (const auto &row : rows) {
-        const QString text =
-            row.captured(1).startsWith(QLatin1Char('`')) ? row.captured(1).mid(1).chopped(1) : QString();
-        QCOMPARE(scramble(text, row.captured(2).toInt()), row.captured(3).toLatin1());
-    }
-}
-
-/// The table that scrambles a line character by character, and the line that comes of it.
-void TestProtocolDocument::explainsALine()
-{
-    const auto lines = matches("    ([0-9a-f]{8}) ([0-9a-f]{2}) ([0-9a-f]+) CR LF .*");
-    QCOMPARE(lines.size(), 1);
-    QString body;
-    int position = lines.first().captured(2).toInt(nullptr, 16);
-    const int offset = position;
-    QString base64;
-    for (const auto &row :
-         matches("\\| (\\w) \\| (\\w\\w) \\| (?:.* )?(\\d+) \\| `(.)` (\\w\\w) \\| (\\w\\w) \\|")) {
-        const char key = row.captured(4).at(0).toLatin1();
-        QCOMPARE(row.captured(2).toInt(nullptr, 16), int(row.captured(1).at(0).unicode()));
-        QCOMPARE(row.captured(3).toInt(), position);
-        QCOMPARE(int(key), plain::keyByte(position));
-        QCOMPARE(row.captured(5).toInt(nullptr, 16), int(key));
-        base64 += row.captured(1);
-        body += row.captured(6);
-        position = plain::nextPosition(position, offset);
-    }
-    QCOMPARE(body, lines.first().captured(3));
-    QCOMPARE(
-        unscramble(
-            lines.first().captured(0).remove(QLatin1Char(' ')).section(QLatin1Char('C'), 0, 0).toLatin1()),
-        QString::fromUtf8(QByteArray::fromBase64(base64.toLatin1())));
-}
-
-void TestProtocolDocument::showsRecords()
-{
-    QVERIFY(records().size() >= 3);
-    for (const auto &row : records()) {
-        const auto history = client::parseHistory(QStringLiteral("STATD]![") + row.captured(1));
-        QVERIFY(history && history->records.size() == 1);
-        const client::TemperatureRecord &record = history->records.first();
-        QCOMPARE(record.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), row.captured(2));
-        QCOMPARE(record.drive, row.captured(3).toInt());
-        QCOMPARE(record.temperature.value_or(-1), row.captured(4).toInt());
-    }
-}
-
-void TestProtocolDocument::speaksTheExamples()
-{
-    QByteArray log;
-    for (const auto &row : records())
-        log += row.captured(1).toLatin1();
-    Conversation conversation(machine(), log);
-    QVERIFY(conversation.isStarted());
-    static const QRegularExpression kStep(QStringLiteral("\\A    (--|>>|>|<) (.*)\\z"));
-    int steps = 0;
-    for (int i = 0; i < m_lines.size(); ++i) {
-        const auto step = kStep.match(m_lines.at(i));
-        if (!step.hasMatch())
-            continue;
-        ++steps;
-        const QString mark = step.captured(1);
-        const QString text = step.captured(2);
-        const QString where = QStringLiteral("line %1 of the document: %2: ").arg(i + 1).arg(text);
-        if (mark == QLatin1String("--")) {
-            QVERIFY2(conversation.happens(text), qPrintable(where));
-        } else if (mark == QLatin1String("<")) {
-            const QString problem = conversation.hear(text);
-            QVERIFY2(problem.isEmpty(), qPrintable(where + problem));
-        } else if (mark == QLatin1String(">>")) {
-            conversation.sayRaw(text);
-        } else {
-            conversation.say(text);
-        }
-    }
-    QVERIFY(steps > 50);
-    QCOMPARE(conversation.stop(), 0);
-}
 
 QTEST_GUILESS_MAIN(TestProtocolDocument)
 #include "tst_protocol_document.moc"
