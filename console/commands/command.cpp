@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/commands/command.h"
 
+#include "console/client/requests.h"
+
 #include <QHash>
 
 #include <utility>
@@ -21,6 +23,12 @@ client::Result<client::Greeting> Context::greet()
         m_output.note(
             QStringLiteral("%1: %2; waiting ...").arg(displayName(m_session.endpoint()), failure.text));
     });
+}
+
+client::Result<client::Drive> Context::askDrive(qint32 index)
+{
+    return m_session.query(client::requests::driveInfo(index),
+                           [index](const QString &reply) { return client::parseDrive(reply, index); });
 }
 
 std::chrono::milliseconds Context::patience(std::chrono::milliseconds usual) const

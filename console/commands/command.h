@@ -3,6 +3,7 @@
 #pragma once
 
 #include "console/arguments.h"
+#include "console/client/inventory.h"
 #include "console/client/session.h"
 #include "console/output.h"
 #include "console/render/style.h"
@@ -33,6 +34,9 @@ public:
 
     /// Connects and takes the greeting; with --wait as soon as the service is ready.
     [[nodiscard]] client::Result<client::Greeting> greet();
+
+    /// What the service tells of one drive, once it has greeted.
+    [[nodiscard]] client::Result<client::Drive> askDrive(qint32 index);
 
     /// The time that slow work of the service may take unless --timeout says otherwise.
     [[nodiscard]] std::chrono::milliseconds patience(std::chrono::milliseconds usual) const;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/requests.h"
 #include "console/commands/command.h"
 #include "console/commands/json.h"
 #include "console/render/level.h"
@@ -83,9 +82,7 @@ int runInfo(Context &context)
     const auto greeting = context.greet();
     if (!greeting)
         return context.fail(greeting.failure());
-    const auto drive =
-        context.session().query(client::requests::driveInfo(*index),
-                                [&](const QString &reply) { return client::parseDrive(reply, *index); });
+    const auto drive = context.askDrive(*index);
     if (!drive)
         return context.fail(drive.failure());
     const auto allVolumes = context.session().query(QStringLiteral("ALLVOLINFO"), client::parseAllVolumes);

@@ -70,13 +70,6 @@ QString completePlan(ScanPlan &plan, const client::Drive &drive)
     return {};
 }
 
-Result<client::Drive> askDrive(Context &context, qint32 index)
-{
-    return context.session().query(client::requests::driveInfo(index), [index](const QString &reply) {
-        return client::parseDrive(reply, index);
-    });
-}
-
 Result<QVector<ScanStatus>> askScans(Context &context)
 {
     return context.session().query(QStringLiteral("GSTATSCAN"), client::parseScanStatus);
@@ -199,7 +192,7 @@ int runScanStart(Context &context)
     const auto greeting = context.greet();
     if (!greeting)
         return context.fail(greeting.failure());
-    const auto drive = askDrive(context, *index);
+    const auto drive = context.askDrive(*index);
     if (!drive)
         return context.fail(drive.failure());
     const QString fault = completePlan(*plan, *drive);

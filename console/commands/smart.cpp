@@ -67,9 +67,7 @@ int runSmart(Context &context)
     const auto greeting = context.greet();
     if (!greeting)
         return context.fail(greeting.failure());
-    const auto drive =
-        context.session().query(client::requests::driveInfo(*index),
-                                [&](const QString &reply) { return client::parseDrive(reply, *index); });
+    const auto drive = context.askDrive(*index);
     if (!drive)
         return context.fail(drive.failure());
     const auto attributes =
