@@ -24,6 +24,14 @@ if(HALVEX_SANITIZE)
     target_link_options(halvex_build_flags INTERFACE -fsanitize=${HALVEX_SANITIZE})
 endif()
 
+# The thread sanitizer sees the locks and queues only of a Core that is compiled with it: programs find that
+# one first. Network and Test are the distribution's.
+if(HALVEX_SANITIZE STREQUAL "thread")
+    include(cmake/own_qt.cmake)
+    halvex_own_qt(tsan qt_prefix)
+    set(CMAKE_BUILD_RPATH ${qt_prefix}/lib)
+endif()
+
 if(HALVEX_FUZZERS)
     target_compile_options(halvex_build_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()

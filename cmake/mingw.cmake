@@ -15,12 +15,8 @@ set(CMAKE_C_COMPILER ${triplet}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${triplet}-g++-posix)
 set(CMAKE_RC_COMPILER ${triplet}-windres)
 
-execute_process(
-    COMMAND ${CMAKE_CURRENT_LIST_DIR}/../packaging/qt/build-qt --where ${HALVEX_WINDOWS}
-    OUTPUT_VARIABLE qt_prefix OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-if(NOT EXISTS ${qt_prefix}/complete)
-    message(FATAL_ERROR "There is no Qt for Windows yet: packaging/qt/build-qt ${HALVEX_WINDOWS} makes it.")
-endif()
+include(${CMAKE_CURRENT_LIST_DIR}/own_qt.cmake)
+halvex_own_qt(${HALVEX_WINDOWS} qt_prefix)
 
 set(CMAKE_PREFIX_PATH ${qt_prefix})
 set(CMAKE_FIND_ROOT_PATH /usr/${triplet} ${qt_prefix})
