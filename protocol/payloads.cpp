@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr QLatin1String kFieldSeparator("~;");
-constexpr QLatin1String kItemSeparator("]~[");
+const QLatin1String kFieldSeparator("~;");
+const QLatin1String kItemSeparator("]~[");
 
 /// Writes the fields of one item behind each other. A large machine's S.M.A.R.T. reply has tens of thousands
 /// of numbers, so they are written straight into the text.
