@@ -33,7 +33,7 @@ void rateTemperature(qint32 celsius, const Settings &settings, DriveRating &rati
     if (celsius >= settings.wTemp) {
         rating.detail += QStringLiteral("   Temperature=%1 Celsius (%2 Fahrengeit)\n")
                              .arg(celsius)
-                             .arg(celsius * 9 / 5 + 32);
+                             .arg(qint64{celsius} * 9 / 5 + 32);
         rating.level = level::kWarning;
     }
     if (celsius >= settings.cTemp)

@@ -95,6 +95,8 @@ private Q_SLOTS:
         row("at the critical limit", 65, 55, 65, 3, "   Temperature=65 Celsius (149 Fahrengeit)\n");
         row("40 in Fahrenheit", 40, 1, 65, 2, "   Temperature=40 Celsius (104 Fahrengeit)\n");
         row("37 truncates", 37, 1, 65, 2, "   Temperature=37 Celsius (98 Fahrengeit)\n");
+        row("beyond an int", 2147483647, 1, 65, 3,
+            "   Temperature=2147483647 Celsius (3865470596 Fahrengeit)\n");
         row("limits swapped, between them", 50, 60, 40, 3, "");
     }
 
