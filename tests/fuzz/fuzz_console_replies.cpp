@@ -12,8 +12,7 @@
 #include "console/render/text.h"
 #include "console/render/watch_screen.h"
 #include "console/scan_progress.h"
-
-#include <cstdlib>
+#include "fuzz/fuzz_input.h"
 
 namespace {
 
@@ -40,13 +39,10 @@ void show(const QString &reply)
     state.scans = client::parseScanStatus(reply).value_or(QVector<client::ScanStatus>());
     for (const client::Drive &drive : state.drives)
         state.temperatures.append({0, drive.temperature});
-    for (const QString &line : render::watchScreen(state, kRows, 0, {false, true, kColumns})) {
-        if (render::columns(line) > kColumns)
-            std::abort();
-    }
+    for (const QString &line : render::watchScreen(state, kRows, 0, {false, true, kColumns}))
+        require(render::columns(line) <= kColumns);
     for (const client::ScanStatus &scan : state.scans) {
-        if (render::surfaceMap(scan, 1000, kColumns, {}).size() != kColumns)
-            std::abort();
+        require(render::surfaceMap(scan, 1000, kColumns, {}).size() == kColumns);
         (void)secondsLeft(scan, 1000, 1e-9);
     }
     if (const auto history = client::parseHistory(reply))
@@ -58,10 +54,9 @@ void show(const QString &reply)
 /// A line however it is cut, and the bytes as the text of a reply: no parser trips over anything.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QByteArray bytes = bytesOf(data, size);
     const QVector<QByteArray> lines = linesOf(bytes, 0);
-    if (linesOf(bytes, bytes.size() / 2) != lines)
-        std::abort();
+    require(linesOf(bytes, bytes.size() / 2) == lines);
     for (const QByteArray &line : lines)
         (void)client::plainText(line);
 

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "platform/drive_requests.h"
 #include "platform/simulated/machine_file.h"
 
-#include <cstdint>
-#include <cstdlib>
+#include "fuzz/fuzz_input.h"
+#include "platform/drive_requests.h"
 
 namespace {
 
@@ -35,17 +34,16 @@ extern "C" const char *__asan_default_options() // NOLINT(bugprone-reserved-iden
 /// their sectors.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const QByteArray json(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QByteArray json = bytesOf(data, size);
     SameBytes files(json);
     const MachineReply reply = parseMachine(QStringLiteral("m.json"), json, files);
-    if (!reply.problem.isEmpty() && !reply.problem.contains(QStringLiteral(": ")))
-        std::abort();
-    if (!reply.problem.isEmpty())
+    if (!reply.problem.isEmpty()) {
+        require(reply.problem.contains(QStringLiteral(": ")));
         return 0;
+    }
     for (const DriveState &drive : reply.machine.drives) {
-        if (drive.identify.size() != ata::kSectorSize || drive.smartData.size() != ata::kSectorSize ||
-            drive.smartThresholds.size() != ata::kSectorSize)
-            std::abort();
+        require(drive.identify.size() == ata::kSectorSize && drive.smartData.size() == ata::kSectorSize &&
+                drive.smartThresholds.size() == ata::kSectorSize);
     }
     return 0;
 }

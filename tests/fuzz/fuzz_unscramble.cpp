@@ -2,11 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "protocol/scrambling.h"
 
+#include "fuzz/fuzz_input.h"
 #include "protocol/plain_scrambling.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 
 /// Whether the plain reading can be compared: its numbers go through QString::toInt(), which forgives blanks,
 /// signs, "0x" and NUL, where a digit that is none counts as zero.
@@ -22,12 +22,11 @@ static bool isComparable(const QByteArray &line)
 /// read as the plain way of reading them does.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const QByteArray line(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QByteArray line = bytesOf(data, size);
     const QByteArray header = QByteArray::number(line.size() + 8, 16).rightJustified(8, '0');
     for (const QByteArray &received : {line, QByteArray(header + line)}) {
         const QString text = unscramble(received);
-        if (isComparable(received) && text != plain::unscramble(QString::fromLatin1(received)))
-            std::abort();
+        require(!isComparable(received) || text == plain::unscramble(QString::fromLatin1(received)));
     }
     return 0;
 }

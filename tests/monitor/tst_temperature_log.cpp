@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/temperature_log.h"
+
+#include "monitor/plain_history.h"
 #include "rows.h"
 
 #include <QDir>
@@ -9,7 +11,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <array>
 #include <initializer_list>
 
 namespace {
@@ -31,33 +32,6 @@ QByteArray threeRecords()
 {
     return record({26, 11, 15, 10, 0, 0}, 'a') + record({26, 11, 15, 11, 0, 0}, 'b') +
            record({26, 11, 15, 12, 0, 0}, 'c');
-}
-
-QDateTime plainMoment(const QString &digits)
-{
-    const auto pair = [&digits](int index) { return digits.mid(2 * index, 2).toInt(); };
-    return {QDate(2000 + pair(0), pair(1), pair(2)), QTime(pair(3), pair(4), pair(5)), Qt::UTC};
-}
-
-/// The same history by the plainest walk: every record becomes text and a QDateTime.
-QString plainHistory(const QByteArray &file, const QString &from, const QString &to)
-{
-    const QDateTime first = plainMoment(from);
-    const QDateTime last = plainMoment(to);
-    QString history;
-    for (int offset = 0; offset + 8 <= file.size(); offset += 8) {
-        const QString text = QString::fromUtf8(file.constData() + offset, 8);
-        std::array<int, 6> part{};
-        for (int i = 0; i < 6; ++i)
-            part.at(std::size_t(i)) = (i < text.size() ? text.at(i).unicode() : 0) - 33;
-        const QDateTime moment(QDate(2000 + part[0], part[1], part[2]), QTime(part[3], part[4], part[5]),
-                               Qt::UTC);
-        if (!(moment < first))
-            history += text;
-        if (last < moment)
-            break;
-    }
-    return history;
 }
 
 } // namespace
@@ -212,7 +186,7 @@ private Q_SLOTS:
         for (int i = 0; i < 10; ++i) {
             const QString from = randomMoment();
             const QString to = randomMoment();
-            QVERIFY2(temperatureHistory(m_path, from, to) == plainHistory(file, from, to),
+            QVERIFY2(temperatureHistory(m_path, from, to) == plain::temperatureHistory(file, from, to),
                      qPrintable(from + QLatin1Char(' ') + to));
         }
     }

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "disk/identify.h"
+
+#include "fuzz/fuzz_input.h"
+#include "platform/drive_requests.h"
+
+#include <QList>
+
+namespace {
+
+bool isTrimmed(const QString &text)
+{
+    return text.isEmpty() || !(text.front().toLatin1() == ' ' || text.back().toLatin1() == ' ');
+}
+
+/// The text by its rule, a character at a time.
+QByteArray plainText(const QByteArray &sector, identify::TextField field)
+{
+    QByteArray text;
+    for (int i = 0; i < 2 * field.wordCount; ++i) {
+        const int place = (2 * field.firstWord + i) ^ 1;
+        const char c = place < sector.size() ? sector.at(place) : '\0';
+        if (c == '\0')
+            break;
+        text += c;
+    }
+    return text.trimmed();
+}
+
+void checkText(const QByteArray &sector, identify::TextField field)
+{
+    const QString text = identify::text(ByteView(sector), field);
+    require(isTrimmed(text) && text == QString::fromLatin1(plainText(sector, field)));
+}
+
+void checkVersion(ByteView sector)
+{
+    const identify::AtaVersion version = identify::ataVersion(sector);
+    require((version.major >= 1 && version.major <= 15) || version.major == -1 || version.major == -3);
+    require(version.major != -1 || version.text.isEmpty());
+}
+
+/// What a descriptor says of a drive is what the sector made from it says.
+void checkSynthetic(const QByteArray &product, const QByteArray &revision)
+{
+    const QByteArray sector = identify::fromDescriptor({{}, product, revision, {}});
+    require(sector.size() == ata::kSectorSize);
+    const auto line = [](QByteArray text, int size) {
+        text.replace('\r', '\n').replace('\0', '\n');
+        return QString::fromLatin1(text.split('\n').first().left(size).trimmed());
+    };
+    require(identify::text(ByteView(sector), identify::kModelNumber) == line(product, 40));
+    require(identify::text(ByteView(sector), identify::kFirmwareRevision) == line(revision, 8));
+    require(identify::smartSupported(ByteView(sector)) == 1 && identify::smartEnabled(ByteView(sector)) == 1);
+}
+
+} // namespace
+
+/// A sector that may be cut short; its parts again as the texts of a descriptor.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray sector = bytesOf(data, size).left(ata::kSectorSize);
+    for (const identify::TextField field :
+         {identify::kSerialNumber, identify::kFirmwareRevision, identify::kModelNumber})
+        checkText(sector, field);
+    checkVersion(ByteView(sector));
+    require(qAbs(identify::smartSupported(ByteView(sector))) <= 1);
+    require((identify::smartEnabled(ByteView(sector)) | 1) == 1);
+    checkSynthetic(sector.left(sector.size() / 2), sector.mid(sector.size() / 2));
+    return 0;
+}

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "disk/storage_descriptor.h"
+
+#include "fuzz/fuzz_input.h"
+
+#include <QList>
+#include <QtEndian>
+
+namespace {
+
+/// The string that the number at `field` points to, by its rule: behind the fixed part and inside.
+QByteArray plainString(const QByteArray &answer, int field)
+{
+    if (field + 4 > answer.size())
+        return {};
+    const qint64 offset = qFromLittleEndian<quint32>(answer.constData() + field);
+    if (offset < 29 || offset >= answer.size())
+        return {};
+    return answer.mid(int(offset)).split('\0').first();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray answer = bytesOf(data, size);
+    const StorageDescriptor descriptor = storage_descriptor::parse(ByteView(answer));
+    require(descriptor.vendor == plainString(answer, 12));
+    require(descriptor.product == plainString(answer, 16));
+    require(descriptor.revision == plainString(answer, 20));
+    require(descriptor.serial == plainString(answer, 24));
+    require(descriptor.model().size() <= descriptor.vendor.size() + 1 + descriptor.product.size());
+    return 0;
+}
