@@ -143,7 +143,7 @@ private:
 
     Stamp m_from;
     Stamp m_to;
-    quint64 m_validDate = 0; ///< three bytes that are known to be a date; zeros are none
+    quint64 m_validDate = ~quint64{0}; ///< three bytes that are known to be a date; at first none are
     QString m_text;
 };
 
