@@ -460,7 +460,7 @@ private Q_SLOTS:
         limits.unreadBytes = 100000;
         Servers servers(limits);
         servers.target.settingsRecord.versionText =
-            QString(500000, QLatin1Char('v')); // more than systems take
+            QString(3000000, QLatin1Char('v')); // more than systems take
         Client silent(servers, transport);
         Client other(servers);
         silent.receive();

@@ -151,6 +151,10 @@ private Q_SLOTS:
         keeping.uninstalling = kDenied;
         Script running;
         running.states = {ServiceState::Paused};
+        Script deaf;
+        deaf.controlling = {true, kDenied, ServiceState::Running};
+        Script unreachable;
+        unreachable.controlling = {false, kDenied, {}};
         Script stopped;
         stopped.states = {ServiceState::Stopped};
 
@@ -176,6 +180,14 @@ private Q_SLOTS:
             QByteArray());
         row("version, not installed", QStringList{"-version"}, notInstalled, 0,
             QByteArray("The service\n\tHalvex Service\n\tprog\n\nis not installed and not running\n\n"),
+            QByteArray());
+        row("version, state unknown", QStringList{"-v"}, Script(), 0,
+            QByteArray("The service\n\tHalvex Service\n\tprog\n\nis installed and not running\n\n"),
+            QByteArray());
+        // These tell nobody whether they were heard.
+        row("pause refused", QStringList{"-p"}, deaf, 0, QByteArray(), QByteArray());
+        row("resume, manager out of reach", QStringList{"-r"}, unreachable, 0, QByteArray(), QByteArray());
+        row("command, manager out of reach", QStringList{"-c", "1"}, unreachable, 0, QByteArray(),
             QByteArray());
         row("help", QStringList{"-h"}, Script(), 0, usageText(), QByteArray());
         row("help before others", QStringList{"-help", "-install"}, Script(), 0, usageText(), QByteArray());
