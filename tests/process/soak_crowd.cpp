@@ -161,7 +161,7 @@ bool Crowd::isExplained(const QString &line, Arena::Mark since) const
 QString Crowd::ask(RawConsole &console, const QString &request)
 {
     const Arena::Mark since = m_arena.mark();
-    const QString reply = console.ask(request);
+    QString reply = console.ask(request);
     if (isExplained(reply, since)) {
         if (reply.isNull())
             console.socket().abort();
@@ -227,7 +227,7 @@ void Crowd::authenticate(RawConsole &console)
 
 void Crowd::changeSettings(RawConsole &console)
 {
-    const QString mark(1 + random(kLongestText), QLatin1Char('a' + char(random(26))));
+    const QString mark(1 + random(kLongestText), QChar(ushort('a' + random(26))));
     const QString request =
         QStringLiteral("SET]![0~;1000~;1000~;1~;0~;1~;%1~;%1~;~;~;0~;~;~;25~;55~;65~;~;%1").arg(mark);
     const QString reply = ask(console, request);

@@ -88,6 +88,7 @@ int main(int argc, char *argv[])
             words.emplace_back("--map-root-user");
         words.insert(words.end(), argv, argv + argc);
         std::vector<char *> command;
+        command.reserve(words.size() + 1);
         for (std::string &word : words)
             command.push_back(word.data());
         command.push_back(nullptr);
