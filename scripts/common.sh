@@ -17,6 +17,7 @@ declare -A packages=(
     [qt-source]="qtbase5-dev-tools dpkg-dev patch make perl"
     [windows]="g++-mingw-w64-x86-64-posix wine wine64 nsis"
     [windows32]="g++-mingw-w64-i686-posix qemu-system-x86 busybox-static cpio e2fsprogs"
+    [package]="dpkg-dev debootstrap"
     [qemu]="qemu-system-x86 busybox-static cpio e2fsprogs binutils"
 )
 
