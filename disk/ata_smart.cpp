@@ -25,6 +25,7 @@ ATA_Smart::~ATA_Smart()
 void ATA_Smart::detectDevices()
 {
     endReaders();
+    m_givenUp.clear();
     m_devices = detection::detect(m_drives);
 }
 
@@ -161,9 +162,12 @@ std::optional<SmartSectors> ATA_Smart::readNow(int index)
     auto thread =
         std::make_unique<SMART_thread>(m_drives, SmartRead{device.path, index, device.accessMethod, false});
     thread->start();
-    if (thread->wait(QDeadlineTimer(m_readLimit)))
+    const bool wasGivenUp = m_givenUp.remove(device.path);
+    if (thread->wait(QDeadlineTimer(wasGivenUp ? std::min(m_readLimit, kSecondReadLimit) : m_readLimit)))
         return thread->takeSectors();
-    qCWarning(lcDisk) << device.path << "does not bring its S.M.A.R.T. data and is given up";
+    if (!wasGivenUp)
+        qCWarning(lcDisk) << device.path << "does not bring its S.M.A.R.T. data and is given up";
+    m_givenUp.insert(device.path);
     thread->cancel();
     letGo(std::move(thread), QDeadlineTimer(m_endLimit));
     return std::nullopt;

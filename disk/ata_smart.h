@@ -9,6 +9,7 @@
 
 #include <QDeadlineTimer>
 #include <QObject>
+#include <QSet>
 
 #include <chrono>
 #include <memory>
@@ -24,6 +25,8 @@ class ATA_Smart : public QObject
 public:
     /// How long a drive may take to bring its sectors before it is given up.
     static constexpr std::chrono::milliseconds kReadLimit{20000};
+    /// The same at a synchronous read, which holds everything up, when the last one has given the drive up.
+    static constexpr std::chrono::milliseconds kSecondReadLimit{2000};
     /// How long cancelled readers get to end before they are left behind.
     static constexpr std::chrono::milliseconds kEndLimit{2000};
 
@@ -85,6 +88,7 @@ private:
     int m_runningReaders = 0;
     int m_generation = 0; ///< counts the full reads: a signal of an earlier one's reader means nothing
     std::vector<std::unique_ptr<SMART_thread>> m_leftBehind;
+    QSet<QString> m_givenUp; ///< paths of drives that the last synchronous read has not waited for
     std::chrono::milliseconds m_readLimit = kReadLimit;
     std::chrono::milliseconds m_endLimit = kEndLimit;
 };

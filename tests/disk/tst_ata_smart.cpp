@@ -209,6 +209,23 @@ private Q_SLOTS:
         machine.smart.readSynchronously(false);
         QCOMPARE(machine.drives.requests(), requests + 3);
     }
+
+    /// Each poll would hold the service up for the whole limit otherwise.
+    void driveGivenUpOnceIsNotWaitedForAsLong()
+    {
+        TwoDrives machine;
+        machine.smart.startReaders();
+        QVERIFY(machine.finished.wait());
+        machine.drives.stall(physicalDrivePath(0), Stall::UntilCancelled);
+        for (const auto limit : {std::chrono::milliseconds(30), std::chrono::milliseconds(kAgeLong)}) {
+            machine.smart.setTimeLimits(limit, kAgeLong);
+            machine.smart.readSynchronously(false);
+        }
+        machine.drives.stall(physicalDrivePath(0), Stall::No);
+        machine.drives.add(physicalDrivePath(0), kAttributeCurrent, 77);
+        machine.smart.readSynchronously(false);
+        QCOMPARE(machine.smart.devices().at(0).attributes.at(0).current, 77U);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestAtaSmart)
