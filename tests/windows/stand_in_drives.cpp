@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr int kPatienceMs = 60000;
+
 const QString kDriver = QStringLiteral("HalvexStandIn");
 
 QString filePath(unsigned number)
@@ -23,7 +25,7 @@ bool runs(const QString &program, const QStringList &arguments)
 {
     QProcess process;
     process.start(program, arguments);
-    return process.waitForFinished() && process.exitStatus() == QProcess::NormalExit &&
+    return process.waitForFinished(kPatienceMs) && process.exitStatus() == QProcess::NormalExit &&
            process.exitCode() == 0;
 }
 

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "protocol/scrambling.h"
 #include "windows/service_installation.h"
 
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -75,6 +78,29 @@ private Q_SLOTS:
         QCOMPARE(outcome.complaint, QByteArray()); // it has stopped, or there would be a warning
         QVERIFY(service.run({QStringLiteral("-version")}).output.endsWith("and not running\n\n"));
         QVERIFY(service.serve()); // once more
+    }
+
+    /// Wine lets the system below take part.
+    void servesOtherMachines()
+    {
+        const QString shell = QStringLiteral("Z:/bin/bash");
+        if (!QFile::exists(shell))
+            QSKIP("there is no other system here");
+        ServiceInstallation service;
+        QVERIFY(service.install());
+        QVERIFY(service.serve());
+        QTemporaryDir folder;
+        const QString line = folder.filePath(QStringLiteral("line"));
+        QVERIFY(QProcess::startDetached(
+            shell, {QStringLiteral("-c"),
+                    QStringLiteral("exec 3<>/dev/tcp/127.0.0.1/%1; head -n 1 <&3 >\"$WINEPREFIX/drive_c/%2\"")
+                        .arg(service.port())
+                        .arg(line.mid(3))}));
+        const auto greeting = [&line] {
+            QFile file(line);
+            return file.open(QIODevice::ReadOnly) ? unscramble(file.readAll().trimmed()) : QString();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(greeting().startsWith(QLatin1String("VER]![")), 60000);
     }
 
     void pauses()
