@@ -8,6 +8,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <atomic>
+#include <thread>
+
 namespace {
 
 bool isWindows()
@@ -106,6 +109,30 @@ private Q_SLOTS:
         store.writeSettings({});
         // Whoever has the old file open still has all of it: nothing was written over it.
         QCOMPARE(old.readAll(), QByteArray("the old file"));
+        QFile written(path());
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        QCOMPARE(written.readAll(), settingsFileText(m_settings, {}, offset));
+    }
+
+    void fileIsWrittenWhenItsReaderIsDone()
+    {
+        putFile("the old file");
+        QFile old(path());
+        QVERIFY(old.open(QIODevice::ReadOnly));
+        SettingsStore store(m_settings, *m_key, offset);
+        store.readSettings();
+        std::atomic<bool> isOver{false};
+        std::thread reader([&] {
+            const auto files = [this] { return QDir(m_home->path()).entryList(QDir::Files).size(); };
+            while (!isOver && files() < 2) { // the new one appears ...
+            }
+            while (!isOver && files() > 1) { // ... and where it is refused, it goes again
+            }
+            old.close();
+        });
+        store.writeSettings({});
+        isOver = true;
+        reader.join();
         QFile written(path());
         QVERIFY(written.open(QIODevice::ReadOnly));
         QCOMPARE(written.readAll(), settingsFileText(m_settings, {}, offset));
