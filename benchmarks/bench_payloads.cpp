@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "protocol/payloads.h"
 
+#include <QStringList>
+
 #include <benchmark/benchmark.h>
 
 namespace {
@@ -28,6 +30,38 @@ void allSmart(benchmark::State &state)
         benchmark::DoNotOptimize(payload::allSmart(devices));
 }
 
+/// The same text made the short way.
+QString filledPlaceholders(const DeviceList &devices)
+{
+    QStringList items;
+    for (int i = 0; i < devices.size(); ++i) {
+        for (const AttributeEntry &attribute : devices[i].attributes) {
+            items += QStringLiteral("%1~;%2~;%3~;%4~;%5~;%6~;%7~;%8~;%9~;%10")
+                         .arg(i)
+                         .arg(attribute.id)
+                         .arg(attribute.flags)
+                         .arg(attribute.notPrefailure)
+                         .arg(attribute.flagBit2)
+                         .arg(attribute.reserved)
+                         .arg(attribute.current)
+                         .arg(attribute.raw)
+                         .arg(attribute.worst)
+                         .arg(attribute.threshold);
+        }
+    }
+    return items.join(QStringLiteral("]~["));
+}
+
+void allSmartByPlaceholders(benchmark::State &state)
+{
+    const DeviceList devices = largeMachine();
+    if (filledPlaceholders(devices) != payload::allSmart(devices))
+        state.SkipWithError("the texts differ");
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(filledPlaceholders(devices));
+}
+
 } // namespace
 
 BENCHMARK(allSmart)->Unit(benchmark::kMicrosecond);
+BENCHMARK(allSmartByPlaceholders)->Unit(benchmark::kMicrosecond);
