@@ -13,6 +13,7 @@ declare -A packages=(
     [test]="ccache exim4-daemon-light mandoc"
     [benchmark]="libbenchmark-dev xxd"
     [lint]="git clang-format clang-tidy"
+    [mutate]="python3"
     [fuzz]="clang libclang-rt-14-dev llvm"
     [qt-source]="qtbase5-dev-tools dpkg-dev patch make perl"
     [windows]="g++-mingw-w64-x86-64-posix wine wine64 nsis"
