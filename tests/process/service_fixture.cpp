@@ -153,13 +153,36 @@ int ServiceFixture::stop()
     return m_process.exitCode();
 }
 
-bool ServiceFixture::control(const QString &option)
+/// The option tells nobody whether the service has heard it: just started, it may not listen yet.
+void ServiceFixture::control(const QString &option)
 {
     QProcess program;
     program.setProcessEnvironment(m_environment);
     program.start(QStringLiteral(HALVEX_SERVICE_PROGRAM), {option});
-    return program.waitForFinished(kPatienceMs) && program.exitStatus() == QProcess::NormalExit &&
-           program.exitCode() == 0;
+    program.waitForFinished(kPatienceMs);
+}
+
+bool ServiceFixture::isPaused() const
+{
+    return RawConsole(m_port).readLine() == QLatin1String("PAUSED");
+}
+
+bool ServiceFixture::pause()
+{
+    const auto isDone = [this] {
+        control(QStringLiteral("-pause"));
+        return isPaused();
+    };
+    return QTest::qWaitFor(isDone, kPatienceMs);
+}
+
+bool ServiceFixture::resume()
+{
+    const auto isDone = [this] {
+        control(QStringLiteral("-resume"));
+        return !isPaused();
+    };
+    return QTest::qWaitFor(isDone, kPatienceMs);
 }
 
 QStringList ServiceFixture::eventTexts() const

@@ -69,8 +69,9 @@ public:
     /// Asks politely; the exit code, or -1 when the program did not end by itself in time.
     [[nodiscard]] int stop();
 
-    /// Runs the program with `option`, such as -pause, and waits until that has been done.
-    [[nodiscard]] bool control(const QString &option);
+    /// Pauses the service, or lets it go on, by the program's own option, and waits until a console sees it.
+    [[nodiscard]] bool pause();
+    [[nodiscard]] bool resume();
 
     /// The texts of the events written so far, in order.
     [[nodiscard]] QStringList eventTexts() const;
@@ -78,6 +79,8 @@ public:
     [[nodiscard]] QByteArray output();
 
 private:
+    void control(const QString &option);
+    [[nodiscard]] bool isPaused() const;
     [[nodiscard]] quint16 reportedPort() const;
 
     QTemporaryDir m_directory;

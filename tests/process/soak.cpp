@@ -233,9 +233,9 @@ void Soak::detect()
 void Soak::pause()
 {
     m_arena.begin(Pause);
-    Q_UNUSED(isFine(m_service.control(QStringLiteral("-pause")), "the service does not pause"));
+    Q_UNUSED(isFine(m_service.pause(), "the service does not pause"));
     QTest::qWait(random(0, 500));
-    Q_UNUSED(isFine(m_service.control(QStringLiteral("-resume")), "the service does not go on"));
+    Q_UNUSED(isFine(m_service.resume(), "the service does not go on"));
     Q_UNUSED(isFine(m_service.waitUntilReady(), "the service is still paused"));
     m_arena.end(Pause);
 }
@@ -316,9 +316,12 @@ void Soak::checkHoldings()
     };
     constexpr int kLeewayKilobytes = 4096; // of the allocator
     const Holdings &last = m_samples.back();
-    for (const Holdings &holdings : {m_samples.front(), last})
-        std::printf("soak: at rest %d descriptors, %d threads, %d kB\n", holdings.descriptors,
-                    holdings.threads, holdings.residentKilobytes);
+    constexpr std::size_t kShown = 10;
+    for (std::size_t i = 0; i < m_samples.size(); i += m_samples.size() / kShown + 1)
+        std::printf("soak: at rest %d descriptors, %d threads, %d kB\n", m_samples[i].descriptors,
+                    m_samples[i].threads, m_samples[i].residentKilobytes);
+    std::printf("soak: at the end %d descriptors, %d threads, %d kB\n", last.descriptors, last.threads,
+                last.residentKilobytes);
     Q_UNUSED(isFine(last.descriptors <= most(&Holdings::descriptors), "descriptors have leaked"));
     Q_UNUSED(isFine(last.threads <= most(&Holdings::threads), "threads have leaked"));
     const int memory = most(&Holdings::residentKilobytes);

@@ -285,7 +285,7 @@ private Q_SLOTS:
         ServiceFixture service;
         service.writeMachine({{QStringLiteral("drives"), QJsonArray()}});
         QVERIFY2(service.serve(), service.output());
-        QVERIFY(service.control(QStringLiteral("-pause")));
+        QVERIFY(service.pause());
         const Outcome outcome = runConsole(service, words(QStringLiteral("status")));
         QCOMPARE(outcome.exitCode, 2);
         QVERIFY2(outcome.complaint.contains("paused"), outcome.complaint);

@@ -82,8 +82,8 @@ private:
 
     bool waitForEnd() { return m_console->waitForEnd(); }
     bool waitForDetection() { return m_service.waitUntilReady(); }
-    bool pause() { return m_service.control(QStringLiteral("-pause")); }
-    bool resume() { return m_service.control(QStringLiteral("-resume")); }
+    bool pause() { return m_service.pause(); }
+    bool resume() { return m_service.resume(); }
 
     bool waitForScan()
     {
