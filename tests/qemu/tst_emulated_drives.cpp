@@ -15,7 +15,7 @@ namespace {
 constexpr quint16 kServicePort = 5000;
 constexpr qint64 kDriveSize = 64LL * 1024 * 1024;
 constexpr int kLastSector = int(kDriveSize / 512) - 1;
-constexpr int kPatienceMs = 120000;
+constexpr int kPatienceMs = 300000; // longer than halvexctl waits for one answer
 
 /// What each drive is made of, by the name of its image.
 const QStringList kDrives{"alpha", "beta", "gamma", "stick"};
@@ -106,7 +106,7 @@ private Q_SLOTS:
             "QT_LOGGING_RULES='halvex.*=true' halvex-monitor-service >>/tmp/service.log 2>&1 & service=$!");
         QVERIFY(m_machine.waitFor("grep -q 'Collection info finished' /tmp/service.log"));
         console("intervals 100h 100h"); // nothing but what a test asks for moves a drive
-        QCOMPARE(console("detect --wait 60").object().value("drives").toInt(), kDrives.size());
+        QCOMPARE(console("detect --wait 120").object().value("drives").toInt(), kDrives.size());
     }
 
     void cleanupTestCase()
@@ -235,14 +235,14 @@ private Q_SLOTS:
     {
         const QByteArray reader = "drive_reader " + node("GAMMA");
         QCOMPARE(m_machine.run(reader + " disable").exitCode, 0);
-        console("detect --wait 60");
+        console("detect --wait 120");
         const QJsonObject gamma = drive("GAMMA");
         const QByteArray log = m_machine.run("cat /tmp/service.log").output;
         QCOMPARE(m_machine.run(reader + " enable").exitCode, 0);
         QCOMPARE(gamma.value("smartState").toInt(), -1);
         QCOMPARE(gamma.value("serial").toString(), "SN-GAMMA-3");
         QVERIFY2(log.contains("has no S.M.A.R.T. data to give"), log);
-        console("detect --wait 60");
+        console("detect --wait 120");
         QCOMPARE(drive("GAMMA").value("attributeCount").toInt(), 7);
     }
 
@@ -272,7 +272,7 @@ private Q_SLOTS:
         QVERIFY(m_machine.pull("stick"));
 
         m_machine.run("halvex-monitor-service -command 1");
-        QTRY_COMPARE_WITH_TIMEOUT(console("status --wait 60").object().value("drives").toArray().size(), 2,
+        QTRY_COMPARE_WITH_TIMEOUT(console("status --wait 120").object().value("drives").toArray().size(), 2,
                                   kPatienceMs);
         QCOMPARE(drive("ALPHA").value("attributeCount").toInt(), 7);
         QVERIFY(drive("GAMMA").isEmpty());
@@ -281,7 +281,7 @@ private Q_SLOTS:
     void goesOnWithoutDrives()
     {
         m_machine.run("for drive in /sys/block/sd*; do echo 1 >$drive/device/delete; done");
-        QCOMPARE(console("detect --wait 60").object().value("drives").toInt(-1), 0);
+        QCOMPARE(console("detect --wait 120").object().value("drives").toInt(-1), 0);
         QCOMPARE(console("status").object().value("drives").toArray().size(), 0);
     }
 
@@ -290,7 +290,7 @@ private:
     QJsonDocument console(const QString &arguments)
     {
         QProcess program;
-        program.start(HALVEX_CONSOLE_PROGRAM, QString("--host 127.0.0.1 --port %1 --timeout 60 --json %2")
+        program.start(HALVEX_CONSOLE_PROGRAM, QString("--host 127.0.0.1 --port %1 --timeout 120 --json %2")
                                                   .arg(m_machine.port())
                                                   .arg(arguments)
                                                   .split(' '));
