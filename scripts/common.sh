@@ -6,6 +6,8 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 jobs=${JOBS:-$(nproc)}
 # What is slow to make is kept here, under names that carry their recipe's hash.
 cache=${HALVEX_CACHE:-$HOME/.cache/halvex}
+# One clone takes what another has compiled: paths below the root count as relative.
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 
 # Debian 12's names. Nothing else in the tree names a package to be installed.
 declare -A packages=(

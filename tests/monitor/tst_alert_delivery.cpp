@@ -4,6 +4,7 @@
 
 #include "monitor/smtp_sender.h"
 #include "platform/event_log.h"
+#include "rows.h"
 
 #include <QHostInfo>
 #include <QTcpServer>
@@ -34,95 +35,89 @@ class TestAlertDelivery : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void channels_data();
-    void channels();
-    void eventContents_data();
-    void eventContents();
-    void busySenderLosesTheMail();
+    void channels_data()
+    {
+        QTest::addColumn<int>("alertLevel");
+        QTest::addColumn<bool>("logSysEvLog");
+        QTest::addColumn<bool>("emailNotify");
+        QTest::addColumn<int>("events");
+        QTest::addColumn<bool>("mail");
+        row("nothing evaluated", 0, true, true, 0, false);
+        row("fine", 1, true, true, 0, false);
+        row("event alone", 2, true, false, 1, false);
+        row("mail alone", 2, false, true, 0, true);
+        row("both", 3, true, true, 1, true);
+        row("none", 3, false, false, 0, false);
+    }
+
+    void channels()
+    {
+        QFETCH(int, alertLevel);
+        Settings settings;
+        QFETCH(bool, logSysEvLog);
+        QFETCH(bool, emailNotify);
+        settings.logSysEvLog = logSysEvLog;
+        settings.emailNotify = emailNotify;
+        EventList log;
+        smtp_sender sender;
+        deliverAlert(alert(alertLevel), settings, log, sender);
+        QTEST(log.events.size(), "events");
+        QTEST(sender.isBusy(), "mail");
+    }
+
+    void eventContents_data()
+    {
+        QTest::addColumn<int>("alertLevel");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("id");
+        row("warning", 2, 2, 2);
+        row("critical", 3, 1, 3);
+    }
+
+    void eventContents()
+    {
+        QFETCH(int, alertLevel);
+        Settings settings;
+        settings.logSysEvLog = true;
+        EventList log;
+        smtp_sender sender;
+        deliverAlert(alert(alertLevel), settings, log, sender);
+        QCOMPARE(log.events.size(), 1);
+        const Event &event = log.events.first();
+        QCOMPARE(event.source, QStringLiteral("Halvex"));
+        QTEST(int(event.type), "type");
+        QTEST(int(event.id), "id");
+        QCOMPARE(event.category, quint16(0));
+        QCOMPARE(event.text, QStringLiteral("ID: 0 WDC\n   Parameter ID 5=10"));
+    }
+
+    void busySenderLosesTheMail()
+    {
+        QTcpServer silentServer;
+        QVERIFY(silentServer.listen(QHostAddress::LocalHost));
+        QSignalSpy connections(&silentServer, &QTcpServer::newConnection);
+        Settings settings;
+        settings.logSysEvLog = true;
+        settings.emailNotify = true;
+        settings.smtpServer = QStringLiteral("127.0.0.1");
+        settings.smtpPort = silentServer.serverPort();
+        EventList log;
+        smtp_sender sender;
+
+        deliverAlert(alert(2), settings, log, sender);
+        QVERIFY(connections.wait());
+        deliverAlert(alert(3), settings, log, sender);
+        QCOMPARE(log.events.size(), 2);
+        QVERIFY(!startTestMail(sender, QStringLiteral("25~;0~;a~;b~;127.0.0.1~;d~;e~;f~;g")));
+
+        // The first mail's connection goes on; no second one is made once the sender is free.
+        QSignalSpy ended(&sender, &smtp_sender::smtpSenderError);
+        silentServer.nextPendingConnection()->abort();
+        QVERIFY(ended.wait());
+        QVERIFY(!sender.isBusy());
+        QCOMPARE(connections.count(), 1);
+    }
 };
-
-void TestAlertDelivery::channels_data()
-{
-    QTest::addColumn<int>("alertLevel");
-    QTest::addColumn<bool>("logSysEvLog");
-    QTest::addColumn<bool>("emailNotify");
-    QTest::addColumn<int>("events");
-    QTest::addColumn<bool>("mail");
-    QTest::newRow("nothing evaluated") << 0 << true << true << 0 << false;
-    QTest::newRow("fine") << 1 << true << true << 0 << false;
-    QTest::newRow("event alone") << 2 << true << false << 1 << false;
-    QTest::newRow("mail alone") << 2 << false << true << 0 << true;
-    QTest::newRow("both") << 3 << true << true << 1 << true;
-    QTest::newRow("none") << 3 << false << false << 0 << false;
-}
-
-void TestAlertDelivery::channels()
-{
-    QFETCH(int, alertLevel);
-    Settings settings;
-    QFETCH(bool, logSysEvLog);
-    QFETCH(bool, emailNotify);
-    settings.logSysEvLog = logSysEvLog;
-    settings.emailNotify = emailNotify;
-    EventList log;
-    smtp_sender sender;
-    deliverAlert(alert(alertLevel), settings, log, sender);
-    QTEST(log.events.size(), "events");
-    QTEST(sender.isBusy(), "mail");
-}
-
-void TestAlertDelivery::eventContents_data()
-{
-    QTest::addColumn<int>("alertLevel");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("id");
-    QTest::newRow("warning") << 2 << 2 << 2;
-    QTest::newRow("critical") << 3 << 1 << 3;
-}
-
-void TestAlertDelivery::eventContents()
-{
-    QFETCH(int, alertLevel);
-    Settings settings;
-    settings.logSysEvLog = true;
-    EventList log;
-    smtp_sender sender;
-    deliverAlert(alert(alertLevel), settings, log, sender);
-    QCOMPARE(log.events.size(), 1);
-    const Event &event = log.events.first();
-    QCOMPARE(event.source, QStringLiteral("Halvex"));
-    QTEST(int(event.type), "type");
-    QTEST(int(event.id), "id");
-    QCOMPARE(event.category, quint16(0));
-    QCOMPARE(event.text, QStringLiteral("ID: 0 WDC\n   Parameter ID 5=10"));
-}
-
-void TestAlertDelivery::busySenderLosesTheMail()
-{
-    QTcpServer silentServer;
-    QVERIFY(silentServer.listen(QHostAddress::LocalHost));
-    QSignalSpy connections(&silentServer, &QTcpServer::newConnection);
-    Settings settings;
-    settings.logSysEvLog = true;
-    settings.emailNotify = true;
-    settings.smtpServer = QStringLiteral("127.0.0.1");
-    settings.smtpPort = silentServer.serverPort();
-    EventList log;
-    smtp_sender sender;
-
-    deliverAlert(alert(2), settings, log, sender);
-    QVERIFY(connections.wait());
-    deliverAlert(alert(3), settings, log, sender);
-    QCOMPARE(log.events.size(), 2);
-    QVERIFY(!startTestMail(sender, QStringLiteral("25~;0~;a~;b~;127.0.0.1~;d~;e~;f~;g")));
-
-    // The first mail's connection goes on; no second one is made once the sender is free.
-    QSignalSpy ended(&sender, &smtp_sender::smtpSenderError);
-    silentServer.nextPendingConnection()->abort();
-    QVERIFY(ended.wait());
-    QVERIFY(!sender.isBusy());
-    QCOMPARE(connections.count(), 1);
-}
 
 QTEST_GUILESS_MAIN(TestAlertDelivery)
 #include "tst_alert_delivery.moc"
