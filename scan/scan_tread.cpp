@@ -81,7 +81,12 @@ void scan_tread::cancelRead()
 std::optional<ScanProgress> scan_tread::progress() const
 {
     const QMutexLocker lock(&m_progressMutex);
-    return m_progress;
+    std::optional<ScanProgress> progress = m_progress;
+    // Sharing ends before the lock does: Qt lets the worker write as soon as the reader has let go,
+    // unordered.
+    if (progress && isRunning())
+        progress->badRanges.detach();
+    return progress;
 }
 
 ScanTotals scan_tread::totals() const
