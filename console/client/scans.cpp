@@ -62,12 +62,18 @@ QVector<int> digitPairs(const QString &digits, int pairs)
     return numbers.size() == pairs ? numbers : QVector<int>();
 }
 
+ScheduleKind kindOf(qint32 number)
+{
+    const bool isKnown = number >= 0 && number < qint32(ScheduleKind::Unknown);
+    return isKnown ? ScheduleKind(number) : ScheduleKind::Unknown;
+}
+
 std::optional<ScheduleEntry> scheduleItem(const QString &item)
 {
     FieldReader fields(item.split(QStringLiteral("~;")));
     ScheduleEntry entry;
     entry.drive = fields.number<qint32>(0);
-    entry.kind = ScheduleKind(fields.number<qint32>(0, 3));
+    entry.kind = kindOf(fields.number<qint32>());
     entry.weekday = fields.number<qint32>();
     const QString date = fields.text();
     const QString time = fields.text();

@@ -43,7 +43,8 @@ struct ScanStatus
 
 [[nodiscard]] std::optional<QVector<ScanStatus>> parseScanStatus(const QString &reply);
 
-enum class ScheduleKind { None = 0, Once = 1, Daily = 2, Weekly = 3 };
+/// The service keeps a number that is no kind, and never acts on it.
+enum class ScheduleKind { None = 0, Once = 1, Daily = 2, Weekly = 3, Unknown };
 
 struct ScheduleEntry
 {

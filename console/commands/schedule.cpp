@@ -35,8 +35,10 @@ QString kindWord(ScheduleKind kind)
         return QStringLiteral("daily");
     case ScheduleKind::Weekly:
         return QStringLiteral("weekly");
+    case ScheduleKind::Unknown:
+        break;
     }
-    return {};
+    return QStringLiteral("unknown");
 }
 
 /// What a person would call the moment; "never" when the service holds one that cannot come.
@@ -45,6 +47,8 @@ QString entryText(const ScheduleEntry &entry)
     const QString never = QStringLiteral("never: the stored moment does not exist");
     if (entry.kind == ScheduleKind::None)
         return QStringLiteral("no scan scheduled");
+    if (entry.kind == ScheduleKind::Unknown)
+        return QStringLiteral("never: the stored kind of schedule does not exist");
     if (!entry.time.isValid())
         return never;
     const QString time = entry.time.toString(kTimeForm);

@@ -147,16 +147,17 @@ private Q_SLOTS:
 
     void schedule()
     {
-        const auto list = client::parseSchedule(
-            QStringLiteral("SCANSCHED]![0~;3~;6~;261115~;033000]![1~;0~;0~;~;]![2~;1~;0~;260230~;000000"));
+        const auto list = client::parseSchedule(QStringLiteral(
+            "SCANSCHED]![0~;3~;6~;261115~;033000]![1~;0~;0~;~;]![2~;1~;0~;260230~;000000]![3~;4~;0~;~;"));
         QVERIFY(list);
-        QCOMPARE(list->size(), 3);
+        QCOMPARE(list->size(), 4);
         QCOMPARE(list->first().kind, client::ScheduleKind::Weekly);
         QCOMPARE(list->first().weekday, 6);
         QCOMPARE(list->first().date, QDate(2026, 11, 15));
         QCOMPARE(list->first().time, QTime(3, 30));
         QVERIFY(!list->at(1).time.isValid());
         QVERIFY(!list->at(2).date.isValid()); // the 30th of February
+        QCOMPARE(list->at(3).kind, client::ScheduleKind::Unknown);
         QVERIFY(client::parseSchedule(QStringLiteral("SCANSCHED"))->isEmpty());
     }
 
@@ -222,7 +223,6 @@ private Q_SLOTS:
         row("scan: range backwards", client::parseScanStatus,
             QStringLiteral("STATSCAN]![0;0;0;0;0;261115003607;9-1"));
         row("scan: 13th month", client::parseScanStatus, QStringLiteral("STATSCAN]![0;0;0;0;0;261315003607"));
-        row("schedule: kind 4", client::parseSchedule, QStringLiteral("SCANSCHED]![0~;4~;0~;261115~;033000"));
         row("schedule: short date", client::parseSchedule,
             QStringLiteral("SCANSCHED]![0~;1~;0~;26111~;033000"));
         row("history: half a record", client::parseHistory, QStringLiteral("STATD]![abcd"));
