@@ -24,7 +24,7 @@ QString replaceFile(const QString &path, const QByteArray &bytes, QFileDevice::P
             file.setPermissions(permissions);
         // commit() flushes as well, but it would put the new file in place after a flush that failed.
         if (file.write(bytes) != bytes.size() || !file.flush()) {
-            const QString reason = file.errorString();
+            QString reason = file.errorString();
             file.cancelWriting();
             return reason;
         }
