@@ -5,6 +5,7 @@
 #include "protocol/scrambling.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QRegularExpression>
@@ -33,7 +34,7 @@ void writeJson(const QString &path, const QJsonObject &object)
 
 RawConsole::RawConsole(quint16 port)
 {
-    m_socket.connectToHost(QStringLiteral("127.0.0.1"), port);
+    m_socket.connectToHost("127.0.0.1", port);
     m_socket.waitForConnected(kPatienceMs);
 }
 
@@ -80,11 +81,12 @@ bool RawConsole::waitForEnd()
 ServiceFixture::ServiceFixture()
     : m_environment(QProcessEnvironment::systemEnvironment())
 {
-    m_environment.insert(QStringLiteral("HALVEX_HOME"), home());
-    m_environment.insert(QStringLiteral("HALVEX_MACHINE"), path(QStringLiteral("machine.json")));
-    m_key.insert(QStringLiteral("ImagePath"), path(QStringLiteral("halvex-monitor-service")));
-    m_key.insert(QStringLiteral("Port"), 0); // any free one
+    m_environment.insert("HALVEX_HOME", home());
+    m_environment.insert("HALVEX_MACHINE", path("machine.json"));
+    m_key.insert("ImagePath", path("halvex-monitor-service"));
+    m_key.insert("Port", 0); // any free one
     m_process.setProcessChannelMode(QProcess::MergedChannels);
+    QFile::link(HALVEX_DRIVES_FIXTURE, path("drives"));
 }
 
 ServiceFixture::~ServiceFixture()
@@ -95,32 +97,18 @@ ServiceFixture::~ServiceFixture()
     }
 }
 
-QProcessEnvironment ServiceFixture::environment() const
-{
-    return m_environment;
-}
-
 void ServiceFixture::writeMachine(QJsonObject machine)
 {
-    machine.insert(QStringLiteral("eventLog"), QStringLiteral("events.jsonl"));
-    writeJson(path(QStringLiteral("machine.json")), machine);
-}
-
-void ServiceFixture::setKeyValue(const QString &name, const QJsonValue &value)
-{
-    m_key.insert(name, value);
-}
-
-void ServiceFixture::setVariable(const QString &name, const QString &value)
-{
-    m_environment.insert(name, value);
+    machine.insert("eventLog", "events.jsonl");
+    writeJson(path("machine.json"), machine);
 }
 
 bool ServiceFixture::start(const QStringList &arguments)
 {
-    if (!QFile::exists(path(QStringLiteral("service-key.json"))))
-        writeJson(path(QStringLiteral("service-key.json")), m_key);
-    QFile::remove(path(QStringLiteral("events.jsonl")));
+    if (!QFile::exists(path("service-key.json")))
+        writeJson(path("service-key.json"), m_key);
+    QFile::remove(path("events.jsonl"));
+    m_console.reset();
     m_process.setProcessEnvironment(m_environment);
     m_process.start(QStringLiteral(HALVEX_SERVICE_PROGRAM), arguments);
     if (!m_process.waitForStarted(kPatienceMs))
@@ -136,13 +124,27 @@ bool ServiceFixture::start(const QStringList &arguments)
 
 bool ServiceFixture::waitUntilReady()
 {
-    return QTest::qWaitFor(
-        [this] { return RawConsole(m_port).readLine().startsWith(QLatin1String("VER]![")); }, kPatienceMs);
+    return QTest::qWaitFor([this] { return firstLine().startsWith("VER]!["); }, kPatienceMs);
 }
 
 bool ServiceFixture::serve()
 {
     return start() && waitUntilReady();
+}
+
+QString ServiceFixture::ask(const QString &request)
+{
+    if (!m_console) {
+        m_console = std::make_unique<RawConsole>(m_port);
+        m_console->readLine();
+    }
+    return m_console->ask(request);
+}
+
+int ServiceFixture::descriptors() const
+{
+    const QDir directory(QString("/proc/%1/fd").arg(m_process.processId()));
+    return int(directory.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size());
 }
 
 int ServiceFixture::stop()
@@ -154,51 +156,33 @@ int ServiceFixture::stop()
 }
 
 /// The option tells nobody whether the service has heard it: just started, it may not listen yet.
-void ServiceFixture::control(const QString &option)
+bool ServiceFixture::control(const QString &option, bool pauses)
 {
-    QProcess program;
-    program.setProcessEnvironment(m_environment);
-    program.start(QStringLiteral(HALVEX_SERVICE_PROGRAM), {option});
-    program.waitForFinished(kPatienceMs);
-}
-
-bool ServiceFixture::isPaused() const
-{
-    return RawConsole(m_port).readLine() == QLatin1String("PAUSED");
-}
-
-bool ServiceFixture::pause()
-{
-    const auto isDone = [this] {
-        control(QStringLiteral("-pause"));
-        return isPaused();
-    };
-    return QTest::qWaitFor(isDone, kPatienceMs);
-}
-
-bool ServiceFixture::resume()
-{
-    const auto isDone = [this] {
-        control(QStringLiteral("-resume"));
-        return !isPaused();
+    const auto isDone = [&] {
+        QProcess program;
+        program.setProcessEnvironment(m_environment);
+        program.start(HALVEX_SERVICE_PROGRAM, {option});
+        program.waitForFinished(kPatienceMs);
+        const QString line = firstLine();
+        return !line.isNull() && (line == "PAUSED") == pauses;
     };
     return QTest::qWaitFor(isDone, kPatienceMs);
 }
 
 QStringList ServiceFixture::eventTexts() const
 {
-    QFile file(path(QStringLiteral("events.jsonl")));
+    QFile file(path("events.jsonl"));
     QStringList texts;
     if (!file.open(QIODevice::ReadOnly))
         return texts;
     while (!file.atEnd())
-        texts << QJsonDocument::fromJson(file.readLine()).object().value(QLatin1String("text")).toString();
+        texts << QJsonDocument::fromJson(file.readLine()).object().value("text").toString();
     return texts;
 }
 
 quint16 ServiceFixture::reportedPort() const
 {
-    static const QRegularExpression expression(QStringLiteral("^Binding to port: (\\d+)\\."));
+    static const QRegularExpression expression("^Binding to port: (\\d+)\\.");
     for (const QString &text : eventTexts()) {
         const QRegularExpressionMatch match = expression.match(text);
         if (match.hasMatch())
@@ -213,13 +197,10 @@ QByteArray ServiceFixture::output()
     return m_output;
 }
 
-QJsonObject realDrive(int number, const QString &dumpName)
+QJsonObject json(const QByteArray &text)
 {
-    return {{QStringLiteral("number"), number},
-            {QStringLiteral("dump"), drivesFixturePath() + QLatin1Char('/') + dumpName}};
-}
-
-QString drivesFixturePath()
-{
-    return QStringLiteral(HALVEX_DRIVES_FIXTURE);
+    const QJsonDocument document = QJsonDocument::fromJson(text);
+    if (!document.isObject())
+        qFatal("no JSON object: %s", text.constData());
+    return document.object();
 }

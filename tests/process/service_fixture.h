@@ -11,6 +11,8 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 
+#include <memory>
+
 /// A console that speaks the bare protocol: scrambles, unscrambles and waits for lines.
 class RawConsole
 {
@@ -25,7 +27,7 @@ public:
     void send(const QString &text);
 
     /// The next line's text; null when none comes in time or the connection ends.
-    [[nodiscard]] QString readLine();
+    QString readLine();
     QString ask(const QString &text);
 
     /// Whether the service closes the connection in time.
@@ -50,14 +52,14 @@ public:
     [[nodiscard]] quint16 port() const { return m_port; }
     [[nodiscard]] QProcess &process() { return m_process; }
     /// The environment that makes a program meet this service: HALVEX_HOME and HALVEX_MACHINE.
-    [[nodiscard]] QProcessEnvironment environment() const;
+    [[nodiscard]] QProcessEnvironment environment() const { return m_environment; }
 
     /// Writes the machine file whole; the event log's key is added. The service sees the change at its next
     /// request.
     void writeMachine(QJsonObject machine);
     /// Puts a value into the service's key; before start().
-    void setKeyValue(const QString &name, const QJsonValue &value);
-    void setVariable(const QString &name, const QString &value);
+    void setKeyValue(const QString &name, const QJsonValue &value) { m_key.insert(name, value); }
+    void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
 
     /// Starts the program and waits until it has reported its port.
     [[nodiscard]] bool start(const QStringList &arguments = {QStringLiteral("-exec")});
@@ -65,13 +67,18 @@ public:
     [[nodiscard]] bool waitUntilReady();
     /// start() and waitUntilReady().
     [[nodiscard]] bool serve();
+    /// The reply to a console that stays connected from the first question on.
+    QString ask(const QString &request);
+    /// What a console that connects now is told first.
+    [[nodiscard]] QString firstLine() const { return RawConsole(m_port).readLine(); }
+    [[nodiscard]] int descriptors() const;
 
     /// Asks politely; the exit code, or -1 when the program did not end by itself in time.
     [[nodiscard]] int stop();
 
     /// Pauses the service, or lets it go on, by the program's own option, and waits until a console sees it.
-    [[nodiscard]] bool pause();
-    [[nodiscard]] bool resume();
+    [[nodiscard]] bool pause() { return control(QStringLiteral("-pause"), true); }
+    [[nodiscard]] bool resume() { return control(QStringLiteral("-resume"), false); }
 
     /// The texts of the events written so far, in order.
     [[nodiscard]] QStringList eventTexts() const;
@@ -79,8 +86,7 @@ public:
     [[nodiscard]] QByteArray output();
 
 private:
-    void control(const QString &option);
-    [[nodiscard]] bool isPaused() const;
+    [[nodiscard]] bool control(const QString &option, bool pauses);
     [[nodiscard]] quint16 reportedPort() const;
 
     QTemporaryDir m_directory;
@@ -88,9 +94,9 @@ private:
     QProcessEnvironment m_environment;
     QProcess m_process;
     QByteArray m_output;
+    std::unique_ptr<RawConsole> m_console;
     quint16 m_port = 0;
 };
 
-/// A drive of the machine file: the real drive whose data lie in tests/fixtures/drives/.
-[[nodiscard]] QJsonObject realDrive(int number, const QString &dumpName);
-[[nodiscard]] QString drivesFixturePath();
+/// The object that a text describes, most often a machine. Dumps of real drives lie in "drives/".
+[[nodiscard]] QJsonObject json(const QByteArray &text);

@@ -21,12 +21,12 @@ constexpr char kInsideVariable[] = "HALVEX_TEST_OWN_MOUNTS";
 /// SET's items with `mark` in its long texts. Port and intervals stay as they are.
 QString settingsCommand(const QString &mark)
 {
-    return QStringLiteral("SET]![0~;180000~;300000~;1~;0~;0~;%1~;%1~;%1~;~;0~;~;~;25~;55~;65~;~;").arg(mark);
+    return QString("SET]![0~;180000~;300000~;1~;0~;0~;%1~;%1~;%1~;~;0~;~;~;25~;55~;65~;~;").arg(mark);
 }
 
 QString markOf(const ServiceFixture &service)
 {
-    return RawConsole(service.port()).readLine().split(QStringLiteral("]![")).value(10);
+    return service.firstLine().split("]![").value(10);
 }
 
 } // namespace
@@ -39,37 +39,30 @@ class TestFullDisk : public QObject
 private Q_SLOTS:
     void oldSettingsStayUntilThereIsRoom()
     {
-        const QString before(5000, QLatin1Char('a'));
-        const QString after(5000, QLatin1Char('b'));
+        const QString before(5000, 'a');
+        const QString after(5000, 'b');
         ServiceFixture service;
         QVERIFY2(::mount("tmpfs", service.home().toLocal8Bit().constData(), "tmpfs", 0, "size=512k") == 0,
                  std::strerror(errno));
-        service.writeMachine(
-            {{QStringLiteral("drives"), QJsonArray{realDrive(0, QStringLiteral("st500nm0011.json"))}}});
+        service.writeMachine(json(R"({"drives": [{"number": 0}]})"));
         QVERIFY2(service.serve(), service.output());
-        RawConsole console(service.port());
-        QVERIFY(console.readLine().startsWith(QLatin1String("VER]![")));
-        QCOMPARE(console.ask(settingsCommand(before)), QStringLiteral("SET_OK"));
+        QCOMPARE(service.ask(settingsCommand(before)), QString("SET_OK"));
 
-        QFile ballast(service.path(QStringLiteral("ballast")));
+        QFile ballast(service.path("ballast"));
         QVERIFY(ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
         while (ballast.write(QByteArray(4096, 'x')) > 0) {
         }
         // The reply says that the service has taken the settings over, and it has.
-        QCOMPARE(console.ask(settingsCommand(after)), QStringLiteral("SET_OK"));
+        QCOMPARE(service.ask(settingsCommand(after)), QString("SET_OK"));
         QCOMPARE(markOf(service), after);
-        QCOMPARE(console.ask(QStringLiteral("REFRESH")), QStringLiteral("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
         service.process().kill();
         QVERIFY(service.process().waitForFinished());
 
         QVERIFY2(service.serve(), service.output());
         QCOMPARE(markOf(service), before);
         QVERIFY(ballast.remove());
-        {
-            RawConsole later(service.port());
-            QVERIFY(later.readLine().startsWith(QLatin1String("VER]![")));
-            QCOMPARE(later.ask(settingsCommand(after)), QStringLiteral("SET_OK"));
-        }
+        QCOMPARE(service.ask(settingsCommand(after)), QString("SET_OK"));
         QCOMPARE(service.stop(), 0);
         QVERIFY2(service.serve(), service.output());
         QCOMPARE(markOf(service), after);

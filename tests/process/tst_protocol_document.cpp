@@ -2,12 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "process/service_fixture.h"
 
-#include "console/client/history.h"
-#include "protocol/plain_scrambling.h"
 #include "protocol/scrambling.h"
 
 #include <QFile>
-#include <QJsonDocument>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -22,89 +19,71 @@ constexpr int kPatienceMs = 60000;
 class Conversation
 {
 public:
-    /// `machine` as the document has it, `log` the temperatures recorded before.
-    Conversation(const QByteArray &machine, const QByteArray &log)
+    explicit Conversation(ServiceFixture &service)
+        : m_service(service)
+    {}
+
+    /// What is wrong with one step of the examples, a mark and a text; nothing when it is as it should be.
+    QString take(const QString &mark, const QString &text)
     {
-        m_service.writeMachine(QJsonDocument::fromJson(machine).object());
-        QFile file(m_service.path(QStringLiteral("temperature.log")));
-        m_isStarted = file.open(QIODevice::WriteOnly) && file.write(log) == log.size() && file.flush() &&
-                      m_service.serve();
+        if (mark == "--")
+            return happens(text) ? QString() : "it does not happen";
+        if (mark == "<")
+            return hear(text);
+        if (mark == ">")
+            m_console->send(withPort(text));
+        else
+            m_console->sendBytes(text.toLatin1() + "\r\n");
+        return {};
     }
 
-    [[nodiscard]] bool isStarted() const { return m_isStarted; }
-
-    void say(const QString &text) { m_console->send(withPort(text)); }
-    void sayRaw(const QString &line) { m_console->sendBytes(line.toLatin1() + "\r\n"); }
-
-    /// What is wrong with the next line, which has to be `expected`; nothing when it is.
+private:
     QString hear(const QString &expected)
     {
         const QString heard = m_console->readLine();
         if (m_port.isEmpty()) // the document has the usual port, the fixture any free one
-            m_port = heard.split(QStringLiteral("]![")).value(2);
+            m_port = heard.split("]![").value(2);
         QStringList parts = withPort(expected).split(QChar(0x2026));
         for (QString &part : parts)
             part = QRegularExpression::escape(part);
-        const QRegularExpression pattern(QStringLiteral("\\A%1\\z").arg(parts.join(QStringLiteral(".*"))));
-        return pattern.match(heard).hasMatch() ? QString() : QStringLiteral("heard ") + heard;
+        const QRegularExpression pattern("\\A" + parts.join(".*") + "\\z");
+        return pattern.match(heard).hasMatch() ? QString() : "heard " + heard;
     }
 
-    /// Makes `event` happen, or waits until it has; false when it does not, or is not known.
+    /// Makes it happen, or waits until it has; false when it does not, or is not known.
     bool happens(const QString &event)
     {
-        static const QHash<QString, bool (Conversation::*)()> kEvents{
-            {QStringLiteral("a console connects over TCP"), &Conversation::connectConsole},
-            {QStringLiteral("the service closes the connection"), &Conversation::waitForEnd},
-            {QStringLiteral("the drives are detected"), &Conversation::waitForDetection},
-            {QStringLiteral("the scan has ended"), &Conversation::waitForScan},
-            {QStringLiteral("the service is paused"), &Conversation::pause},
-            {QStringLiteral("the service goes on"), &Conversation::resume},
-            {QStringLiteral("the line has been read"), &Conversation::speakElsewhere},
+        const QHash<QString, std::function<bool()>> events{
+            {"a console connects over TCP",
+             [this] {
+                 m_console = std::make_unique<RawConsole>(m_service.port());
+                 return m_console->isConnected();
+             }},
+            {"the service closes the connection", [this] { return m_console->waitForEnd(); }},
+            {"the drives are detected", [this] { return m_service.waitUntilReady(); }},
+            {"the scan has ended",
+             [this] {
+                 return QTest::qWaitFor([this] { return m_console->ask("GSTATSCAN").contains("|1;0;100;"); },
+                                        kPatienceMs);
+             }},
+            {"the service is paused", [this] { return m_service.pause(); }},
+            {"the service goes on", [this] { return m_service.resume(); }},
+            // Two turns of the service's event loop, in the first of which it reads what was sent before.
+            {"the line has been read",
+             [this] { return !m_service.firstLine().isEmpty() && !m_service.ask("DEVCOUNT").isEmpty(); }},
         };
-        const auto function = kEvents.value(event, nullptr);
-        return function != nullptr && (this->*function)();
+        const auto function = events.value(event);
+        return function && function();
     }
 
-    [[nodiscard]] int stop() { return m_service.stop(); }
-
-private:
     [[nodiscard]] QString withPort(const QString &text) const
     {
-        static const QRegularExpression kPort(QStringLiteral("\\b5000\\b"));
-        return QString(text).replace(kPort, m_port);
+        return QString(text).replace(QRegularExpression("\\b5000\\b"), m_port);
     }
 
-    bool connectConsole()
-    {
-        m_console = std::make_unique<RawConsole>(m_service.port());
-        return m_console->isConnected();
-    }
-
-    bool waitForEnd() { return m_console->waitForEnd(); }
-    bool waitForDetection() { return m_service.waitUntilReady(); }
-    bool pause() { return m_service.pause(); }
-    bool resume() { return m_service.resume(); }
-
-    bool waitForScan()
-    {
-        return QTest::qWaitFor(
-            [this] {
-                return m_console->ask(QStringLiteral("GSTATSCAN")).contains(QLatin1String("|1;0;100;"));
-            },
-            kPatienceMs);
-    }
-
-    /// Two turns of the service's event loop, in the first of which it reads what was sent before.
-    bool speakElsewhere()
-    {
-        RawConsole other(m_service.port());
-        return !other.readLine().isEmpty() && !other.ask(QStringLiteral("DEVCOUNT")).isEmpty();
-    }
-
-    ServiceFixture m_service;
+    ServiceFixture &m_service;
     std::unique_ptr<RawConsole> m_console;
     QString m_port;
-    bool m_isStarted = false;
 };
 
 } // namespace
@@ -117,17 +96,22 @@ class TestProtocolDocument : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QFile file(QStringLiteral(HALVEX_PROTOCOL_DOCUMENT));
+        QFile file(HALVEX_PROTOCOL_DOCUMENT);
         QVERIFY(file.open(QIODevice::ReadOnly));
-        m_lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+        m_lines = QString::fromUtf8(file.readAll()).split('\n');
     }
 
+    /// A line of one character over and over, with offset 1, comes by the whole key.
     void showsTheKey()
     {
-        QString key;
+        QByteArray key;
         for (const auto &match : matches("    (\\S{64})"))
-            key += match.captured(1);
-        QCOMPARE(key, QString(plain::kKey));
+            key += match.captured(1).toLatin1();
+        QCOMPARE(key.size(), 128);
+        const QByteArray base64 = QByteArray(96, 'A').toBase64();
+        const QByteArray body = QByteArray::fromHex(scramble(QString(96, 'A'), 1).mid(10));
+        for (int position = 1; position < 128; ++position)
+            QCOMPARE(key.at(position), char(body.at(position - 1) ^ base64.at(position - 1)));
     }
 
     void scramblesLines()
@@ -136,91 +120,45 @@ private Q_SLOTS:
         QVERIFY(rows.size() >= 7);
         for (const auto &row : rows) {
             const QString text =
-                row.captured(1).startsWith(QLatin1Char('`')) ? row.captured(1).mid(1).chopped(1) : QString();
+                row.captured(1).startsWith('`') ? row.captured(1).mid(1).chopped(1) : QString();
             QCOMPARE(scramble(text, row.captured(2).toInt()), row.captured(3).toLatin1());
-        }
-    }
-
-    /// The table that scrambles a line character by character, and the line that comes of it.
-    void explainsALine()
-    {
-        const auto lines = matches("    ([0-9a-f]{8}) ([0-9a-f]{2}) ([0-9a-f]+) CR LF .*");
-        QCOMPARE(lines.size(), 1);
-        QString body;
-        int position = lines.first().captured(2).toInt(nullptr, 16);
-        const int offset = position;
-        QString base64;
-        for (const auto &row :
-             matches("\\| (\\w) \\| (\\w\\w) \\| (?:.* )?(\\d+) \\| `(.)` (\\w\\w) \\| (\\w\\w) \\|")) {
-            const char key = row.captured(4).at(0).toLatin1();
-            QCOMPARE(row.captured(2).toInt(nullptr, 16), int(row.captured(1).at(0).unicode()));
-            QCOMPARE(row.captured(3).toInt(), position);
-            QCOMPARE(int(key), plain::keyByte(position));
-            QCOMPARE(row.captured(5).toInt(nullptr, 16), int(key));
-            base64 += row.captured(1);
-            body += row.captured(6);
-            position = plain::nextPosition(position, offset);
-        }
-        QCOMPARE(body, lines.first().captured(3));
-        QCOMPARE(unscramble(lines.first()
-                                .captured(0)
-                                .remove(QLatin1Char(' '))
-                                .section(QLatin1Char('C'), 0, 0)
-                                .toLatin1()),
-                 QString::fromUtf8(QByteArray::fromBase64(base64.toLatin1())));
-    }
-
-    void showsRecords()
-    {
-        QVERIFY(records().size() >= 3);
-        for (const auto &row : records()) {
-            const auto history = client::parseHistory(QStringLiteral("STATD]![") + row.captured(1));
-            QVERIFY(history && history->records.size() == 1);
-            const client::TemperatureRecord &record = history->records.first();
-            QCOMPARE(record.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")), row.captured(2));
-            QCOMPARE(record.drive, row.captured(3).toInt());
-            QCOMPARE(record.temperature.value_or(-1), row.captured(4).toInt());
         }
     }
 
     void speaksTheExamples()
     {
-        QByteArray log;
-        for (const auto &row : records())
-            log += row.captured(1).toLatin1();
-        Conversation conversation(machine(), log);
-        QVERIFY(conversation.isStarted());
-        static const QRegularExpression kStep(QStringLiteral("\\A    (--|>>|>|<) (.*)\\z"));
+        ServiceFixture service;
+        const int begin = int(m_lines.indexOf("    {"));
+        const int end = int(m_lines.indexOf("    }", begin));
+        service.writeMachine(json(m_lines.mid(begin, end - begin + 1).join('\n').toUtf8()));
+        QFile log(service.path("temperature.log"));
+        QVERIFY(log.open(QIODevice::WriteOnly));
+        for (const auto &row : matches("\\| `(.{8})` \\| (\\d{4}-.*) \\| (\\d+) \\| (\\d+) \\|"))
+            log.write(row.captured(1).toLatin1());
+        log.close();
+        QVERIFY2(service.serve(), service.output());
+
+        Conversation conversation(service);
+        static const QRegularExpression kStep("\\A    (--|>>|>|<) (.*)\\z");
         int steps = 0;
         for (int i = 0; i < m_lines.size(); ++i) {
             const auto step = kStep.match(m_lines.at(i));
             if (!step.hasMatch())
                 continue;
             ++steps;
-            const QString mark = step.captured(1);
-            const QString text = step.captured(2);
-            const QString where = QStringLiteral("line %1 of the document: %2: ").arg(i + 1).arg(text);
-            if (mark == QLatin1String("--")) {
-                QVERIFY2(conversation.happens(text), qPrintable(where));
-            } else if (mark == QLatin1String("<")) {
-                const QString problem = conversation.hear(text);
-                QVERIFY2(problem.isEmpty(), qPrintable(where + problem));
-            } else if (mark == QLatin1String(">>")) {
-                conversation.sayRaw(text);
-            } else {
-                conversation.say(text);
-            }
+            const QString problem = conversation.take(step.captured(1), step.captured(2));
+            const QString where = QString("line %1 of the document: %2: ").arg(i + 1).arg(step.captured(2));
+            QVERIFY2(problem.isEmpty(), qPrintable(where + problem));
         }
         QVERIFY(steps > 50);
-        QCOMPARE(conversation.stop(), 0);
+        QCOMPARE(service.stop(), 0);
     }
 
 private:
     /// The lines that `form` matches as a whole, in order.
-
-    [[nodiscard]] QVector<QRegularExpressionMatch> matches(const char *form) const
+    [[nodiscard]] QVector<QRegularExpressionMatch> matches(const QString &form) const
     {
-        const QRegularExpression expression(QStringLiteral("\\A%1\\z").arg(QString::fromUtf8(form)));
+        const QRegularExpression expression("\\A" + form + "\\z");
         QVector<QRegularExpressionMatch> found;
         for (const QString &line : m_lines) {
             const auto match = expression.match(line);
@@ -228,18 +166,6 @@ private:
                 found.append(match);
         }
         return found;
-    }
-
-    [[nodiscard]] QByteArray machine() const
-    {
-        const int begin = int(m_lines.indexOf(QStringLiteral("    {")));
-        const int end = int(m_lines.indexOf(QStringLiteral("    }"), begin));
-        return m_lines.mid(begin, end - begin + 1).join(QLatin1Char('\n')).toUtf8();
-    }
-
-    [[nodiscard]] QVector<QRegularExpressionMatch> records() const
-    {
-        return matches("\\| `(.{8})` \\| (\\d{4}-.*) \\| (\\d+) \\| (\\d+) \\|");
     }
 
     QStringList m_lines;
