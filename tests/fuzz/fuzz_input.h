@@ -4,14 +4,10 @@
 
 #include <QByteArray>
 
-#include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 
-inline QByteArray bytesOf(const uint8_t *data, size_t size)
-{
-    return {reinterpret_cast<const char *>(data), static_cast<int>(size)};
-}
+/// Tries one input; each fuzzer has its own.
+void fuzz(const QByteArray &bytes);
 
 /// What must be so whatever the bytes were; the fuzzer keeps those that prove it wrong.
 inline void require(bool holds)

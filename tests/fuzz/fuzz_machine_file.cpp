@@ -32,18 +32,16 @@ extern "C" const char *__asan_default_options() // NOLINT(bugprone-reserved-iden
 
 /// A file has a problem, and its message gives place and reason, or it is a machine whose drives have all
 /// their sectors.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+void fuzz(const QByteArray &json)
 {
-    const QByteArray json = bytesOf(data, size);
     SameBytes files(json);
     const MachineReply reply = parseMachine(QStringLiteral("m.json"), json, files);
     if (!reply.problem.isEmpty()) {
         require(reply.problem.contains(QStringLiteral(": ")));
-        return 0;
+        return;
     }
     for (const DriveState &drive : reply.machine.drives) {
         require(drive.identify.size() == ata::kSectorSize && drive.smartData.size() == ata::kSectorSize &&
                 drive.smartThresholds.size() == ata::kSectorSize);
     }
-    return 0;
 }

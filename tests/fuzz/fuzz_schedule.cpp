@@ -7,6 +7,8 @@
 
 #include <QStringList>
 
+#include <tuple>
+
 namespace {
 
 /// The payload that a console would set a drive's schedule with, from the reply that shows it.
@@ -20,39 +22,37 @@ QString payloadFromReply(const DeviceList &devices, int index)
         QStringLiteral("~;"));
 }
 
-bool isSameSchedule(const DeviceRecord &a, const DeviceRecord &b)
+auto schedule(const DeviceRecord &device)
 {
-    return a.schedKind == b.schedKind && a.schedParam == b.schedParam && a.schedDate == b.schedDate &&
-           a.schedTime == b.schedTime;
+    return std::tie(device.schedKind, device.schedParam, device.schedDate, device.schedTime);
 }
 
 } // namespace
 
 /// A schedule that a payload sets is shown, and set again from what is shown; one drive at most has changed,
 /// and is due at its own time alone.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+void fuzz(const QByteArray &bytes)
 {
-    const DeviceList unscheduled(3);
-    const auto change = parseScheduleChange(QString::fromUtf8(bytesOf(data, size)));
+    const auto change = parseScheduleChange(QString::fromUtf8(bytes));
     if (!change)
-        return 0;
+        return;
+    const DeviceList unscheduled(3);
     DeviceList devices = unscheduled;
     applyScheduleChange(*change, devices);
     require(devices.size() == unscheduled.size());
     for (int i = 0; i < devices.size(); ++i) {
         const DeviceRecord &device = devices[i];
         if (i != change->device) {
-            require(isSameSchedule(device, unscheduled[i]));
+            require(schedule(device) == schedule(unscheduled[i]));
             continue;
         }
         if (device.schedDate.year() < 2000 || !device.schedTime.isValid())
             continue; // shown without a date or time, or in another century
         DeviceList again = unscheduled;
         applyScheduleChange(parseScheduleChange(payloadFromReply(devices, i)).value(), again);
-        require(isSameSchedule(device, again[i]));
+        require(schedule(device) == schedule(again[i]));
         const QDateTime moment(device.schedDate, device.schedTime, Qt::UTC);
         require(!isScanDue(device, moment.addSecs(1)) && !isScanDue(device, moment.addSecs(-43)));
         require(!isScanDue(device, moment) || (device.schedKind >= 1 && device.schedKind <= 3));
     }
-    return 0;
 }

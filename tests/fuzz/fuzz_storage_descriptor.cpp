@@ -22,14 +22,12 @@ QByteArray plainString(const QByteArray &answer, int field)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+void fuzz(const QByteArray &answer)
 {
-    const QByteArray answer = bytesOf(data, size);
     const StorageDescriptor descriptor = storage_descriptor::parse(ByteView(answer));
     require(descriptor.vendor == plainString(answer, 12));
     require(descriptor.product == plainString(answer, 16));
     require(descriptor.revision == plainString(answer, 20));
     require(descriptor.serial == plainString(answer, 24));
     require(descriptor.model().size() <= descriptor.vendor.size() + 1 + descriptor.product.size());
-    return 0;
 }
