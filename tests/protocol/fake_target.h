@@ -7,6 +7,7 @@
 #include <QSemaphore>
 #include <QStringList>
 
+#include <atomic>
 #include <functional>
 #include <utility>
 
@@ -22,35 +23,32 @@ public:
     int runningScan = -1; ///< device index
     bool takesTestMail = true;
     std::function<void(const QString &)> testMailFinished;
-    std::function<void()> onRebindRequest = [] {};
     QStringList calls;
     int historiesAsked = 0;
     QSemaphore historyGate{1}; ///< a history is not found while somebody holds this
+    std::atomic_bool historiesOverlap = false;
 
     [[nodiscard]] bool isPaused() const override { return paused; }
     [[nodiscard]] bool isDetecting() const override { return detecting; }
     Settings &settings() override { return settingsRecord; }
     const DeviceList &devices() override { return deviceList; }
     [[nodiscard]] bool isScanRunning(int device) const override { return device == runningScan; }
+    QVector<Account> accounts() override { return accountList; }
 
     void resetInfo() override { calls << QStringLiteral("resetInfo"); }
     void refreshInfo() override { calls << QStringLiteral("refreshInfo"); }
     void checkHealth() override { calls << QStringLiteral("checkHealth"); }
     void writeSettings() override { calls << QStringLiteral("writeSettings"); }
-
-    void requestRebind() override
+    void requestRebind() override { calls << QStringLiteral("requestRebind"); }
+    void setScanSchedule(const QString &payload) override
     {
-        calls << QStringLiteral("requestRebind");
-        onRebindRequest();
+        calls << QStringLiteral("setScanSchedule ") + payload;
     }
 
     void startScan(const ScanRequest &request) override
     {
-        calls << QStringLiteral("startScan %1 %2 %3 %4")
-                     .arg(request.device)
-                     .arg(request.blockSize)
-                     .arg(request.firstSector)
-                     .arg(request.lastSector);
+        calls << QString::asprintf("startScan %d %d %lld %lld", request.device, request.blockSize,
+                                   request.firstSector, request.lastSector);
     }
 
     bool stopScan(int device) override
@@ -59,19 +57,15 @@ public:
         return device >= 0 && device < deviceList.size();
     }
 
-    void setScanSchedule(const QString &payload) override
-    {
-        calls << QStringLiteral("setScanSchedule ") + payload;
-    }
-
-    QVector<Account> accounts() override { return accountList; }
-
     LongText temperatureHistory(const QString &from, const QString &to) override
     {
         ++historiesAsked;
         return [this, from, to] {
+            if (m_historiesUnderWay++ > 0)
+                historiesOverlap = true;
             historyGate.acquire();
             historyGate.release();
+            --m_historiesUnderWay;
             return QStringLiteral("<%1><%2>").arg(from, to);
         };
     }
@@ -82,4 +76,7 @@ public:
         testMailFinished = std::move(finished);
         return takesTestMail;
     }
+
+private:
+    std::atomic_int m_historiesUnderWay = 0;
 };
