@@ -19,13 +19,6 @@ struct alignas(kPageSize) Page
     char bytes[2 * kPageSize] = {};
 };
 
-inline void opening(DriveSystem &drives)
-{
-    const OpenReply missing = drives.open(QStringLiteral("\\\\.\\NoSuchDrive0"));
-    QVERIFY(!missing.drive);
-    QCOMPARE(missing.error, system_error::kFileNotFound);
-}
-
 inline void requests(Drive &drive)
 {
     using namespace drive_request;
@@ -75,7 +68,9 @@ inline void cancelling(Drive &drive)
 
 inline void check(DriveSystem &drives, const QString &path)
 {
-    opening(drives);
+    const OpenReply missing = drives.open(QStringLiteral("\\\\.\\NoSuchDrive0"));
+    QVERIFY(!missing.drive);
+    QCOMPARE(missing.error, system_error::kFileNotFound);
     const OpenReply opened = drives.open(path);
     QCOMPARE(opened.error, system_error::kNone);
     QVERIFY(opened.drive);

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/simulated/drive_answers.h"
-#include "platform/simulated/sectors.h"
 #include "rows.h"
-
-#include <numeric>
 
 namespace {
 
@@ -87,10 +84,6 @@ private Q_SLOTS:
         QTest::addColumn<Request>("request");
         QTest::addColumn<quint32>("error");
         row("unknown code", Request{0x00070004, {}, 4096}, 1U);
-        row("geometry, short", withSizes(kGeometry, 0, 23), 122U);
-        row("partition, short", Request{0x00074004, {}, 31}, 122U);
-        row("device number, short", withSizes(kDeviceNumber, 0, 11), 122U);
-        row("S.M.A.R.T. version, short", Request{0x00074080, {}, 23}, 122U);
         row("predict failure, short", withSizes(kPredict, 0, 515), 122U);
         row("property, short query", withSizes(kProperty, 11, 4096), 122U);
         row("property, no room", withSizes(kProperty, 12, 7), 122U);
@@ -108,7 +101,6 @@ private Q_SLOTS:
         row("ATA, registers of a 48-bit command", changed(kAta, 25, 1), 87U);
         row("ATA, sector count", changed(kAta, 33, 0), 87U);
         row("ATA, LBA mid", changed(kAta, 35, 0), 87U);
-        row("ATA, LBA high", changed(kAta, 36, 0), 87U);
         row("ATA, reserved register", changed(kAta, 39, 1), 87U);
 
         row("IDE, short header", withSizes(kIde, 11, 524), 122U);
@@ -209,27 +201,6 @@ private Q_SLOTS:
             QCOMPARE(requestDelayMs(state, slow.code, ByteView(slow.input)), 700);
         for (const Request &quick : {changed(kAta, 38, 0xEC), kStatus, kGeometry})
             QCOMPARE(requestDelayMs(state, quick.code, ByteView(quick.input)), 0);
-    }
-
-    void onlyPrefailureAttributesPredict()
-    {
-        const QByteArray prefailure(512, '\x01');
-        const QByteArray other(512, '\x02');
-        QVERIFY(predictsFailure(ByteView(prefailure), ByteView(other)));
-        QVERIFY(!predictsFailure(ByteView(other), ByteView(other)));
-        QVERIFY(!predictsFailure(ByteView(prefailure), ByteView()));
-    }
-
-    void sectors()
-    {
-        DriveState state = drive();
-        QCOMPARE(ByteView(identifySector(state)).le16(2 * 85), quint16(1)); // S.M.A.R.T. is on
-        state.smart = {false, 0, 0, 0, {{194, 34, 120, 110, 0, 0x2D0014001AFF}}};
-        const QByteArray identify = identifySector(state);
-        QCOMPARE(ByteView(identify).le16(2 * 82), quint16(1)); // there, and off
-        QCOMPARE(ByteView(identify).le16(2 * 85), quint16(0));
-        for (const auto &sector : {identify, smartDataSector(state.smart), smartThresholdSector(state.smart)})
-            QCOMPARE(std::accumulate(sector.begin(), sector.end(), 0) & 0xFF, 0);
     }
 };
 

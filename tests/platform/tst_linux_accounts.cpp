@@ -12,44 +12,35 @@ class TestLinuxAccounts : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void uidRange_data()
-    {
-        QTest::addColumn<QByteArray>("loginDefs");
-        QTest::addColumn<quint32>("first");
-        QTest::addColumn<quint32>("last");
-        row("missing file", QByteArray(), 1000U, 60000U);
-        row("both", QByteArray("# UIDs\nUID_MIN\t\t  500\nUID_MAX 900\nSYS_UID_MIN 1\n"), 500U, 900U);
-        row("commented out", QByteArray("#UID_MIN 500\n# UID_MAX 900\n"), 1000U, 60000U);
-        row("no numbers", QByteArray("UID_MIN\nUID_MAX many\n"), 1000U, 60000U);
-    }
-
-    void uidRange()
-    {
-        QFETCH(QByteArray, loginDefs);
-        const UidRange range = uidRangeOf(loginDefs);
-        QTEST(range.first, "first");
-        QTEST(range.last, "last");
-    }
-
     void normalAccounts_data()
     {
+        QTest::addColumn<QByteArray>("loginDefs");
         QTest::addColumn<quint32>("uid");
         QTest::addColumn<QByteArray>("shell");
         QTest::addColumn<bool>("isNormal");
-        row("root", 0U, QByteArray("/usr/sbin/nologin"), true);
-        row("below people", 999U, QByteArray("/bin/bash"), false);
-        row("first person", 1000U, QByteArray("/bin/bash"), true);
-        row("last person", 2000U, QByteArray(), true);
-        row("above people", 2001U, QByteArray("/bin/bash"), false);
-        row("nologin", 1500U, QByteArray("/usr/sbin/nologin"), false);
-        row("false", 1500U, QByteArray("/bin/false"), false);
+        const QByteArray range = "# UIDs\nUID_MIN\t\t  500\nUID_MAX 2000\nSYS_UID_MIN 1\n";
+        const QByteArray comments = "#UID_MIN 500\n# UID_MAX 900\n";
+        const QByteArray noNumbers = "UID_MIN\nUID_MAX many\n";
+        const QByteArray bash = "/bin/bash";
+        row("root", range, 0U, QByteArray("/usr/sbin/nologin"), true);
+        row("below people", range, 499U, bash, false);
+        row("first person", range, 500U, bash, true);
+        row("last person", range, 2000U, QByteArray(), true);
+        row("above people", range, 2001U, bash, false);
+        row("nologin", range, 1500U, QByteArray("/usr/sbin/nologin"), false);
+        row("false", range, 1500U, QByteArray("/bin/false"), false);
+        row("below people by default", QByteArray(), 999U, bash, false);
+        row("last person by default", QByteArray(), 60000U, bash, true);
+        row("commented out", comments, 999U, bash, false);
+        row("no numbers", noNumbers, 1000U, bash, true);
     }
 
     void normalAccounts()
     {
+        QFETCH(QByteArray, loginDefs);
         QFETCH(quint32, uid);
         QFETCH(QByteArray, shell);
-        QTEST(isNormalAccount(uid, shell, {1000, 2000}), "isNormal");
+        QTEST(isNormalAccount(uid, shell, uidRangeOf(loginDefs)), "isNormal");
     }
 
     void rootIsAnAdministrator()

@@ -3,7 +3,6 @@
 // The tables are made of texts: let them be plain literals.
 #undef QT_NO_CAST_FROM_ASCII
 
-#include "platform/datagram_socket.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/linux_service_manager.h"
 #include "platform/linux/systemd_unit.h"
@@ -41,27 +40,28 @@ public:
     {
         start();
     }
+    /// Waits until `outside` sees the state.
+    RunningService(const QString &home, ServiceManager &outside, ServiceState state,
+                   quint32 accepted = kStopAndPause)
+        : RunningService(home, RunMode::Application)
+    {
+        manager.reportStatus({state, accepted, {}});
+        QTRY_COMPARE(outside.state({}), std::optional(state));
+    }
     ~RunningService() override
     {
-        report(ServiceState::Stopped);
+        manager.reportStatus({ServiceState::Stopped, 0, {}});
         wait();
     }
 
     LinuxServiceManager manager;
     std::atomic<quint32> received{0}; // the last control code
-    std::atomic<bool> wasStarted{false};
     std::atomic<bool> carriesOut{true};
     ServiceOutcome outcome; // once the thread has ended
 
-    void report(ServiceState state, quint32 acceptedControls = kStopAndPause)
-    {
-        manager.reportStatus({state, acceptedControls, {}});
-    }
-
     void started(const QStringList &) override
     {
-        wasStarted = true;
-        report(ServiceState::Running);
+        manager.reportStatus({ServiceState::Running, kStopAndPause, {}});
     }
     bool controlRequested(quint32 code) override
     {
@@ -76,18 +76,6 @@ private:
     const RunMode m_mode;
 };
 
-FileDescriptor rawSocket(const QString &path, bool connected)
-{
-    FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, qPrintable(path), sizeof(address.sun_path) - 1);
-    const auto *name = reinterpret_cast<const sockaddr *>(&address);
-    const int failed = connected ? ::connect(socket.get(), name, sizeof(address))
-                                 : ::bind(socket.get(), name, sizeof(address));
-    return failed ? FileDescriptor() : std::move(socket);
-}
-
 } // namespace
 
 class TestLinuxServiceManager : public QObject
@@ -98,24 +86,25 @@ private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_home = m_folder->filePath("home");
-        m_manager = std::make_unique<LinuxServiceManager>(m_home, false);
+        m_manager = std::make_unique<LinuxServiceManager>(m_folder->path(), false);
     }
 
     void installation()
     {
-        QVERIFY(!m_manager->isInstalled("Halvex Service"));
+        QVERIFY(!m_manager->isInstalled({}));
+        QVERIFY(!m_manager->control({}, 1).opened);
         QVERIFY(m_manager->install({}).ok());
-        QVERIFY(m_manager->isInstalled("Halvex Service"));
-        const std::unique_ptr<OpenKey> key = LinuxServiceKey(m_home + "/service-key.json").open();
-        QVERIFY(key);
-        QVERIFY(key->value("ImagePath") == std::optional<KeyValue>(m_home + "/halvex-monitor-service"));
+        QVERIFY(m_manager->isInstalled({}));
+        const ControlOutcome outcome = m_manager->control({}, 1);
+        QVERIFY(outcome.opened);
+        QCOMPARE(outcome.sent.error, system_error::kServiceNotActive);
+        QCOMPARE(m_manager->state({}), std::optional(ServiceState::Stopped));
 
-        QFile settings(m_home + "/HalvexService.ini");
+        QFile settings(m_folder->filePath("HalvexService.ini"));
         QVERIFY(settings.open(QIODevice::WriteOnly));
-        QVERIFY(m_manager->uninstall("Halvex Service").ok());
-        QCOMPARE(QDir(m_home).entryList(QDir::Files), QStringList{"HalvexService.ini"});
-        QVERIFY(!m_manager->uninstall("Halvex Service").ok());
+        QVERIFY(m_manager->uninstall({}).ok());
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList{"HalvexService.ini"});
+        QVERIFY(!m_manager->uninstall({}).ok());
     }
 
     void refusedInstallation()
@@ -123,18 +112,17 @@ private Q_SLOTS:
         ServiceDefinition service;
         service.account = ".\\no such account";
         QCOMPARE(m_manager->install(service).error, system_error::kInvalidParameter);
-        QVERIFY(!QFileInfo::exists(m_home));
+        QVERIFY(!m_manager->isInstalled({}));
         service.account = ".\\root";
         QVERIFY(m_manager->install(service).ok());
     }
 
-    void serviceNeedsItsKey()
+    void installedService()
     {
         QVERIFY(m_manager->install({}).ok());
-        RunningService service(m_home, RunMode::Service);
-        QTRY_COMPARE(m_manager->state("Halvex Service"), std::optional(ServiceState::Running));
-        QVERIFY(service.wasStarted);
-        QVERIFY(!(QFileInfo(m_home + "/control").permissions() &
+        const RunningService service(m_folder->path(), RunMode::Service);
+        QTRY_COMPARE(m_manager->state({}), std::optional(ServiceState::Running));
+        QVERIFY(!(QFileInfo(m_folder->filePath("control")).permissions() &
                   (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)));
     }
 
@@ -156,32 +144,17 @@ private Q_SLOTS:
         QVERIFY(service.wait());
         QTEST(service.outcome.error, "error");
         QVERIFY(!service.outcome.text.isEmpty());
-        QVERIFY(!service.wasStarted);
     }
 
     void onlyOneServiceAHome()
     {
-        RunningService first(m_folder->path(), RunMode::Application);
-        LinuxServiceManager outside(m_folder->path(), false);
-        QTRY_COMPARE(outside.state({}), std::optional(ServiceState::StartPending));
+        const RunningService first(m_folder->path(), *m_manager, ServiceState::Paused);
         {
             RunningService second(m_folder->path(), RunMode::Application);
             QVERIFY(second.wait());
             QCOMPARE(second.outcome.error, system_error::kServiceAlreadyRunning);
         }
-        QCOMPARE(outside.state({}), std::optional(ServiceState::StartPending)); // the first is still there
-    }
-
-    void leftBehindSocket()
-    {
-        QVERIFY(rawSocket(m_folder->filePath("control"), false).isOpen());
-        RunningService service(m_folder->path(), RunMode::Application);
-        service.report(ServiceState::Paused);
-        LinuxServiceManager outside(m_folder->path(), false);
-        QTRY_COMPARE(outside.state({}), std::optional(ServiceState::Paused));
-        service.report(ServiceState::Stopped);
-        QVERIFY(service.wait());
-        QVERIFY(!QFileInfo::exists(m_folder->filePath("control")));
+        QCOMPARE(m_manager->state({}), std::optional(ServiceState::Paused)); // the first is still there
     }
 
     void controls_data()
@@ -210,12 +183,8 @@ private Q_SLOTS:
         QFETCH(quint32, accepted);
         QFETCH(quint32, code);
         QFETCH(bool, delivered);
-        RunningService service(m_folder->path(), RunMode::Application);
-        service.report(state, accepted);
-        LinuxServiceManager outside(m_folder->path(), false);
-        QTRY_COMPARE(outside.state({}), std::optional(state));
-
-        const ControlOutcome outcome = outside.control({}, code);
+        RunningService service(m_folder->path(), *m_manager, state, accepted);
+        const ControlOutcome outcome = m_manager->control({}, code);
         QVERIFY(outcome.opened);
         QCOMPARE(outcome.sent.error,
                  delivered ? system_error::kNone : system_error::kServiceCannotAcceptControl);
@@ -223,7 +192,7 @@ private Q_SLOTS:
         QCOMPARE(service.received.load(), delivered ? code : 0);
 
         service.carriesOut = false; // as when it has left its event loop
-        QVERIFY(!outside.control({}, code).sent.ok());
+        QVERIFY(!m_manager->control({}, code).sent.ok());
     }
 
     void strangePeers_data()
@@ -240,75 +209,32 @@ private Q_SLOTS:
     void strangePeers()
     {
         QFETCH(QByteArray, packet);
-        RunningService service(m_folder->path(), RunMode::Application);
-        service.report(ServiceState::Running);
-        LinuxServiceManager outside(m_folder->path(), false);
-        QTRY_COMPARE(outside.state({}), std::optional(ServiceState::Running));
+        const RunningService service(m_folder->path(), *m_manager, ServiceState::Running);
 
-        const FileDescriptor peer = rawSocket(m_folder->filePath("control"), true);
-        QVERIFY(peer.isOpen());
+        const FileDescriptor peer(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, qPrintable(m_folder->filePath("control")),
+                     sizeof(address.sun_path) - 1);
+        QCOMPARE(::connect(peer.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
         if (!packet.isEmpty())
             QCOMPARE(::send(peer.get(), packet.constData(), std::size_t(packet.size()), 0), packet.size());
-        QVERIFY(outside.control({}, 2).sent.ok());
+        QVERIFY(m_manager->control({}, 2).sent.ok());
         QCOMPARE(service.received.load(), 2U);
-    }
-
-    void noService()
-    {
-        ControlOutcome outcome = m_manager->control({}, 1);
-        QVERIFY(!outcome.opened);
-        QVERIFY(m_manager->install({}).ok());
-        outcome = m_manager->control({}, 1);
-        QVERIFY(outcome.opened);
-        QCOMPARE(outcome.sent.error, system_error::kServiceNotActive);
-        QCOMPARE(m_manager->state({}), std::optional(ServiceState::Stopped));
-    }
-
-    void tellsSystemd()
-    {
-        const DatagramSocket systemd(m_folder->filePath("notify"));
-        qputenv("NOTIFY_SOCKET", m_folder->filePath("notify").toLocal8Bit());
-        QByteArrayList told;
-        for (const auto state : {ServiceState::StartPending, ServiceState::Running, ServiceState::Paused,
-                                 ServiceState::StopPending, ServiceState::Stopped}) {
-            m_manager->reportStatus({state, kStopAndPause, {}});
-            told << systemd.receive();
-        }
-        qunsetenv("NOTIFY_SOCKET");
-        QCOMPARE(told.join('|'),
-                 "|READY=1\nSTATUS=Watching the drives|STATUS=Paused|STOPPING=1\nSTATUS=Stopping|");
-    }
-
-    void unitText_data()
-    {
-        QTest::addColumn<QString>("programPath");
-        QTest::addColumn<QString>("account");
-        QTest::addColumn<QByteArray>("lines");
-        row("root", "/usr/bin/halvex-monitor-service", "",
-            QByteArray("ExecStart=\"/usr/bin/halvex-monitor-service\"\nStateDirectory="));
-        row("account", "/x", "op",
-            QByteArray("ExecStart=\"/x\"\nUser=op\nSupplementaryGroups=disk\n"
-                       "AmbientCapabilities=CAP_SYS_RAWIO CAP_NET_BIND_SERVICE\nStateDirectory="));
-        row("path that would be expanded", "/a b/%h$HOME/\"c\"\\", "",
-            QByteArray("ExecStart=\"/a b/%%h$$HOME/\\\"c\\\"\\\\\"\n"));
     }
 
     void unitText()
     {
-        QFETCH(QString, programPath);
-        QFETCH(QString, account);
-        QFETCH(QByteArray, lines);
         ServiceDefinition service;
         service.description = "Halvex\nLocal 100%";
-        service.programPath = programPath;
-        const QByteArray text = systemd_unit::text(service, account);
-        QVERIFY2(text.contains(lines), text.constData());
-        QVERIFY2(text.contains("\nDescription=Halvex Local 100%%\n"), text.constData());
+        service.programPath = "/a b/%h$HOME/\"c\"\\";
+        const QByteArray text = systemd_unit::text(service, "op");
+        QVERIFY2(text.contains("\nDescription=Halvex Local 100%%\n"), text);
+        QVERIFY2(text.contains("\nExecStart=\"/a b/%%h$$HOME/\\\"c\\\"\\\\\"\nUser=op\n"), text);
     }
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_home;
     std::unique_ptr<LinuxServiceManager> m_manager; // the one outside of the service
 };
 

@@ -149,25 +149,6 @@ private Q_SLOTS:
                  "home/sub/d.json: " + problem);
     }
 
-    void defaults()
-    {
-        const MachineReply reply =
-            parse(R"({"drives": [{"number": 3, "model": "M", "serial": "S", "firmware": "F",
-            "capacity": 1000204886016}], "volumes": [{"name": "x\\"}]})");
-        QCOMPARE(reply.problem, QString());
-        const DriveState &drive = reply.machine.drives.constFirst();
-        QCOMPARE(drive.bytesPerSector, 512U);
-        QCOMPARE(drive.geometry.cylinders, qint64(121601));
-        const DescriptorState &texts = drive.descriptor;
-        QCOMPARE(QStringList({texts.vendor, texts.product, texts.revision, texts.serial}),
-                 QStringList({"", "M", "F", "S"}));
-        QCOMPARE(drive.deviceNumber, 3U);
-        QCOMPARE(drive.mediaType, 12U);
-        QCOMPARE(drive.answers.size(), 9);
-        QVERIFY(drive.smart.enabled);
-        QCOMPARE(reply.machine.volumes.constFirst().driveType, 3U);
-    }
-
     void keysWinOverTheDump()
     {
         const MachineReply reply = parse(
