@@ -3,38 +3,127 @@
 // The tables are made of texts: let them be plain literals.
 #undef QT_NO_CAST_FROM_ASCII
 
+#include "platform/event_log.h"
+#include "platform/service_manager.h"
 #include "rows.h"
 #include "service/command_line.h"
-#include "service/fake_service_manager.h"
 #include "service/service_base.h"
 
-#include <QTest>
+#include <QMutex>
 #include <QThread>
+#include <QWaitCondition>
 
 #include <functional>
-
-using Script = FakeServiceManager::Script;
-
-Q_DECLARE_METATYPE(FakeServiceManager::Script)
 
 namespace {
 
 const ServiceOutcome kDenied{system_error::kAccessDenied, QStringLiteral("Access is denied")};
 const ServiceOutcome kFromConsole{system_error::kNotStartedByManager, QStringLiteral("from a console")};
 
-QStringList warnings;
-
-void keepWarning(QtMsgType type, const QMessageLogContext &, const QString &text)
+/// How a service manager answers.
+struct Script
 {
-    if (type == QtWarningMsg)
-        warnings << text;
-}
+    explicit Script(bool isInstalled = true, const ServiceOutcome &outcomeOfRequests = {},
+                    const ControlOutcome &outcomeOfControls = {true, {}, ServiceState::Stopped},
+                    const QVector<ServiceState> &statesToTell = {})
+        : installed(isInstalled)
+        , outcome(outcomeOfRequests)
+        , controlling(outcomeOfControls)
+        , states(statesToTell)
+    {}
+
+    bool installed;
+    ServiceOutcome outcome; ///< of every request but a control
+    ControlOutcome controlling;
+    QVector<ServiceState> states; ///< answered one a question, the last one again and again
+    QVector<quint32> controls;    ///< what the dispatcher delivers after the start
+};
+
+/// A service manager that answers as it is told and keeps what it was asked.
+class FakeServiceManager : public ServiceManager
+{
+public:
+    explicit FakeServiceManager(Script script)
+        : m_script(std::move(script))
+    {}
+
+    QStringList requests;           ///< the dispatcher's own apart
+    QVector<bool> carriedOut;       ///< the client's answers to the controls
+    QVector<ServiceStatus> reports; ///< guarded by m_mutex until the dispatcher has ended
+
+    [[nodiscard]] QString programPath() const override { return "/opt/halvex/service"; }
+    [[nodiscard]] bool isInstalled(const QString &) override { return m_script.installed; }
+
+    ServiceOutcome install(const ServiceDefinition &service) override
+    {
+        const QString startup = service.startup == ServiceStartup::Automatic ? "automatic" : "manual";
+        const QStringList definition{service.name,    service.description, service.programPath,
+                                     service.account, service.password,    startup};
+        requests << "install|" + definition.join('|');
+        return m_script.outcome;
+    }
+
+    ServiceOutcome uninstall(const QString &name) override
+    {
+        requests << "uninstall|" + name;
+        return m_script.outcome;
+    }
+
+    ServiceOutcome start(const QString &, const QStringList &) override { return m_script.outcome; }
+
+    [[nodiscard]] std::optional<ServiceState> state(const QString &) override
+    {
+        if (m_script.states.isEmpty())
+            return std::nullopt;
+        return m_script.states.size() > 1 ? m_script.states.takeFirst() : m_script.states.first();
+    }
+
+    ControlOutcome control(const QString &, quint32 code) override
+    {
+        requests << "control|" + QString::number(code);
+        return m_script.controlling;
+    }
+
+    ServiceOutcome runDispatcher(const QString &, RunMode mode, ServiceClient &client) override
+    {
+        if (!m_script.outcome.ok())
+            return m_script.outcome;
+        if (mode == RunMode::Service)
+            client.started({});
+        for (const quint32 code : qAsConst(m_script.controls))
+            carriedOut << client.controlRequested(code);
+        QMutexLocker lock(&m_mutex);
+        while (reports.isEmpty() || reports.last().state != ServiceState::Stopped)
+            m_reported.wait(&m_mutex);
+        return {};
+    }
+
+    void reportStatus(const ServiceStatus &status) override
+    {
+        const QMutexLocker lock(&m_mutex);
+        reports << status;
+        m_reported.wakeAll();
+    }
+
+private:
+    Script m_script;
+    QMutex m_mutex;
+    QWaitCondition m_reported;
+};
+
+class RecordingEventLog : public EventLog
+{
+public:
+    QVector<Event> events;
+
+    void report(const Event &event) override { events << event; }
+};
 
 class RecordingService : public QtService<QCoreApplication>
 {
 public:
-    RecordingService(std::vector<char *> &argv, const QString &name, Platform &platform, ServiceHostIo io)
-        : QtService(int(argv.size()), argv.data(), name, platform, std::move(io))
+    RecordingService(std::vector<char *> &argv, Platform &platform, ServiceHostIo io)
+        : QtService(int(argv.size()), argv.data(), "Halvex Service", platform, std::move(io))
     {
         setServiceDescription("Halvex Local Service");
         setServiceFlags(CanBeSuspended);
@@ -53,36 +142,43 @@ protected:
     void stop() override { record("stop"); }
     void pause() override { record("pause"); }
     void resume() override { record("resume"); }
-    void processCommand(int code) override { record("command " + QByteArray::number(code)); }
+    void processCommand(int code) override { record("command " + QString::number(code)); }
     int runApplication() override { return leavesAtOnce ? 0 : QtService::runApplication(); }
 
 private:
-    void record(const QByteArray &call)
+    void record(const QString &call)
     {
         const bool isMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
-        calls << QString::fromLatin1(call) + QLatin1String(isMainThread ? "" : " on a foreign thread");
+        calls << call + (isMainThread ? "" : " on a foreign thread");
     }
 };
+
+QStringList warnings;
+
+void keepWarning(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    if (type == QtWarningMsg)
+        warnings << text;
+}
 
 /// A host with everything around it: arguments, fake manager, event log, and streams that can be read back.
 struct Bench
 {
-    explicit Bench(const QStringList &options, const Script &script = {},
-                   const QString &name = QStringLiteral("Halvex Service"))
+    explicit Bench(const QString &options, const Script &script = Script())
         : manager(new FakeServiceManager(script))
         , eventLog(new RecordingEventLog)
+        , arguments(("prog " + options).toLocal8Bit().trimmed().split(' '))
     {
         platform.serviceManager.reset(manager);
         platform.eventLog.reset(eventLog);
-        arguments << QByteArray("prog");
-        for (const QString &option : options)
-            arguments << option.toLocal8Bit();
         for (QByteArray &argument : arguments)
             argv.push_back(argument.data());
         warnings.clear();
         qInstallMessageHandler(keepWarning);
-        const auto sleep = [this](std::chrono::milliseconds duration) { slept << int(duration.count()); };
-        service = std::make_unique<RecordingService>(argv, name, platform, ServiceHostIo{out, err, sleep});
+        const auto sleep = [this](std::chrono::milliseconds duration) {
+            manager->requests << "sleep|" + QString::number(duration.count());
+        };
+        service = std::make_unique<RecordingService>(argv, platform, ServiceHostIo{out, err, sleep});
     }
     ~Bench()
     {
@@ -93,42 +189,38 @@ struct Bench
     Bench(const Bench &) = delete;
     Bench &operator=(const Bench &) = delete;
 
-    static QByteArray printed(std::FILE *stream)
+    /// What was printed, complained about and warned of.
+    [[nodiscard]] QString said() const
+    {
+        QString text = printed(out);
+        if (const QString complaint = printed(err); !complaint.isEmpty())
+            text += "error: " + complaint;
+        for (const QString &warning : qAsConst(warnings))
+            text += "warning: " + warning + '\n';
+        return text;
+    }
+
+    static QString printed(std::FILE *stream)
     {
         QByteArray text(8192, '\0');
         std::rewind(stream);
-        text.resize(int(std::fread(text.data(), 1, std::size_t(text.size()), stream)));
-        return text;
+        return QString::fromLocal8Bit(text,
+                                      int(std::fread(text.data(), 1, std::size_t(text.size()), stream)));
     }
 
     FakeServiceManager *manager; // the platform's
     RecordingEventLog *eventLog; // the platform's
     Platform platform;
-    QVector<QByteArray> arguments;
+    QList<QByteArray> arguments;
     std::vector<char *> argv;
     std::FILE *out = std::tmpfile();
     std::FILE *err = std::tmpfile();
-    QVector<int> slept; // milliseconds
     std::unique_ptr<RecordingService> service;
 };
 
 } // namespace
 
-static QByteArray usageText()
-{
-    return "\nprog -[i|u|e|t|p|r|c|v|h]\n"
-           "\t-i(nstall) [account] [password]\t: Install the service, optionally using given account and "
-           "password\n"
-           "\t-u(ninstall)\t: Uninstall the service.\n"
-           "\t-e(xec)\t\t: Run as a regular application. Useful for debugging.\n"
-           "\t-t(erminate)\t: Stop the service.\n"
-           "\t-p(ause)\t: Pause the service.\n"
-           "\t-r(esume)\t: Resume a paused service.\n"
-           "\t-c(ommand) num\t: Send command code num to the service.\n"
-           "\t-v(ersion)\t: Print version and status information.\n"
-           "\t-h(elp)   \t: Show this help\n"
-           "\tNo arguments\t: Start the service.\n";
-}
+Q_DECLARE_METATYPE(Script)
 
 class TestServiceHost : public QObject
 {
@@ -137,211 +229,117 @@ class TestServiceHost : public QObject
 private Q_SLOTS:
     void options_data()
     {
-        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("options");
         QTest::addColumn<Script>("script");
         QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("out");
-        QTest::addColumn<QByteArray>("err");
+        QTest::addColumn<QString>("requests"); // to the manager, one behind the other
+        QTest::addColumn<QString>("said");
+        const QString it = "The service Halvex Service ";
+        const QString error = "error: " + it;
+        const Script normal;
+        const Script missing{false};
+        const Script denied{true, kDenied};
 
-        Script notInstalled;
-        notInstalled.installed = false;
-        Script refusing = notInstalled;
-        refusing.installing = kDenied;
-        Script keeping;
-        keeping.uninstalling = kDenied;
-        Script running;
-        running.states = {ServiceState::Paused};
-        Script deaf;
-        deaf.controlling = {true, kDenied, ServiceState::Running};
-        Script unreachable;
-        unreachable.controlling = {false, kDenied, {}};
-        Script stopped;
-        stopped.states = {ServiceState::Stopped};
+        const QString install = "install|Halvex Service|Halvex Local Service|/opt/halvex/service|";
+        const QString local = install + "||automatic"; // under the system's own account
+        const QString done = it + "has been installed under: /opt/halvex/service\n";
+        row("install", "-i", missing, 0, local, done);
+        row("account", "-i op secret", missing, 0, install + ".\\op|secret|automatic", done);
+        row("account of a domain", "-i LAB\\op", missing, 0, install + "LAB\\op||automatic", done);
+        row("local system", "-i LocalSystem secret", missing, 0, local, done);
+        row("other case", "-i localsystem", missing, 0, install + ".\\localsystem||automatic", done);
+        row("refused", "-install", Script(false, kDenied), -1, local, error + "could not be installed\n");
+        row("installed already", "-install", normal, 0, "", error + "is already installed\n");
 
-        row("install", QStringList{"-i"}, notInstalled, 0,
-            QByteArray("The service Halvex Service has been installed under: "
-                       "/opt/halvex/service\n"),
-            QByteArray());
-        row("install refused", QStringList{"-install"}, refusing, -1, QByteArray(),
-            QByteArray("The service Halvex Service could not be installed\n"));
-        row("install again", QStringList{"-install"}, Script(), 0, QByteArray(),
-            QByteArray("The service Halvex Service is already installed\n"));
-        row("uninstall", QStringList{"-u"}, Script(), 0,
-            QByteArray("The service Halvex Service has been uninstalled.\n"), QByteArray());
-        row("uninstall refused", QStringList{"-uninstall"}, keeping, -1, QByteArray(),
-            QByteArray("The service Halvex Service could not be uninstalled\n"));
-        row("uninstall what is not there", QStringList{"-uninstall"}, notInstalled, 0, QByteArray(),
-            QByteArray("The service Halvex Service is not installed\n"));
-        row("version, running", QStringList{"-v"}, running, 0,
-            QByteArray("The service\n\tHalvex Service\n\tprog\n\nis installed and running\n\n"),
-            QByteArray());
-        row("version, stopped", QStringList{"-version"}, stopped, 0,
-            QByteArray("The service\n\tHalvex Service\n\tprog\n\nis installed and not running\n\n"),
-            QByteArray());
-        row("version, not installed", QStringList{"-version"}, notInstalled, 0,
-            QByteArray("The service\n\tHalvex Service\n\tprog\n\nis not installed and not running\n\n"),
-            QByteArray());
-        row("version, state unknown", QStringList{"-v"}, Script(), 0,
-            QByteArray("The service\n\tHalvex Service\n\tprog\n\nis installed and not running\n\n"),
-            QByteArray());
-        // These tell nobody whether they were heard.
-        row("pause refused", QStringList{"-p"}, deaf, 0, QByteArray(), QByteArray());
-        row("resume, manager out of reach", QStringList{"-r"}, unreachable, 0, QByteArray(), QByteArray());
-        row("command, manager out of reach", QStringList{"-c", "1"}, unreachable, 0, QByteArray(),
-            QByteArray());
-        row("help", QStringList{"-h"}, Script(), 0, usageText(), QByteArray());
-        row("help before others", QStringList{"-help", "-install"}, Script(), 0, usageText(), QByteArray());
+        const QString uninstall = "uninstall|Halvex Service";
+        row("uninstall", "-u", normal, 0, uninstall, it + "has been uninstalled.\n");
+        row("stays", "-uninstall", denied, -1, uninstall, error + "could not be uninstalled\n");
+        row("not installed", "-u", missing, 0, "", error + "is not installed\n");
+
+        const QString about = "The service\n\tHalvex Service\n\tprog\n\nis ";
+        const Script running{true, {}, {}, {ServiceState::Paused}};
+        row("version, running", "-v", running, 0, "", about + "installed and running\n\n");
+        row("state unknown", "-version", missing, 0, "", about + "not installed and not running\n\n");
+
+        const Script deaf{true, {}, {true, kDenied, ServiceState::Running}};
+        const Script unreachable{false, {}, {false, kDenied, {}}};
+        row("pause refused, told nobody", "-p", deaf, 0, "control|2", "");
+        row("resume, manager out of reach, told nobody", "-resume", unreachable, 0, "control|3", "");
+        row("command", "-c 127", normal, 0, "control|255", "");
+        row("command without number", "-command", normal, 0, "control|128", "");
+        row("command too high", "-c 128", normal, 0, "", "");
+        row("command that would be a stop", "-c -127", normal, 0, "", "");
+
+        const ControlOutcome stopping{true, {}, ServiceState::StopPending};
+        const Script late{true, {}, stopping, {stopping.state, stopping.state, ServiceState::Stopped}};
+        const Script hanging{true, {}, stopping, {stopping.state}};
+        const QString runsOn = "warning: The service could not be stopped. ";
+        row("stop at once", "-t", normal, 0, "control|1", "");
+        row("later", "-terminate", late, 0, "control|1" + QString(" sleep|200").repeated(3), "");
+        row("too late", "-t", hanging, 0, "control|1" + QString(" sleep|200").repeated(10),
+            runsOn + "(The service did not stop in time)\n");
+        row("stop refused", "-t", deaf, 0, "control|1",
+            "warning: stopping (Access is denied)\n" + runsOn + "(Access is denied)\n");
+        row("nobody there", "-t", unreachable, 0, "control|1", runsOn + "(Access is denied)\n");
+
+        const Script console{true, kFromConsole};
+        const QString failed = error + "could not start\n";
+        row("start from a console", "", console, -4, "", failed);
+        row("unknown option", "-Install", console, -4, "", failed);
+        row("failed start", "", denied, -4, "",
+            failed + "warning: The Service failed to start [Access is denied]\n");
     }
 
     void options()
     {
-        QFETCH(QStringList, arguments);
+        QFETCH(QString, options);
         QFETCH(Script, script);
-        Bench bench(arguments, script);
-        QTEST(bench.service->exec(), "exitCode");
-        QTEST(Bench::printed(bench.out), "out");
-        QTEST(Bench::printed(bench.err), "err");
-        QCOMPARE(warnings, QStringList());
-    }
-
-    void requests_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<bool>("installed");
-        QTest::addColumn<QStringList>("requests");
-
-        const QString install = "install|Halvex Service|Halvex Local Service|/opt/halvex/service|";
-        row("no account", QStringList{"-i"}, false, QStringList{install + "||automatic"});
-        row("account of this machine", QStringList{"-i", "op", "secret"}, false,
-            QStringList{install + ".\\op|secret|automatic"});
-        row("account of a domain", QStringList{"-i", "LAB\\op"}, false,
-            QStringList{install + "LAB\\op||automatic"});
-        row("local system", QStringList{"-i", "LocalSystem", "secret"}, false,
-            QStringList{install + "||automatic"});
-        row("local system, other case", QStringList{"-i", "localsystem"}, false,
-            QStringList{install + ".\\localsystem||automatic"});
-        row("installed already", QStringList{"-i"}, true, QStringList());
-        row("uninstall", QStringList{"-u"}, true, QStringList{"uninstall|Halvex Service"});
-        row("not installed", QStringList{"-u"}, false, QStringList());
-        row("pause", QStringList{"-p"}, true, QStringList{"control|2"});
-        row("pause, long", QStringList{"-pause"}, true, QStringList{"control|2"});
-        row("resume", QStringList{"-r"}, true, QStringList{"control|3"});
-        row("resume, long", QStringList{"-resume"}, true, QStringList{"control|3"});
-        row("command", QStringList{"-c", "127"}, true, QStringList{"control|255"});
-        row("command without number", QStringList{"-command"}, true, QStringList{"control|128"});
-        row("command too high", QStringList{"-c", "128"}, true, QStringList());
-        row("command that would be a stop", QStringList{"-c", "-127"}, true, QStringList());
-    }
-
-    void requests()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(bool, installed);
-        Script script;
-        script.installed = installed;
-        Bench bench(arguments, script);
-        QCOMPARE(bench.service->exec(), 0);
-        QTEST(bench.manager->requests, "requests");
-    }
-
-    void terminate_data()
-    {
-        QTest::addColumn<Script>("script");
-        QTest::addColumn<int>("looks"); // at the state, each after a pause
-        QTest::addColumn<QStringList>("expectedWarnings");
-
-        const ControlOutcome stopping{true, {}, ServiceState::StopPending};
-        Script stops;
-        Script stopsLate;
-        stopsLate.controlling = stopping;
-        stopsLate.states = {ServiceState::StopPending, ServiceState::StopPending, ServiceState::Stopped};
-        Script hangs = stopsLate;
-        hangs.states = {ServiceState::StopPending};
-        Script refuses;
-        refuses.controlling = {true, kDenied, ServiceState::Running};
-        Script missing;
-        missing.controlling = {
-            false, {system_error::kServiceDoesNotExist, QStringLiteral("No such service")}, {}};
-
-        row("stopped at once", stops, 0, QStringList());
-        row("stopped later", stopsLate, 3, QStringList());
-        row("hangs", hangs, 10,
-            QStringList{"The service could not be stopped. (The service did not stop in "
-                        "time)"});
-        row("refuses", refuses, 0,
-            QStringList{"stopping (Access is denied)",
-                        "The service could not be stopped. (Access is denied)"});
-        row("is not there", missing, 0, QStringList{"The service could not be stopped. (No such service)"});
-    }
-
-    void terminate()
-    {
-        QFETCH(Script, script);
-        QFETCH(int, looks);
-        Bench bench({"-t"}, script);
-        QCOMPARE(bench.service->exec(), 0);
-        QCOMPARE(bench.manager->requests, QStringList{"control|1"});
-        QCOMPARE(bench.slept, QVector<int>(looks, 200));
-        QTEST(warnings, "expectedWarnings");
-    }
-
-    void failedStart_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<bool>("fromConsole");
-        QTest::addColumn<QStringList>("expectedWarnings");
-        row("from a console", QStringList(), true, QStringList());
-        row("unknown option", QStringList{"--help"}, true, QStringList());
-        row("option in another case", QStringList{"-Install"}, true, QStringList());
-        row("another error", QStringList(), false,
-            QStringList{"The Service failed to start [Access is denied]"});
-    }
-
-    void failedStart()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(bool, fromConsole);
-        Script script;
-        script.dispatching = fromConsole ? kFromConsole : kDenied;
-        Bench bench(arguments, script);
-        QCOMPARE(bench.service->exec(), -4);
-        QCOMPARE(Bench::printed(bench.err), QByteArray("The service Halvex Service could not start\n"));
-        QTEST(warnings, "expectedWarnings");
+        QFETCH(int, exitCode);
+        Bench bench(options, script);
+        QCOMPARE(bench.service->exec(), exitCode);
+        QTEST(bench.manager->requests.join(' '), "requests");
+        QTEST(bench.said(), "said");
         QCOMPARE(bench.service->calls, QStringList());
+        QCOMPARE(wouldServe(int(bench.argv.size()), bench.argv.data()), exitCode == -4);
+    }
+
+    void help()
+    {
+        Bench bench("-help -install");
+        QCOMPARE(bench.service->exec(), 0);
+        QVERIFY2(bench.said().startsWith("\nprog -[i|u|e|t|p|r|c|v|h]\n\t-i(nstall) "),
+                 qPrintable(bench.said()));
     }
 
     void controlsReachTheMainThread()
     {
         Script script;
         script.controls = {2, 3, 128, 255, 127, 1, 1};
-        Bench bench({}, script);
+        Bench bench("", script);
         QCOMPARE(bench.service->exec(), 0);
-        QCOMPARE(bench.service->calls,
-                 (QStringList{"start", "pause", "resume", "command 0", "command 127", "stop"}));
+        QCOMPARE(bench.service->calls.join(' '), "start pause resume command 0 command 127 stop");
         QCOMPARE(bench.manager->carriedOut.mid(0, 6), QVector<bool>(6, true));
 
-        QStringList reports; // the state's number, then the accepted controls
+        QString reports; // the state's number, then the accepted controls
         for (const ServiceStatus &status : qAsConst(bench.manager->reports))
-            reports << QString::number(quint32(status.state)) + ':' +
-                           QString::number(status.acceptedControls);
-        QCOMPARE(reports,
-                 (QStringList{"2:0", "4:3", "6:0", "7:3", "5:0", "4:3", "4:3", "4:3", "3:0", "1:0"}));
+            reports += QString("%1:%2 ").arg(quint32(status.state)).arg(status.acceptedControls);
+        QCOMPARE(reports, "2:0 4:3 6:0 7:3 5:0 4:3 4:3 4:3 3:0 1:0 ");
     }
 
     void requestsEndWithTheEventLoop()
     {
         Script script;
         script.controls = {2};
-        Bench bench({}, script);
+        Bench bench("", script);
         bench.service->leavesAtOnce = true; // the start itself is then a request that nobody carries out
         QCOMPARE(bench.service->exec(), 0);
         QCOMPARE(bench.manager->carriedOut, QVector<bool>{false});
         QCOMPARE(bench.service->calls, QStringList());
     }
 
-    void stopBeforeStart()
+    void controlsBeforeStart()
     {
-        Bench bench({});
+        Bench bench("");
         for (const quint32 code : {2U, 3U, 128U, 1U, 256U})
             bench.service->carryOut(code);
         QCOMPARE(bench.service->calls, QStringList());
@@ -349,93 +347,46 @@ private Q_SLOTS:
 
     void regularApplication_data()
     {
-        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("options");
         QTest::addColumn<int>("loopResult");
-        QTest::addColumn<int>("warningCount");
-        row("ends well", "-e", 0, 0);
-        row("ends with a result of its own", "-exec", 3, 0);
-        row("fails", "-exec", -1, 1);
+        QTest::addColumn<bool>("warns");
+        row("ends with a result of its own", "-e extra", 3, false);
+        row("fails", "-exec extra", -1, true);
     }
 
     void regularApplication()
     {
-        QFETCH(QString, option);
+        QFETCH(QString, options);
         QFETCH(int, loopResult);
-        QFETCH(int, warningCount);
         Script script;
         script.installed = false;
-        script.dispatching = kDenied; // nobody needs to reach it
-        Bench bench({option, "extra"}, script);
+        script.outcome = kDenied; // nobody needs to reach it
+        Bench bench(options, script);
         QStringList seen;
         bench.service->atStart = [&] {
             seen = QCoreApplication::arguments();
             QCoreApplication::exit(loopResult); // does nothing unless the event loop runs
         };
         QCOMPARE(bench.service->exec(), loopResult);
-        QCOMPARE(seen, (QStringList{"prog", "extra"}));
+        QCOMPARE(seen.join(' '), "prog extra");
         QCOMPARE(bench.service->calls, QStringList{"start"});
-        QCOMPARE(warnings.filter("The service could not be executed. (").size(), warningCount);
-    }
-
-    void names_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("used");
-        QTest::addColumn<QStringList>("expectedWarnings");
-        const QString tooLong = "QtService: 'name' is longer than 255 characters.";
-        const QString backslashes = "QtService: 'name' contains backslashes '\\'.";
-        row("longest", QString(255, 'n'), QString(255, 'n'), QStringList());
-        row("too long", QString(256, 'n'), QString(255, 'n'), QStringList{tooLong});
-        row("backslashes", "a\\b\\c", QString("a%1b%1c").arg(QChar(0)), QStringList{backslashes});
-        row("backslash cut off", QString(255, 'n') + '\\', QString(255, 'n'), QStringList{tooLong});
-    }
-
-    void names()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, used);
-        Bench bench({"-u"}, {}, name);
-        bench.service->exec();
-        QCOMPARE(bench.manager->requests, QStringList{"uninstall|" + used});
-        QTEST(warnings, "expectedWarnings");
+        QTEST(bench.said().startsWith("warning: The service could not be executed. ("), "warns");
     }
 
     void serviceLog()
     {
-        Bench bench({});
-        bench.service->writeServiceLog("plain");
-        bench.service->writeServiceLog("e", QtServiceBase::Error, 7, 3, "data");
-        bench.service->writeServiceLog("w", QtServiceBase::Warning);
-        bench.service->writeServiceLog("i", QtServiceBase::Information);
-        QStringList entries;
-        for (const Event &event : qAsConst(bench.eventLog->events)) {
-            entries << QString("%1|%2|%3|%4|%5|%6")
-                           .arg(event.source)
-                           .arg(quint16(event.type))
-                           .arg(event.category)
-                           .arg(event.id)
-                           .arg(event.text, QString::fromLatin1(event.data));
-        }
-        QCOMPARE(entries, (QStringList{"Halvex Service|0|0|0|plain|", "Halvex Service|1|3|7|e|data",
-                                       "Halvex Service|2|0|0|w|", "Halvex Service|4|0|0|i|"}));
-    }
-
-    void whoServes_data()
-    {
-        QTest::addColumn<QByteArray>("option");
-        QTest::addColumn<bool>("serves");
-        row("none", QByteArray(), true);
-        row("unknown", QByteArray("-x"), true);
-        row("exec", QByteArray("-e"), true);
-        row("version", QByteArray("-version"), false);
-    }
-
-    void whoServes()
-    {
-        QFETCH(QByteArray, option);
-        QByteArray program("prog");
-        char *argv[] = {program.data(), option.data(), nullptr};
-        QTEST(wouldServe(option.isEmpty() ? 1 : 2, argv), "serves");
+        Bench bench("");
+        for (const auto type : {QtServiceBase::Success, QtServiceBase::Error, QtServiceBase::Warning,
+                                QtServiceBase::Information})
+            bench.service->writeServiceLog("text", type, 7, 3, "data");
+        QString types;
+        for (const Event &event : qAsConst(bench.eventLog->events))
+            types += QString::number(quint16(event.type));
+        QCOMPARE(types, "0124");
+        const Event &event = bench.eventLog->events.first();
+        QCOMPARE(event.source + event.text + event.data, "Halvex Servicetextdata");
+        QCOMPARE(event.id, 7U);
+        QCOMPARE(event.category, quint16(3));
     }
 };
 
