@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/simulated/drive_answers.h"
+#include "platform/simulated/sectors.h"
 #include "rows.h"
 
 namespace {
@@ -201,6 +202,17 @@ private Q_SLOTS:
             QCOMPARE(requestDelayMs(state, slow.code, ByteView(slow.input)), 700);
         for (const Request &quick : {changed(kAta, 38, 0xEC), kStatus, kGeometry})
             QCOMPARE(requestDelayMs(state, quick.code, ByteView(quick.input)), 0);
+    }
+
+    void identifyTellsSmartOff()
+    {
+        DriveState state = drive();
+        for (const bool isOn : {true, false}) {
+            state.smart.enabled = isOn;
+            const QByteArray sector = identifySector(state);
+            QCOMPARE(ByteView(sector).le16(2 * 82), quint16(1)); // it is there all the same
+            QCOMPARE(ByteView(sector).le16(2 * 85), quint16(isOn));
+        }
     }
 };
 
