@@ -39,6 +39,8 @@ offers '--follow' '' scan status --f
 offers '--check' '' -q status --ch
 offers 'status' '' -p 5000 stat
 offers 'status' '' --host = somewhere : 5000 stat
+offers 'show set' '' schedule s
+offers '' '' smart s
 offers 'wTemp= warnExtTask=' '-o nospace' settings set w
 offers '' '' settings set wTemp = ''
 offers '' '' --timeout ''

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "monitor/scripted_peer.h"
 #include "monitor/smtp_dialogue.h"
-#include "monitor/smtp_peer.h"
 #include "monitor/smtp_sender.h"
 #include "rows.h"
 
@@ -176,7 +176,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, needAuth);
         QFETCH(Lines, script);
-        SmtpPeer peer(script);
+        ScriptedPeer peer(script);
         smtp_sender sender;
         QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
         QSignalSpy error(&sender, &smtp_sender::smtpSenderError);
@@ -210,7 +210,7 @@ private Q_SLOTS:
     {
         QFETCH(Lines, script);
         QFETCH(QString, error);
-        SmtpPeer peer(script);
+        ScriptedPeer peer(script);
         smtp_sender sender;
         QSignalSpy errors(&sender, &smtp_sender::smtpSenderError);
         QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
@@ -252,7 +252,7 @@ private Q_SLOTS:
 
     void startWhileBusy()
     {
-        SmtpPeer peer(kPlainScript);
+        ScriptedPeer peer(kPlainScript);
         smtp_sender sender;
         QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
         sender.start(mailTo(peer.serverPort(), false));
@@ -287,7 +287,7 @@ private Q_SLOTS:
     /// A silent server does not run into the connect timeout, and does not hold up the end of the sender.
     void destroyedWhileStalled()
     {
-        SmtpPeer peer({"220 mail\r\n", "250 mail\r\n"});
+        ScriptedPeer peer({"220 mail\r\n", "250 mail\r\n"});
         auto sender = std::make_unique<smtp_sender>();
         sender->setConnectTimeout(std::chrono::milliseconds(50));
         QSignalSpy ok(sender.get(), &smtp_sender::smtpSenderOk);
@@ -303,7 +303,7 @@ private Q_SLOTS:
 
     void sendsAgain()
     {
-        SmtpPeer peer(Lines{"554 busy\r\n"} + kPlainScript);
+        ScriptedPeer peer(Lines{"554 busy\r\n"} + kPlainScript);
         smtp_sender sender;
         QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
         // Started again from the signal itself, as a caller may who sees that the sender is free.

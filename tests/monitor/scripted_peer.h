@@ -9,19 +9,19 @@
 #include <QTcpSocket>
 #include <QTimer>
 
-/// A mail server that follows a script: one entry when a client connects, then one for each line it sends,
-/// the message counting as one line. In an entry "|" cuts the reply into segments that are sent apart, and an
-/// empty entry closes the connection. After the last entry the peer is silent.
-class SmtpPeer : public QTcpServer
+/// A server on a free port that follows a script: one entry when a client connects, then one for each line it
+/// sends, a mail counting as one line. In an entry "|" cuts what is sent into parts that go out apart, and an
+/// empty part closes the connection. After the last entry the peer is silent.
+class ScriptedPeer : public QTcpServer
 {
     Q_OBJECT
 
 public:
-    explicit SmtpPeer(const QList<QByteArray> &script)
+    explicit ScriptedPeer(const QList<QByteArray> &script)
         : m_script(script)
     {
         listen(QHostAddress::LocalHost);
-        connect(this, &QTcpServer::newConnection, this, &SmtpPeer::accept);
+        connect(this, &QTcpServer::newConnection, this, &ScriptedPeer::accept);
     }
 
     [[nodiscard]] int connectionCount() const { return m_connectionCount; }
@@ -33,7 +33,7 @@ private:
     {
         ++m_connectionCount;
         m_client = nextPendingConnection();
-        connect(m_client, &QTcpSocket::readyRead, this, &SmtpPeer::read);
+        connect(m_client, &QTcpSocket::readyRead, this, &ScriptedPeer::read);
         connect(m_client, &QTcpSocket::disconnected, m_client, &QObject::deleteLater);
         reply();
     }
@@ -43,35 +43,33 @@ private:
         while (m_client && m_client->canReadLine()) {
             const QByteArray line = m_client->readLine();
             m_received += line;
-            if (m_inMessage && line != ".\r\n")
+            if (m_inMail && line != ".\r\n")
                 continue;
-            m_inMessage = line == "DATA\r\n";
+            m_inMail = line == "DATA\r\n";
             reply();
         }
     }
 
     void reply()
     {
-        if (m_script.isEmpty())
-            return;
-        const QByteArray entry = m_script.takeFirst();
-        if (entry.isEmpty())
-            m_client->disconnectFromHost();
-        else
-            send(entry.split('|'));
+        if (!m_script.isEmpty())
+            send(m_script.takeFirst().split('|'));
     }
 
-    void send(QList<QByteArray> segments)
+    void send(QList<QByteArray> parts)
     {
-        m_client->write(segments.takeFirst());
+        const QByteArray part = parts.takeFirst();
+        m_client->write(part);
         m_client->flush();
-        if (!segments.isEmpty())
-            QTimer::singleShot(1, m_client, [this, segments] { send(segments); });
+        if (part.isEmpty())
+            m_client->disconnectFromHost();
+        else if (!parts.isEmpty())
+            QTimer::singleShot(1, m_client, [this, parts] { send(parts); });
     }
 
     QList<QByteArray> m_script;
     QPointer<QTcpSocket> m_client;
     QByteArray m_received;
-    bool m_inMessage = false;
+    bool m_inMail = false;
     int m_connectionCount = 0;
 };
