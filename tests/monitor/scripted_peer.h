@@ -14,8 +14,6 @@
 /// empty part closes the connection. After the last entry the peer is silent.
 class ScriptedPeer : public QTcpServer
 {
-    Q_OBJECT
-
 public:
     explicit ScriptedPeer(const QList<QByteArray> &script)
         : m_script(script)

@@ -2,107 +2,73 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/alert_mail.h"
 
-#include "disk/device_record.h"
 #include "rows.h"
 
-#include <QtTest>
+namespace {
+
+QString shown(const std::optional<SmtpMail> &mail)
+{
+    if (!mail)
+        return QStringLiteral("none");
+    const QStringList fields{
+        mail->server, QString::number(mail->port), mail->user, mail->password, mail->from, mail->to,
+        mail->message};
+    return (mail->needAuth ? QStringLiteral("login ") : QString()) + fields.join(u' ');
+}
+
+} // namespace
 
 class TestAlertMail : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void alertMessage_data()
+    void mails_data()
     {
-        QTest::addColumn<int>("alertLevel");
-        QTest::addColumn<QString>("subject");
-        QTest::addColumn<QString>("message");
-        row("warning", 2, "Disk trouble",
-            "From: disks@example.org\r\nTo: admin@example.org\r\nSubject: Disk trouble\r\n"
-            "WARNING from (tower) 2026-11-15 00:36:07\r\n"
-            "ID: 0 WDC\r\n   Parameter ID 5=10\r\n");
-        row("alarm without subject", 3, "",
-            "From: disks@example.org\r\nTo: admin@example.org\r\nSubject: \r\n"
-            "ALARM from (tower) 2026-11-15 00:36:07\r\n"
-            "ID: 0 WDC\r\n   Parameter ID 5=10\r\n");
-    }
-
-    void alertMessage()
-    {
-        QFETCH(int, alertLevel);
-        QFETCH(QString, subject);
-        Settings settings;
-        settings.smtpFrom = QStringLiteral("disks@example.org");
-        settings.smtpTo = QStringLiteral("admin@example.org");
-        settings.smtpSubj = subject;
-        const SmtpMail mail =
-            alertMail(alertLevel, QStringLiteral("ID: 0 WDC\n   Parameter ID 5=10"), settings,
-                      QStringLiteral("tower"), QDateTime(QDate(2026, 11, 15), QTime(0, 36, 7)));
-        QTEST(mail.message, "message");
-    }
-
-    void settingsAreTaken()
-    {
+        QTest::addColumn<QString>("mail");
+        QTest::addColumn<QString>("expected");
         Settings settings;
         settings.smtpNeedAuth = true;
-        settings.smtpServer = QStringLiteral("mail.example.org");
+        settings.smtpServer = QStringLiteral("mail");
         settings.smtpPort = 2525;
         settings.smtpUser = QStringLiteral("user");
         settings.smtpPass = QStringLiteral("secret");
-        const SmtpMail mail = alertMail(2, QString(), settings, QString(), QDateTime());
-        QCOMPARE(mail.needAuth, true);
-        QCOMPARE(mail.server, QStringLiteral("mail.example.org"));
-        QCOMPARE(mail.port, quint16(2525));
-        QCOMPARE(mail.user, QStringLiteral("user"));
-        QCOMPARE(mail.password, QStringLiteral("secret"));
+        settings.smtpFrom = QStringLiteral("a@b");
+        settings.smtpTo = QStringLiteral("c@d");
+        settings.smtpSubj = QStringLiteral("Disk trouble");
+        row("warning",
+            shown(alertMail(2, QStringLiteral("ID: 0 WDC\n   Parameter ID 5=10"), settings,
+                            QStringLiteral("tower"), QDateTime(QDate(2026, 11, 15), QTime(0, 36, 7)))),
+            "login mail 2525 user secret a@b c@d From: a@b\r\nTo: c@d\r\nSubject: Disk trouble\r\n"
+            "WARNING from (tower) 2026-11-15 00:36:07\r\nID: 0 WDC\r\n   Parameter ID 5=10\r\n");
+        const auto test = [](const char *text) { return shown(testMail(QString::fromLatin1(text))); };
+        row("test", test("2525~;1~;a@b~;c@d~;mail~;Hello~;user~;secret~;first\nsecond~;not sent"),
+            "login mail 2525 user secret a@b c@d From: a@b\r\nTo: c@d\r\nSubject: Hello\r\n"
+            "first\r\nsecond\r\n");
+        row("test without login and text", test("25~;0~;a~;b~;c~;d~;e~;f~;"),
+            "c 25 e f a b From: a\r\nTo: b\r\nSubject: d\r\n\r\n");
+        row("test with a field too few", test("25~;0~;a~;b~;c~;d~;e~;f"), "none");
+
+        const auto text = [](const char *sent) {
+            const auto mail = testMail(QStringLiteral("25~;0~;a~;b~;c~;d~;e~;f~;") + QLatin1String(sent));
+            return mail->message.section(QStringLiteral("\r\n"), 3); // behind the headers
+        };
+        row("dot", text("ab\n.\ncd"), "ab\r\n..\r\ncd\r\n");
+        row("any one character", text("ab\nx\ncd"), "ab\r\n..\r\ncd\r\n");
+        row("first line", text(".\ncd"), "..\r\ncd\r\n");
+        row("last line", text("ab\n."), "ab\r\n..\r\n");
+        row("three in a row", text("ab\n.\nx\n.\ncd"), "ab\r\n..\r\nx\r\n..\r\ncd\r\n");
+        row("two characters", text("ab\n..\ncd"), "ab\r\n..\r\ncd\r\n");
+        row("dot that begins a line", text("ab\n.b\nef"), "ab\r\n.b\r\nef\r\n");
+        row("empty lines", text("ab\n\n\ncd"), "ab\r\n\r\n\r\ncd\r\n");
+        row("CR LF already", text("ab\r\ncd"), "ab\r\r\ncd\r\n");
+        row("CR alone on its line", text("ab\n\r\ncd"), "ab\r\n..\r\ncd\r\n");
     }
 
-    void testFields()
+    void mails()
     {
-        const auto mail =
-            testMail(QStringLiteral("2525~;1~;a@b~;c@d~;mail~;Hello~;user~;secret~;first\nsecond~;not sent"));
-        QVERIFY(mail);
-        QCOMPARE(mail->port, quint16(2525));
-        QCOMPARE(mail->needAuth, true);
-        QCOMPARE(mail->from, QStringLiteral("a@b"));
-        QCOMPARE(mail->to, QStringLiteral("c@d"));
-        QCOMPARE(mail->server, QStringLiteral("mail"));
-        QCOMPARE(mail->user, QStringLiteral("user"));
-        QCOMPARE(mail->password, QStringLiteral("secret"));
-        QCOMPARE(mail->message,
-                 QStringLiteral("From: a@b\r\nTo: c@d\r\nSubject: Hello\r\nfirst\r\nsecond\r\n"));
-    }
-
-    void missingTestFields()
-    {
-        QVERIFY(!testMail(QStringLiteral("25~;0~;a~;b~;c~;d~;e~;f")));
-        QVERIFY(testMail(QStringLiteral("25~;0~;a~;b~;c~;d~;e~;f~;")));
-    }
-
-    void textOfTestMail_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("sent"); // what follows the headers
-        row("dot", "ab\n.\ncd", "ab\r\n..\r\ncd\r\n");
-        row("any one character", "ab\nx\ncd", "ab\r\n..\r\ncd\r\n");
-        row("first line", ".\ncd", "..\r\ncd\r\n");
-        row("last line", "ab\n.", "ab\r\n..\r\n");
-        row("two in a row", "ab\n.\n.\ncd", "ab\r\n..\r\n.\r\ncd\r\n");
-        row("three in a row", "ab\n.\nx\n.\ncd", "ab\r\n..\r\nx\r\n..\r\ncd\r\n");
-        row("two characters", "ab\n..\ncd", "ab\r\n..\r\ncd\r\n");
-        row("dot that begins a line", "ab\n.b\nef", "ab\r\n.b\r\nef\r\n");
-        row("empty lines", "ab\n\n\ncd", "ab\r\n\r\n\r\ncd\r\n");
-        row("CR LF already", "ab\r\ncd", "ab\r\r\ncd\r\n");
-        row("CR alone on its line", "ab\n\r\ncd", "ab\r\n..\r\ncd\r\n");
-        row("empty", "", "\r\n");
-    }
-
-    void textOfTestMail()
-    {
-        QFETCH(QString, text);
-        const auto mail = testMail(QStringLiteral("25~;0~;a~;b~;c~;d~;e~;f~;") + text);
-        QVERIFY(mail);
-        QTEST(mail->message.mid(QStringLiteral("From: a\r\nTo: b\r\nSubject: d\r\n").size()), "sent");
+        QFETCH(QString, mail);
+        QTEST(mail, "expected");
     }
 };
 

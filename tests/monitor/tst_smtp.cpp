@@ -6,10 +6,9 @@
 #include "rows.h"
 
 #include <QHostInfo>
-#include <QtTest>
 
+#include <array>
 #include <memory>
-#include <vector>
 
 namespace {
 
@@ -38,23 +37,16 @@ const QByteArray kLogin = "AUTH LOGIN\r\n"
                           "dXPpcg==\r\n"
                           "c2VjcmV0\r\n";
 
-const Lines kPlainScript{"220 mail ready\r\n", "250 mail\r\n", "250 ok\r\n", "250 ok\r\n",
-                         "354 go on\r\n",      "250 ok\r\n",   "221 bye\r\n"};
-
-/// Feeds each reply in pieces of at most `size` bytes, the next one only when something was sent.
-QByteArray talk(SmtpDialogue &dialogue, const Lines &replies, int size)
+/// The replies in `text`, which "|" parts.
+Lines replies(const char *text)
 {
-    QByteArray allSent;
-    for (const QByteArray &reply : replies) {
-        QByteArray sent;
-        for (int i = 0; i < reply.size(); i += size)
-            sent += dialogue.receive(reply.mid(i, size));
-        allSent += sent;
-        if (sent.isEmpty())
-            break;
-    }
-    return allSent;
+    Lines lines = QByteArray(text).split('|');
+    for (QByteArray &line : lines)
+        line += "\r\n";
+    return lines;
 }
+
+const Lines kPlainScript = replies("220 mail ready|250 mail|250 ok|250 ok|354 go on|250 ok|221 bye");
 
 } // namespace
 
@@ -69,31 +61,30 @@ private Q_SLOTS:
         QTest::addColumn<Lines>("replies");
         QTest::addColumn<QByteArray>("sent"); // after EHLO
         QTest::addColumn<int>("outcome");     // 0 open, 1 sent, 2 failed
+        const QByteArray nothing;
         row("plain", false, kPlainScript, kEnvelope, 1);
         row("several lines", false,
-            Lines{"220-mail\r\n220 ready\r\n", "250-mail\r\n250-SIZE 1000\r\n250 HELP\r\n", "250 ok\r\n",
-                  "250-a\r\n250 b\r\n", "354 go on\r\n", "250 ok\r\n", "221 bye\r\n"},
+            replies(
+                "220-mail\r\n220 ready|250-mail\r\n250-SIZE 1000\r\n250 HELP|250 ok|250-a\r\n250 b|354 go on|"
+                "250 ok|221 bye"),
             kEnvelope, 1);
-        row("bare codes", false,
-            Lines{"220\r\n", "250\r\n", "250\r\n", "250\r\n", "354\r\n", "250\r\n", "221\r\n"}, kEnvelope, 1);
+        row("bare codes", false, replies("220|250|250|250|354|250|221"), kEnvelope, 1);
+        row("sent ahead", false, Lines{kPlainScript.join()}, kEnvelope, 1);
         row("login", true,
-            Lines{"220 mail\r\n", "250-mail\r\n250 AUTH LOGIN\r\n", "334 VXNlcm5hbWU6\r\n",
-                  "334 UGFzc3dvcmQ6\r\n", "235 welcome\r\n", "250 ok\r\n", "250 ok\r\n", "354 go on\r\n",
-                  "250 ok\r\n", "221 bye\r\n"},
+            replies(
+                "220 mail|250-mail\r\n250 AUTH LOGIN|334 VXNlcm5hbWU6|334 UGFzc3dvcmQ6|235 welcome|250 ok|"
+                "250 ok|354 go on|250 ok|221 bye"),
             kLogin + kEnvelope, 1);
-        row("QUIT refused", false, kPlainScript.mid(0, 6) + Lines{"500 what?\r\n"}, kEnvelope, 1);
+        row("QUIT refused", false, kPlainScript.mid(0, 6) + replies("500 what?"), kEnvelope, 1);
         row("QUIT not answered", false, kPlainScript.mid(0, 6), kEnvelope, 0);
-        row("more to come", false, Lines{"220 mail\r\n", "250-mail\r\n"}, QByteArray(), 0);
-        row("line not ended", false, Lines{"220 mail\r\n", "250 mail\r"}, QByteArray(), 0);
-        row("login refused", true,
-            Lines{"220 mail\r\n", "250 mail\r\n", "334 user\r\n", "334 password\r\n", "535 no\r\n"}, kLogin,
-            2);
-        row("2 where 3 is due", true, Lines{"220 mail\r\n", "250 mail\r\n", "250 ok\r\n"},
-            QByteArray("AUTH LOGIN\r\n"), 2);
-        row("3 where 2 is due", false, Lines{"220 mail\r\n", "354 go on\r\n"}, QByteArray(), 2);
-        row("last line decides", false, Lines{"220 mail\r\n", "250-mail\r\n550 no\r\n"}, QByteArray(), 2);
-        row("no code", false, Lines{"220 mail\r\n", "hello\r\n"}, QByteArray(), 2);
-        row("empty line", false, Lines{"220 mail\r\n", "\r\n"}, QByteArray(), 2);
+        row("more to come", false, replies("220 mail|250-mail"), nothing, 0);
+        row("line not ended", false, Lines{"220 mail\r\n", "250 mail\r"}, nothing, 0);
+        row("login refused", true, replies("220 mail|250 mail|334 user|334 password|535 no"), kLogin, 2);
+        row("2 where 3 is due", true, replies("220 mail|250 mail|250 ok"), QByteArray("AUTH LOGIN\r\n"), 2);
+        row("3 where 2 is due", false, replies("220 mail|354 go on"), nothing, 2);
+        row("last line decides", false, replies("220 mail|250-mail\r\n550 no"), nothing, 2);
+        row("no code", false, replies("220 mail|hello"), nothing, 2);
+        row("empty line", false, replies("220 mail|"), nothing, 2);
     }
 
     /// However the replies are cut into segments, the dialogue is the same.
@@ -104,88 +95,37 @@ private Q_SLOTS:
         QFETCH(QByteArray, sent);
         for (int size = 1; size <= 40; ++size) {
             SmtpDialogue dialogue(mailTo(25, needAuth), QStringLiteral("tower"));
-            QCOMPARE(talk(dialogue, replies, size), "EHLO tower\r\n" + sent);
+            QByteArray allSent;
+            for (const QByteArray &reply : replies) {
+                for (int i = 0; i < reply.size(); i += size)
+                    allSent += dialogue.receive(reply.mid(i, size));
+            }
+            QCOMPARE(allSent, "EHLO tower\r\n" + sent);
             QTEST(int(dialogue.outcome()), "outcome");
         }
     }
 
-    void repliesSentAhead()
-    {
-        SmtpDialogue dialogue(mailTo(25, false), QStringLiteral("tower"));
-        QCOMPARE(dialogue.receive(kPlainScript.join()), "EHLO tower\r\n" + kEnvelope);
-        QCOMPARE(dialogue.outcome(), SmtpDialogue::Outcome::Sent);
-    }
-
-    void boundedReply_data()
-    {
-        QTest::addColumn<QByteArray>("flood");
-        row("endless line", QByteArray(1000, 'x'));
-        row("endless reply", QByteArray("220-more\r\n").repeated(100));
-        row("empty lines in one", QByteArray(70000, '\n'));
-    }
-
-    void boundedReply()
-    {
-        QFETCH(QByteArray, flood);
-        SmtpDialogue dialogue(mailTo(25, false), QStringLiteral("tower"));
-        int received = 0;
-        while (dialogue.outcome() == SmtpDialogue::Outcome::Open && received < 1000000) {
-            QCOMPARE(dialogue.receive(flood), QByteArray());
-            received += flood.size();
-        }
-        QCOMPARE(dialogue.outcome(), SmtpDialogue::Outcome::Failed);
-        QVERIFY(dialogue.transcript().size() <= SmtpDialogue::kMaxReplySize);
-    }
-
-    void sendsTheMail_data()
-    {
-        QTest::addColumn<bool>("needAuth");
-        QTest::addColumn<Lines>("script");
-        QTest::addColumn<QByteArray>("commands");
-        QTest::addColumn<QByteArray>("transcript");
-        const QByteArray ehlo = "EHLO " + QHostInfo::localHostName().toUtf8() + "\r\n";
-        row("plain, cut into segments", false,
-            Lines{"220-mail\r|\n220| ready\r\n", "250-mail\r\n|250-SIZE 1000\r\n25|0 HELP\r\n", "250 ok\r\n",
-                  "250 ok\r\n", "354 go on\r\n", "250 ok|\r\n", "221 bye\r\n"},
-            ehlo + kEnvelope,
-            "220-mail\n220 ready\n" + ehlo +
-                "250-mail\n250-SIZE 1000\n250 HELP\n"
-                "MAIL FROM: <disks@example.org>\r\n"
-                "250 ok\n"
-                "RCPT TO: <admin@example.org>\r\n"
-                "250 ok\n"
-                "DATA\r\n"
-                "354 go on\n"
-                "Subject: Hello\r\ntext\r\n.\r\n"
-                "250 ok\n"
-                "QUIT\r\n"
-                "221 bye\n");
-        row("login", true,
-            Lines{"220 mail\r\n", "250 mail\r\n", "334 user\r\n", "334 password\r\n", "235 welcome\r\n",
-                  "250 ok\r\n", "250 ok\r\n", "354 go on\r\n", "250 ok\r\n", "221 bye\r\n"},
-            ehlo + kLogin + kEnvelope,
-            "220 mail\n" + ehlo +
-                "250 mail\nAUTH LOGIN\r\n334 user\ndXPpcg==\r\n334 password\nc2VjcmV0\r\n"
-                "235 welcome\n"
-                "MAIL FROM: <disks@example.org>\r\n250 ok\n"
-                "RCPT TO: <admin@example.org>\r\n250 ok\n"
-                "DATA\r\n354 go on\nSubject: Hello\r\ntext\r\n.\r\n250 ok\nQUIT\r\n221 bye\n");
-    }
-
     void sendsTheMail()
     {
-        QFETCH(bool, needAuth);
-        QFETCH(Lines, script);
-        ScriptedPeer peer(script);
+        const QByteArray ehlo = "EHLO " + QHostInfo::localHostName().toUtf8() + "\r\n";
+        ScriptedPeer peer({"220-mail\r|\n220| ready\r\n", "250 mail\r\n", "250 ok\r\n", "250 ok\r\n",
+                           "354 go on\r\n", "250 ok|\r\n", "221 bye\r\n"});
         smtp_sender sender;
         QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
         QSignalSpy error(&sender, &smtp_sender::smtpSenderError);
-        sender.start(mailTo(peer.serverPort(), needAuth));
+        sender.start(mailTo(peer.serverPort(), false));
+        sender.start(mailTo(peer.serverPort(), true)); // too early, and left alone
         QVERIFY(ok.wait());
         QVERIFY(!sender.isBusy());
-        QTEST(ok.first().first().toString().toUtf8(), "transcript");
-        QTEST(peer.received(), "commands");
+        const QByteArray transcript =
+            "220-mail\n220 ready\n" + ehlo +
+            "250 mail\n"
+            "MAIL FROM: <disks@example.org>\r\n250 ok\nRCPT TO: <admin@example.org>\r\n250 ok\n"
+            "DATA\r\n354 go on\nSubject: Hello\r\ntext\r\n.\r\n250 ok\nQUIT\r\n221 bye\n";
+        QCOMPARE(ok.first().first().toString().toUtf8(), transcript);
+        QCOMPARE(peer.received(), ehlo + kEnvelope);
         QTRY_VERIFY(!peer.isConnected());
+        QCOMPARE(peer.connectionCount(), 1);
         QCOMPARE(ok.count(), 1);
         QCOMPARE(error.count(), 0);
     }
@@ -197,13 +137,13 @@ private Q_SLOTS:
         const QString unexpected = QStringLiteral("SMTP error: Unexpected reply from SMTP server.\n");
         const QString closed = QStringLiteral("SMTP error: RemoteHostClosedError. Check Your SMTP Settings.");
         row("closed at once", Lines{""}, closed);
-        row("closed in mid-dialogue", Lines{"220 mail\r\n", "250 mail\r\n", ""}, closed);
         row("closed instead of an answer to QUIT", kPlainScript.mid(0, 6) + Lines{""}, closed);
         row("refused", Lines{"554 go away\r\n"}, unexpected + QStringLiteral("554 go away\n"));
         row("some other server", Lines{"HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"},
             unexpected + QStringLiteral("HTTP/1.1 400 Bad Request\nConnection: close\n\n"));
-        row("garbage", Lines{QByteArray("\0\xff\xfe\r\n", 5)}, unexpected);
-        row("a megabyte", Lines{QByteArray(1 << 20, '2')}, unexpected);
+        row("endless line", Lines{QByteArray(1 << 20, '2')}, unexpected);
+        row("endless reply", Lines{QByteArray("220-more\r\n").repeated(1 << 17)}, unexpected);
+        row("empty lines", Lines{QByteArray(1 << 20, '\n')}, unexpected);
     }
 
     void failures()
@@ -217,12 +157,11 @@ private Q_SLOTS:
         sender.start(mailTo(peer.serverPort(), false));
         QVERIFY(errors.wait());
         QVERIFY(!sender.isBusy());
-        QVERIFY2(errors.first().first().toString().startsWith(error),
-                 qPrintable(errors.first().first().toString()));
-        QVERIFY(errors.first().first().toString().size() < 2000);
+        const QString text = errors.first().first().toString();
+        QVERIFY2(text.startsWith(error), qPrintable(text));
+        QVERIFY(text.size() <= error.size() + SmtpDialogue::kMaxReplySize);
         QTRY_VERIFY(!peer.isConnected());
-        QCOMPARE(errors.count(), 1);
-        QCOMPARE(ok.count(), 0);
+        QCOMPARE(errors.count() + ok.count(), 1);
     }
 
     void unusableServer_data()
@@ -233,14 +172,12 @@ private Q_SLOTS:
         row("no server given", "", "SMTP error: HostNotFoundError. Check Your SMTP Settings.");
     }
 
+    /// What fails at once still fails behind the start, not within it.
     void unusableServer()
     {
-        QTcpServer placeholder;
-        QVERIFY(placeholder.listen(QHostAddress::LocalHost));
+        SmtpMail mail = mailTo(ScriptedPeer({}).serverPort(), false); // nobody's by now
         QFETCH(QString, server);
-        SmtpMail mail = mailTo(placeholder.serverPort(), false);
         mail.server = server;
-        placeholder.close();
         smtp_sender sender;
         QSignalSpy errors(&sender, &smtp_sender::smtpSenderError);
         sender.start(mail);
@@ -250,31 +187,15 @@ private Q_SLOTS:
         QVERIFY(!sender.isBusy());
     }
 
-    void startWhileBusy()
-    {
-        ScriptedPeer peer(kPlainScript);
-        smtp_sender sender;
-        QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
-        sender.start(mailTo(peer.serverPort(), false));
-        SmtpMail other = mailTo(peer.serverPort(), true);
-        other.message = QStringLiteral("other\r\n");
-        sender.start(other);
-        QVERIFY(ok.wait());
-        QVERIFY(peer.received().endsWith(kEnvelope));
-        QCOMPARE(peer.connectionCount(), 1);
-    }
-
     /// A listener whose queue of connections is full does not answer any more.
     void connectTimeout()
     {
         QTcpServer full;
         QVERIFY(full.listen(QHostAddress::LocalHost));
         full.pauseAccepting();
-        std::vector<std::unique_ptr<QTcpSocket>> crowd;
-        for (int i = 0; i < 100; ++i) {
-            crowd.push_back(std::make_unique<QTcpSocket>());
-            crowd.back()->connectToHost(QHostAddress::LocalHost, full.serverPort());
-        }
+        std::array<QTcpSocket, 100> crowd;
+        for (QTcpSocket &socket : crowd)
+            socket.connectToHost(QHostAddress::LocalHost, full.serverPort());
         smtp_sender sender;
         sender.setConnectTimeout(std::chrono::milliseconds(50));
         QSignalSpy errors(&sender, &smtp_sender::smtpSenderError);
