@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "rows.h"
-#include "scan/scan_tread.h"
 #include "scan/scan_workers.h"
 
-#include <QLoggingCategory>
 #include <QPointer>
 #include <QSemaphore>
-#include <QtTest>
 
 #include <atomic>
-#include <limits>
 
 using namespace std::chrono_literals;
 
@@ -87,7 +83,25 @@ private:
     Script &m_script;
 };
 
-const QStringList kTwoPaths{QStringLiteral("\\\\.\\PhysicalDrive0"), QStringLiteral("\\\\.\\PhysicalDrive1")};
+/// Two drives with their workers.
+struct Bench
+{
+    Script script;
+    ScriptedDrives drives{script};
+    ScanWorkers workers;
+    DeviceList devices = DeviceList(2);
+
+    explicit Bench(ScanWorkers::Patience patience = {})
+        : workers(drives, patience)
+    {
+        create();
+    }
+
+    void create()
+    {
+        workers.create({QStringLiteral("\\\\.\\PhysicalDrive0"), QStringLiteral("\\\\.\\PhysicalDrive1")});
+    }
+};
 
 /// 300 sectors of the second device, in three blocks.
 const ScanRequest kThreeBlocks{1, 65536, 1000, 1299};
@@ -124,198 +138,137 @@ private Q_SLOTS:
     void refusals()
     {
         QFETCH(ScanRequest, request);
-        Script script;
-        script.reads.release(kPlenty);
-        ScriptedDrives drives(script);
-        ScanWorkers workers(drives);
-        workers.create(kTwoPaths);
-        DeviceList devices(2);
-        devices[0].scanPercent = 33;
-        QTEST(workers.start(request), "starts");
-        QTRY_VERIFY(!workers.isRunning(0));
-        workers.publish(devices);
-        const bool started = script.started > 0;
-        QTEST(started, "starts");
-        QCOMPARE(devices[0].scanPercent, started ? 100 : 33); // a refused scan leaves the state alone
+        Bench bench;
+        bench.script.reads.release(kPlenty);
+        bench.devices[0].scanPercent = 33;
+        const bool starts = bench.workers.start(request);
+        QTEST(starts, "starts");
+        QTRY_VERIFY(!bench.workers.isRunning(0));
+        bench.workers.publish(bench.devices);
+        QCOMPARE(bench.devices[0].scanPercent, starts ? 100 : 33); // a refused scan leaves the state alone
     }
 
     void progressAndResult()
     {
-        Script script;
-        script.readable = false;
-        ScriptedDrives drives(script);
-        ScanWorkers workers(drives);
-        workers.create(kTwoPaths);
-        DeviceList devices(2);
-        devices[0].scanPercent = 33;
-        devices[1].scanPercent = 99;
+        Bench bench;
+        bench.script.readable = false;
+        bench.devices[0].scanPercent = 33;
+        const DeviceRecord &device = bench.devices[1];
+        QVERIFY(bench.workers.start(kThreeBlocks));
+        QVERIFY(bench.workers.isRunning(1));
+        QVERIFY(!bench.workers.isRunning(0));
+        QVERIFY(!bench.workers.start(kThreeBlocks)); // one scan a device
 
-        QVERIFY(workers.start(kThreeBlocks));
-        QVERIFY(workers.isRunning(1));
-        QVERIFY(!workers.isRunning(0));
-        QVERIFY(!workers.start(kThreeBlocks)); // one scan a device
-        workers.publish(devices);
-        QCOMPARE(devices[1].scanPercent, 0);
-        QCOMPARE(devices[1].scanCurrent, quint64(1000));
-
-        script.reads.release(2);
-        QTRY_COMPARE(int(script.started), 3);
-        workers.publish(devices);
-        QCOMPARE(devices[1].scanPercent, 85);
-        QCOMPARE(devices[1].scanFirst, quint64(1000));
-        QCOMPARE(devices[1].scanCurrent, quint64(1255));
-        QCOMPARE(devices[1].badRanges, (QVector<SectorRange>{{1000, 1127}, {1128, 1255}}));
-        const QDateTime started = devices[1].scanTime;
+        bench.script.reads.release(2);
+        QTRY_COMPARE(int(bench.script.started), 3);
+        bench.workers.publish(bench.devices);
+        QCOMPARE(device.scanPercent, 85);
+        QCOMPARE(device.scanFirst, quint64(1000));
+        QCOMPARE(device.scanCurrent, quint64(1255));
+        QCOMPARE(device.badRanges, (QVector<SectorRange>{{1000, 1127}, {1128, 1255}}));
+        const QDateTime started = device.scanTime;
         QVERIFY(started.isValid());
 
-        script.reads.release();
-        QTRY_VERIFY(!workers.isRunning(1));
-        workers.publish(devices);
-        QCOMPARE(devices[1].scanPercent, 100);
-        QCOMPARE(devices[1].scanError, 0);
-        QCOMPARE(devices[1].badRanges.size(), 3);
-        QVERIFY(devices[1].scanTime >= started);
-        QCOMPARE(devices[0].scanPercent, 33); // never scanned: keeps what the settings file said
-        QCOMPARE(int(script.opened), 0);
-    }
+        bench.script.reads.release();
+        QTRY_VERIFY(!bench.workers.isRunning(1));
+        bench.workers.publish(bench.devices);
+        QCOMPARE(device.scanPercent, 100);
+        QCOMPARE(device.badRanges.size(), 3);
+        QVERIFY(device.scanTime >= started);
+        QCOMPARE(bench.devices[0].scanPercent, 33); // never scanned: keeps what the settings file said
+        QCOMPARE(int(bench.script.opened), 0);
 
-    void nextRunStartsAfresh()
-    {
-        Script script;
-        script.readable = false;
-        script.reads.release(kPlenty);
-        ScriptedDrives drives(script);
-        ScanWorkers workers(drives);
-        workers.create(kTwoPaths);
-        DeviceList devices(2);
-        QVERIFY(workers.start(kThreeBlocks));
-        QTRY_VERIFY(!workers.isRunning(1));
-        script.readable = true;
-        QVERIFY(workers.start({1, 512, 5, 5}));
-        QTRY_VERIFY(!workers.isRunning(1));
-        workers.publish(devices);
-        QCOMPARE(devices[1].scanFirst, quint64(5));
-        QCOMPARE(devices[1].badRanges.size(), 0);
+        // The next run starts afresh.
+        bench.script.readable = true;
+        bench.script.reads.release();
+        QVERIFY(bench.workers.start({1, 512, 5, 5}));
+        QTRY_VERIFY(!bench.workers.isRunning(1));
+        bench.workers.publish(bench.devices);
+        QCOMPARE(device.scanFirst, quint64(5));
+        QCOMPARE(device.badRanges.size(), 0);
     }
 
     void openFailure()
     {
-        Script script;
-        script.openError = system_error::kAccessDenied;
-        ScriptedDrives drives(script);
-        ScanWorkers workers(drives);
-        workers.create(kTwoPaths);
-        DeviceList devices(2);
-        QTest::ignoreMessage(QtWarningMsg, "ERROR_ACCESS_DENIED Scan Disk \\\\.\\PhysicalDrive1.");
-        QVERIFY(workers.start(kThreeBlocks));
-        QTRY_VERIFY(!workers.isRunning(1));
-        workers.publish(devices);
-        QCOMPARE(devices[1].scanError, 1);
-        QVERIFY(devices[1].scanTime.isValid());
-        QCOMPARE(devices[1].scanCurrent, quint64(1000));
+        Bench bench;
+        const DeviceRecord &device = bench.devices[1];
+        for (const auto &[error, name] : {std::pair(system_error::kAccessDenied, "ERROR_ACCESS_DENIED"),
+                                          std::pair(system_error::kFileNotFound, "ERROR_FILE_NOT_FOUND")}) {
+            bench.script.openError = error;
+            const QByteArray message = QByteArray(name) + " Scan Disk \\\\.\\PhysicalDrive1.";
+            QTest::ignoreMessage(QtWarningMsg, message);
+            QVERIFY(bench.workers.start(kThreeBlocks));
+            QTRY_VERIFY(!bench.workers.isRunning(1));
+        }
+        bench.workers.publish(bench.devices);
+        QCOMPARE(device.scanError, 1);
+        QVERIFY(device.scanTime.isValid());
+        QCOMPARE(device.scanCurrent, quint64(1000));
 
-        script.openError = system_error::kNone;
-        script.reads.release(kPlenty);
-        QVERIFY(workers.start(kThreeBlocks));
-        QTRY_VERIFY(!workers.isRunning(1));
-        workers.publish(devices);
-        QCOMPARE(devices[1].scanError, 0);
+        bench.script.openError = system_error::kNone;
+        bench.script.reads.release(kPlenty);
+        QVERIFY(bench.workers.start(kThreeBlocks));
+        QTRY_VERIFY(!bench.workers.isRunning(1));
+        bench.workers.publish(bench.devices);
+        QCOMPARE(device.scanError, 0);
     }
 
     void stopRightAfterTheStart()
     {
-        Script script;
-        ScriptedDrives drives(script);
-        ScanWorkers workers(drives);
-        workers.create(kTwoPaths);
-        QVERIFY(workers.start(kThreeBlocks));
-        QVERIFY(workers.requestStop(1)); // most likely before the thread has got so far as to open the drive
-        QVERIFY(!workers.requestStop(2));
-        script.reads.release(kPlenty);
-        QTRY_VERIFY(!workers.isRunning(1));
-        QCOMPARE(int(script.started), 1);
+        Bench bench;
+        QVERIFY(bench.workers.start(kThreeBlocks));
+        QVERIFY(bench.workers.requestStop(1)); // most likely before the thread has opened the drive
+        QVERIFY(!bench.workers.requestStop(2));
+        bench.script.reads.release(kPlenty);
+        QTRY_VERIFY(!bench.workers.isRunning(1));
+        QCOMPARE(int(bench.script.started), 1);
     }
 
     void snapshotsAreWhole()
     {
-        Script script;
-        script.readable = false;
-        script.reads.release(kPlenty);
-        ScriptedDrives drives(script);
-        ScanWorkers workers(drives);
-        workers.create(kTwoPaths);
-        DeviceList devices(2);
-        QVERIFY(workers.start({1, 512, 0, 9999}));
+        Bench bench;
+        bench.script.readable = false;
+        bench.script.reads.release(kPlenty);
+        const DeviceRecord &device = bench.devices[1];
+        QVERIFY(bench.workers.start({1, 512, 0, 9999}));
         for (bool running = true; running;) {
-            running = workers.isRunning(1);
-            workers.publish(devices);
+            running = bench.workers.isRunning(1);
+            bench.workers.publish(bench.devices);
             // Every sector is bad, so the list tells how far the scan was at the same moment.
-            if (!devices[1].badRanges.isEmpty())
-                QCOMPARE(devices[1].badRanges.last().last, devices[1].scanCurrent);
+            if (!device.badRanges.isEmpty())
+                QCOMPARE(device.badRanges.last().last, device.scanCurrent);
         }
-        QCOMPARE(devices[1].badRanges.size(), 10000);
+        QCOMPARE(device.badRanges.size(), 10000);
     }
 
     void cancelEndsAHangingRead()
     {
-        Script script;
-        ScriptedDrives drives(script);
-        ScanWorkers workers(drives, {0ms, 60s});
-        workers.create(kTwoPaths);
-        DeviceList devices(2);
-        QVERIFY(workers.start(kThreeBlocks));
-        QTRY_COMPARE(int(script.started), 1);
-        QVERIFY(workers.stopAll(devices));
-        QVERIFY(!workers.isRunning(1));
-        QCOMPARE(devices[1].scanFirst, quint64(1000));
-        QCOMPARE(devices[1].badRanges.size(), 0); // what we cut off ourselves is no bad block
+        Bench bench({0ms, 60s});
+        QVERIFY(bench.workers.start(kThreeBlocks));
+        QTRY_COMPARE(int(bench.script.started), 1);
+        QVERIFY(bench.workers.stopAll(bench.devices));
+        QVERIFY(!bench.workers.isRunning(1));
+        QCOMPARE(bench.devices[1].scanFirst, quint64(1000));
+        QCOMPARE(bench.devices[1].badRanges.size(), 0); // what we cut off ourselves is no bad block
     }
 
     void driveThatDoesNotLetGoIsLeftBehind()
     {
-        Script script;
-        script.heedsCancel = false;
-        ScriptedDrives drives(script);
-        ScanWorkers workers(drives, {0ms, 0ms});
-        workers.create(kTwoPaths);
-        DeviceList devices(2);
-        QVERIFY(workers.start(kThreeBlocks));
-        QTRY_COMPARE(int(script.started), 1);
+        Bench bench({0ms, 0ms});
+        bench.script.heedsCancel = false;
+        QVERIFY(bench.workers.start(kThreeBlocks));
+        QTRY_COMPARE(int(bench.script.started), 1);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("PhysicalDrive1.*left behind")));
-        QVERIFY(!workers.stopAll(devices));
-        QVERIFY(!workers.isRunning(1));
+        QVERIFY(!bench.workers.stopAll(bench.devices));
+        QVERIFY(!bench.workers.isRunning(1));
 
-        workers.create(kTwoPaths); // the next detection goes on without it
-        script.reads.release(kPlenty);
-        QVERIFY(workers.start({0, 512, 0, 0}));
-        QTRY_VERIFY(!workers.isRunning(0));
-        QTRY_VERIFY(!script.firstReader); // and once its drive answers, it ends by itself
-        QCOMPARE(int(script.opened), 0);
-        QCOMPARE(int(script.started), 2);
-    }
-
-    void treadKeepsItsTotals()
-    {
-        Script script;
-        ScriptedDrives drives(script);
-        scan_tread tread(drives, 0, QStringLiteral("disk"));
-        tread.startScan({1000, 1299});
-        QTRY_COMPARE(int(script.started), 1);
-        tread.requestStop();
-        QLoggingCategory::setFilterRules(QStringLiteral("halvex.scan.debug=true"));
-        QTest::ignoreMessage(QtDebugMsg, "Stop Scan Disk disk. Last sector 1127");
-        script.reads.release();
-        QVERIFY(tread.wait());
-        QLoggingCategory::setFilterRules(QString());
-        QCOMPARE(tread.totals().sectorsDone, quint64(128));
-        QCOMPARE(tread.totals().areasDone, quint64(1));
-
-        script.openError = system_error::kFileNotFound;
-        QTest::ignoreMessage(QtWarningMsg, "ERROR_FILE_NOT_FOUND Scan Disk disk.");
-        tread.startScan({1000, 1299});
-        QVERIFY(tread.wait());
-        QVERIFY(tread.totals().openFailed);
-        QCOMPARE(tread.totals().sectorsDone, quint64(0));
+        bench.create(); // the next detection goes on without it
+        bench.script.reads.release(kPlenty);
+        QVERIFY(bench.workers.start({0, 512, 0, 0}));
+        QTRY_VERIFY(!bench.workers.isRunning(0));
+        QTRY_VERIFY(!bench.script.firstReader); // and once its drive answers, it ends by itself
+        QCOMPARE(int(bench.script.opened), 0);
+        QCOMPARE(int(bench.script.started), 2);
     }
 };
 
