@@ -3,8 +3,6 @@
 #include "platform/linux/linux_accounts.h"
 #include "rows.h"
 
-#include <QTest>
-
 #include <algorithm>
 
 class TestLinuxAccounts : public QObject
@@ -46,11 +44,9 @@ private Q_SLOTS:
     void rootIsAnAdministrator()
     {
         const QVector<Account> accounts = LinuxAccounts().accounts();
-        const auto root = std::find_if(accounts.begin(), accounts.end(), [](const Account &account) {
-            return account.name == QLatin1String("root");
-        });
-        QVERIFY(root != accounts.end());
-        QCOMPARE(root->privilege, 2U);
+        QVERIFY(std::any_of(accounts.begin(), accounts.end(), [](const Account &account) {
+            return account.name == QLatin1String("root") && account.privilege == 2;
+        }));
     }
 };
 

@@ -65,10 +65,14 @@ private Q_SLOTS:
         row("letter twice",
             R"({"volumes": [{"name": "x\\", "letters": ["C"]}, {"name": "y\\", "letters": ["D", "C"]}]})",
             "m.json: volumes[1].letters: C is taken by another volume");
-        row("unknown volume key", R"({"volumes": [{"name": "x\\", "size": 1}]})",
-            "m.json: volumes[0].size: is not known");
         row("account without name", R"({"accounts": [{"privilege": 2}]})",
             "m.json: accounts[0].name: is missing");
+        row("mistake in a dump", R"({"drives": [{"number": 0, "dump": "sub/type.json"}]})",
+            "sub/type.json: firmware: must be a text");
+        row("dump that names a number", R"({"drives": [{"number": 0, "dump": "sub/number.json"}]})",
+            "sub/number.json: number: is not known");
+        row("dump that is no JSON", R"({"drives": [{"number": 0, "dump": "sub/torn.json"}]})",
+            "sub/torn.json: line 1: object is missing after a comma");
         row("event log that is no path", R"({"eventLog": true})", "m.json: eventLog: must be a text");
     }
 
@@ -76,7 +80,10 @@ private Q_SLOTS:
     {
         QFETCH(QString, json);
         QFETCH(QString, problem);
-        QCOMPARE(parse(json.toLatin1()).problem, "home/" + problem);
+        const QHash<QString, QByteArray> dumps{{"home/sub/type.json", R"({"model": "X", "firmware": 1})"},
+                                               {"home/sub/number.json", R"({"number": 1})"},
+                                               {"home/sub/torn.json", R"({"model": })"}};
+        QCOMPARE(parse(json.toLatin1(), dumps).problem, "home/" + problem);
     }
 
     void mistakesInADrive_data()
@@ -88,12 +95,9 @@ private Q_SLOTS:
         row("number that is a text", R"("ataMajor": "9")",
             "ataMajor: must be a whole number from 0 to 65535");
         row("fraction", R"("readDelayMs": 1.5)", "readDelayMs: must be a whole number from 0 to 3600000");
-        row("beyond exact numbers", R"("capacity": 9007199254740992)",
-            "capacity: must be a whole number from 0 to 9007199254740991");
         row("odd sector size", R"("bytesPerSector": 520)", "bytesPerSector: must be 512, 1024, 2048 or 4096");
         row("geometry that divides by zero", R"("geometry": {"sectorsPerTrack": 0})",
             "geometry.sectorsPerTrack: must be a whole number from 1 to 2147483647");
-        row("unknown geometry key", R"("geometry": {"heads": 255})", "geometry.heads: is not known");
         row("no truth value", R"("smart": {"enabled": 1})", "smart.enabled: must be true or false");
         row("no object", R"("smart": [])", "smart: must be an object");
         row("31 attributes",
@@ -110,13 +114,10 @@ private Q_SLOTS:
         row("short sector", R"("identify": "00ff")", "identify: must be 1024 hexadecimal digits");
         row("no hexadecimal digit", R"("smartData": ")" + QString(1023, '0') + R"(g")",
             "smartData: must be 1024 hexadecimal digits");
-        row("unknown descriptor key", R"("descriptor": {"bus": "ata"})", "descriptor.bus: is not known");
         row("unknown request", R"("answers": ["ata", "nvme"])",
             "answers: may only hold geometry, partition, deviceNumber, descriptor, smartVersion, ata, smart, "
             "ide, predict");
         row("bad range backwards", R"("badSectors": [[1, 2], [4, 3]])",
-            "badSectors: must hold pairs of a first and a last sector");
-        row("bad sector without a range", R"("badSectors": [5])",
             "badSectors: must hold pairs of a first and a last sector");
         row("missing image", R"("image": "no.img")", "image: home/no.img cannot be read");
         row("missing dump", R"("dump": "no.json")", "dump: home/no.json cannot be read");
@@ -128,25 +129,6 @@ private Q_SLOTS:
         QFETCH(QString, problem);
         QCOMPARE(parse(R"({"drives": [{"number": 0, )" + keys.toLatin1() + "}]}").problem,
                  "home/m.json: drives[0]." + problem);
-    }
-
-    void mistakesInADump_data()
-    {
-        QTest::addColumn<QString>("dump");
-        QTest::addColumn<QString>("problem");
-        row("wrong type", R"({"model": "X", "firmware": 1})", "firmware: must be a text");
-        row("key of the machine file only", R"({"number": 1})", "number: is not known");
-        row("no JSON", R"({"model": })", "line 1: object is missing after a comma");
-    }
-
-    void mistakesInADump()
-    {
-        QFETCH(QString, dump);
-        QFETCH(QString, problem);
-        QCOMPARE(parse(R"({"drives": [{"number": 0, "dump": "sub/d.json"}]})",
-                       {{"home/sub/d.json", dump.toLatin1()}})
-                     .problem,
-                 "home/sub/d.json: " + problem);
     }
 
     void keysWinOverTheDump()
