@@ -238,7 +238,7 @@ private Q_SLOTS:
                 }
             });
         }
-        /// Tries until it works: Windows refuses while somebody reads the file.
+        // Tries until it works: Windows refuses while somebody reads the file.
         const auto replace = [&](const QByteArray &content) {
             QSaveFile file(folder.path("m.json"));
             return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
