@@ -13,32 +13,27 @@ public:
     QMap<QString, KeyValue> values;
     bool exists = true;
 
-    std::unique_ptr<OpenKey> open() override { return exists ? std::make_unique<Open>(values) : nullptr; }
+    std::unique_ptr<OpenKey> open() override { return exists ? std::make_unique<Open>(*this) : nullptr; }
 
     bool write(const QVector<NamedNumber> &numbers) override
     {
-        if (!exists)
-            return false;
         for (const NamedNumber &number : numbers)
             values[number.name] = number.value;
-        return true;
+        return exists;
     }
 
 private:
-    class Open : public OpenKey
+    struct Open : OpenKey
     {
-    public:
-        explicit Open(QMap<QString, KeyValue> values)
-            : m_values(std::move(values))
+        const QMap<QString, KeyValue> values;
+
+        explicit Open(const FakeServiceKey &key)
+            : values(key.values)
         {}
 
         [[nodiscard]] std::optional<KeyValue> value(const QString &name) const override
         {
-            const auto found = m_values.find(name);
-            return found == m_values.end() ? std::nullopt : std::optional<KeyValue>(*found);
+            return values.contains(name) ? std::optional<KeyValue>(values[name]) : std::nullopt;
         }
-
-    private:
-        const QMap<QString, KeyValue> m_values;
     };
 };
