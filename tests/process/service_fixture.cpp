@@ -124,7 +124,7 @@ bool ServiceFixture::start(const QStringList &arguments)
 
 bool ServiceFixture::waitUntilReady()
 {
-    return QTest::qWaitFor([this] { return firstLine().startsWith("VER]!["); }, kPatienceMs);
+    return QTest::qWaitFor([this] { return ask("VER").startsWith("VER]!["); }, kPatienceMs);
 }
 
 bool ServiceFixture::serve()

@@ -2,28 +2,66 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "process/soak_crowd.h"
 
-#include "console/client/greeting.h"
-#include "console/client/history.h"
-#include "console/client/inventory.h"
-#include "console/client/scans.h"
-
 #include <QDateTime>
 #include <QRegularExpression>
-#include <QThread>
 
 #include <algorithm>
+#include <iterator>
+#include <numeric>
 
 namespace soak {
 
 namespace {
 
 constexpr int kConsoles = 25;
-constexpr int kLongestText = 2000;
 
-QString quoted(const QString &text)
+/// A request and the form of its reply. In both, DRIVE stands for the crowd's own drive, MARK for a long text
+/// and RECENT for a moment ago.
+struct Exchange
 {
-    return text.isNull() ? QStringLiteral("nothing") : text.left(200);
-}
+    int weight;
+    const char *request;
+    const char *reply; ///< null: the same as it was at first
+};
+
+/// Drive 0 has one attribute, a temperature of 30 to 69 degrees. Drive 2 has its bad sectors in one block;
+/// drive 3 is pulled now and then.
+const Exchange kExchanges[] = {
+    {2, "VER", nullptr},
+    {2, "DEVCOUNT", nullptr},
+    {2, "DEVINFO]![4", nullptr},
+    {2, "SMARTINFO]![1", nullptr},
+    {2, "SMARTINFO]![2", nullptr},
+    {2, "SMARTINFO]![3", nullptr},
+    {2, "SMARTVALUE]![1", nullptr},
+    {2, "SMARTINFO]![-1", nullptr},
+    {2, "ALLVOLINFO", nullptr},
+    {2, "VOLINFO]![1]![0", nullptr},
+    {2, "USERCOUNT", nullptr},
+    {2, "USERINFO]![0", nullptr},
+    {2, "USERINFO]![7", nullptr},
+    {2, "CHECKPASS]![a]![b", nullptr},
+    {2, "SET", nullptr},
+    {2, "STARTSCAN]![0", nullptr},
+    {2, "STARTSCAN]![9]![65536]![0]![9", nullptr},
+    {2, "STOPSCAN]![x", nullptr},
+    {2, "ver", nullptr},
+    {2, "SETTIME]![0]![1", nullptr},
+    {2, "SMTPTEST", nullptr},
+    {2, "", nullptr},
+    {8, "ALLDEVINFO", R"(ALLDEVINFO_OK\]!\[(([^~]*~;){24}\d(\]~\[|\z)){4})"},
+    {8, "SMARTINFO]![0", R"(SMARTINFO_OK,0,\{194~1~0~100~[3-6]\d~90~0\})"},
+    // The latest alone: the log grows all the time, and what it takes to send it whole would grow as well.
+    {3, "GSTATD]![RECENT]![991231235959", R"(STATD\]!\[(.{6}[!-$][?-f])*)"},
+    {5, "AUTH]![a]![b", R"(AUTH,111,2130706433\.\d+)"},
+    {4, "SET]![0~;1000~;1000~;1~;0~;1~;MARK~;MARK~;~;~;0~;~;~;25~;55~;65~;~;MARK", "SET_OK"},
+    {2, "STARTSCAN]![DRIVE]![65536]![0]![131071", R"(STARTEDSCAN\]!\[DRIVE)"},
+    {1, "STOPSCAN]![DRIVE", R"(STOPEDSCAN\]!\[DRIVE)"}, // holds the service up for 100 ms
+    {8, "GSTATSCAN",
+     R"(STATSCAN\]!\[0;[012];(\d\d?|100);0;\d{1,6};\d{12}\|1;[012];(\d\d?|100);0;\d{1,6};\d{12}\|)"
+     R"(2;[012];(\d\d?|100);0;\d{1,6};\d{12}(;896-1023)?\|3;[012];(\d\d?|100);0;\d{1,6};\d{12}(;[-\d,]+)?)"},
+    {1, "REFRESH", "REFRESH_OK"},
+};
 
 } // namespace
 
@@ -51,33 +89,18 @@ QStringList Arena::complaints() const
     return m_complaints;
 }
 
-Talk::Talk(Arena &arena)
-{
-    while (arena.m_wantsSilence)
-        QThread::msleep(1);
-    m_lock = std::shared_lock(arena.m_silence);
-}
-
-Silence::Silence(Arena &arena)
-    : m_arena(arena)
-{
-    arena.m_wantsSilence = true;
-    m_lock = std::unique_lock(arena.m_silence);
-}
-
-Silence::~Silence()
-{
-    m_arena.m_wantsSilence = false;
-}
-
-Crowd::Crowd(Arena &arena, int drive, const QHash<QString, QString> &constants, unsigned seed)
+Crowd::Crowd(Arena &arena, int drive, RawConsole &console, unsigned seed)
     : m_arena(arena)
     , m_drive(drive)
-    , m_constants(constants)
     , m_random(seed)
     , m_consoles(kConsoles)
-    , m_thread([this] { run(); })
-{}
+{
+    for (const Exchange &exchange : kExchanges) {
+        if (exchange.reply == nullptr)
+            m_constants.insert(QLatin1String(exchange.request), console.ask(QLatin1String(exchange.request)));
+    }
+    m_thread = std::thread([this] { run(); });
+}
 
 Crowd::~Crowd()
 {
@@ -93,7 +116,7 @@ void Crowd::leave()
 void Crowd::run()
 {
     while (!m_arena.isOver) {
-        const Talk talk(m_arena);
+        const QReadLocker locker(&m_arena.talk);
         step();
     }
     leave();
@@ -101,30 +124,31 @@ void Crowd::run()
 
 void Crowd::step()
 {
-    struct Choice
-    {
-        int weight;
-        Action action;
-    };
-    static const Choice kChoices[] = {
-        {42, &Crowd::askConstant},  {15, &Crowd::askLists},      {3, &Crowd::askHistory},
-        {5, &Crowd::authenticate},  {4, &Crowd::changeSettings}, {4, &Crowd::changeSchedule},
-        {8, &Crowd::checkSchedule}, {2, &Crowd::scan},           {8, &Crowd::checkScans},
-        {1, &Crowd::refresh},       {3, &Crowd::sendNoise},      {2, &Crowd::sendHalfALine},
-        {2, &Crowd::disappear},     {1, &Crowd::sayGoodbye},
-    };
-    constexpr int kWeights = 100;
     RawConsole *const console = connectedConsole();
-    int left = random(kWeights);
-    for (const Choice &choice : kChoices) {
-        left -= choice.weight;
-        if (left < 0 && console != nullptr) {
-            (this->*choice.action)(*console);
-            break;
-        }
+    if (console == nullptr)
+        return;
+    switch (const int choice = random(100)) {
+    case 0:
+        sayGoodbye(*console);
+        break;
+    case 1:
+        console->sendBytes("0000002a0b79"); // half a line, and gone
+        [[fallthrough]];
+    case 2:
+        console->socket().abort();
+        break;
+    case 3:
+        sendNoise(*console);
+        break;
+    default:
+        if (choice < 15)
+            setSchedule(*console);
+        else
+            askByTable(*console);
     }
 }
 
+/// A greeting holds the settings of one SET: its three long texts are the same.
 RawConsole *Crowd::connectedConsole()
 {
     std::unique_ptr<RawConsole> &console = m_consoles[std::size_t(random(kConsoles))];
@@ -132,172 +156,90 @@ RawConsole *Crowd::connectedConsole()
         return console.get();
     const Arena::Mark since = m_arena.mark();
     console = std::make_unique<RawConsole>(m_arena.port);
-    checkFirstLine(console->isConnected() ? console->readLine() : QString(), since);
+    const QString line = console->isConnected() ? console->readLine() : QString();
+    const QStringList fields = line.split("]![");
+    const bool isGreeting = fields.size() == 23 && fields.at(0) == "VER";
+    m_arena.answers += isGreeting ? 1 : 0;
+    expect(isExplained(line, since) ||
+               (isGreeting && fields.at(10) == fields.at(11) && fields.at(11) == fields.at(22)),
+           "(connection)", line);
     return console->isConnected() ? console.get() : nullptr;
-}
-
-/// A greeting holds the settings of one SET: its three texts are the same.
-void Crowd::checkFirstLine(const QString &line, Arena::Mark since)
-{
-    const auto greeting = client::parseGreeting(line);
-    if (!greeting) {
-        if (!isExplained(line, since))
-            expect(false, QStringLiteral("(connection)"), line);
-        return;
-    }
-    ++m_arena.answers;
-    const client::ServiceSettings &settings = greeting->settings;
-    expect(settings.smtpFrom == settings.smtpTo && settings.smtpTo == settings.critExtTask,
-           QStringLiteral("(connection)"), line);
 }
 
 bool Crowd::isExplained(const QString &line, Arena::Mark since) const
 {
     const unsigned disturbances = m_arena.disturbancesSince(since);
-    return (line == QLatin1String("DETECTING") && (disturbances & Detection) != 0) ||
-           (line == QLatin1String("PAUSED") && (disturbances & Pause) != 0) ||
+    return (line == "DETECTING" && (disturbances & Detection) != 0) ||
+           (line == "PAUSED" && (disturbances & Pause) != 0) ||
            (line.isNull() && (disturbances & Restart) != 0);
 }
 
-QString Crowd::ask(RawConsole &console, const QString &request)
+QString Crowd::hear(RawConsole &console, const QString &request, Arena::Mark since)
 {
-    const Arena::Mark since = m_arena.mark();
-    QString reply = console.ask(request);
-    if (isExplained(reply, since)) {
-        if (reply.isNull())
-            console.socket().abort();
-        return {};
-    }
-    ++m_arena.answers;
-    if (!reply.isNull() && reply != QLatin1String("DETECTING") && reply != QLatin1String("PAUSED"))
-        return reply;
-    expect(false, request, reply);
-    console.socket().abort();
-    return {};
+    QString reply = console.readLine();
+    const bool isReply = !reply.isNull() && reply != "DETECTING" && reply != "PAUSED";
+    const bool isWrong = !isReply && !isExplained(reply, since);
+    m_arena.answers += isReply ? 1 : 0;
+    expect(!isWrong, request, reply);
+    if (reply.isNull() || isWrong)
+        console.socket().abort();
+    return isReply ? reply : QString();
 }
 
 void Crowd::expect(bool isFine, const QString &request, const QString &reply)
 {
     if (!isFine)
-        m_arena.complain(QStringLiteral("%1 was answered %2").arg(quoted(request), quoted(reply)));
+        m_arena.complain(QString("%1 was answered %2")
+                             .arg(request.left(200), reply.isNull() ? "nothing" : reply.left(200)));
 }
 
-void Crowd::askConstant(RawConsole &console)
+void Crowd::askByTable(RawConsole &console)
 {
-    const auto constant = std::next(m_constants.cbegin(), random(int(m_constants.size())));
-    const QString reply = ask(console, constant.key());
-    expect(reply.isNull() || reply == constant.value(), constant.key(), reply);
-}
-
-void Crowd::askLists(RawConsole &console)
-{
-    const QString drives = ask(console, QStringLiteral("ALLDEVINFO"));
-    if (!drives.isNull()) {
-        const auto parsed = client::parseAllDrives(drives);
-        expect(parsed && parsed->size() == kDrives, QStringLiteral("ALLDEVINFO"), drives);
-    }
-    const QString attributes = ask(console, QStringLiteral("SMARTINFO]![0"));
-    if (!attributes.isNull()) {
-        const auto parsed = client::parseAttributes(attributes, 0);
-        expect(parsed && parsed->size() == 1 && parsed->first().raw >= 30 && parsed->first().raw < 70,
-               QStringLiteral("SMARTINFO"), attributes);
-    }
-}
-
-void Crowd::askHistory(RawConsole &console)
-{
-    // The latest alone: the log grows all the time, and what it takes to send it whole would grow as well.
-    const QString from = QDateTime::currentDateTime().addSecs(-20).toString(QStringLiteral("yyMMddhhmmss"));
-    const QString request = QStringLiteral("GSTATD]![%1]![991231235959").arg(from);
-    const QString reply = ask(console, request);
+    constexpr int kLongestText = 2000;
+    static const int kWeights = std::accumulate(std::begin(kExchanges), std::end(kExchanges), 0,
+                                                [](int sum, const Exchange &e) { return sum + e.weight; });
+    const Exchange *exchange = std::begin(kExchanges);
+    for (int left = random(kWeights); left >= exchange->weight; ++exchange)
+        left -= exchange->weight;
+    const auto filled = [this](const char *text) {
+        return QString(QLatin1String(text))
+            .replace("DRIVE", QString::number(m_drive))
+            .replace("RECENT", QDateTime::currentDateTime().addSecs(-20).toString("yyMMddhhmmss"))
+            .replace("MARK", QString(1 + random(kLongestText), QChar('a' + random(26))));
+    };
+    const QString request = filled(exchange->request);
+    const Arena::Mark since = m_arena.mark();
+    console.send(request);
+    const QString reply = hear(console, request, since);
     if (reply.isNull())
         return;
-    const auto history = client::parseHistory(reply);
-    const auto isFine = [](const client::TemperatureRecord &record) {
-        return record.drive < kDrives && record.temperature && *record.temperature < 70;
-    };
-    expect(history && history->damaged == 0 &&
-               std::all_of(history->records.cbegin(), history->records.cend(), isFine),
+    const auto constant = m_constants.constFind(request);
+    expect(constant != m_constants.cend()
+               ? reply == constant.value()
+               : QRegularExpression("\\A" + filled(exchange->reply) + "\\z").match(reply).hasMatch(),
            request, reply);
 }
 
-void Crowd::authenticate(RawConsole &console)
+/// Mostly asks for the schedule, which outlives detections and restarts, and kills as well.
+void Crowd::setSchedule(RawConsole &console)
 {
-    static const QRegularExpression kForm(QStringLiteral("\\AAUTH,111,2130706433\\.\\d+\\z"));
-    const QString reply = ask(console, QStringLiteral("AUTH]![a]![b"));
-    expect(reply.isNull() || kForm.match(reply).hasMatch(), QStringLiteral("AUTH"), reply);
-}
-
-void Crowd::changeSettings(RawConsole &console)
-{
-    const QString mark(1 + random(kLongestText), QChar(ushort('a' + random(26))));
-    const QString request =
-        QStringLiteral("SET]![0~;1000~;1000~;1~;0~;1~;%1~;%1~;~;~;0~;~;~;25~;55~;65~;~;%1").arg(mark);
-    const QString reply = ask(console, request);
-    expect(reply.isNull() || reply == QLatin1String("SET_OK"), request, reply);
-}
-
-void Crowd::changeSchedule(RawConsole &console)
-{
-    const QString schedule = QStringLiteral("%1~;1~;%2~;991231~;2359%3")
-                                 .arg(QString::number(m_drive), QString::number(random(7)),
-                                      QStringLiteral("%1").arg(random(60), 2, 10, QLatin1Char('0')));
+    const bool changes = random(3) == 0;
+    const QString kind = QString("%1~;1~;%2~;991231").arg(m_drive).arg(random(7));
+    const QString time = QString("23%1").arg(100 * random(60), 4, 10, QChar('0'));
+    const QString schedule = kind + "~;" + time;
+    const QString request = changes ? "SETSCANSCHED]![" + kind + time + "~;0" : "GETSCANSCHED";
     const Arena::Mark since = m_arena.mark();
-    const QString request =
-        QStringLiteral("SETSCANSCHED]![%1~;0")
-            .arg(QString(schedule).replace(QStringLiteral("991231~;"), QStringLiteral("991231")));
-    const QString reply = ask(console, request);
-    if (!reply.isNull()) {
+    console.send(request);
+    const QString reply = hear(console, request, since);
+    const QString stored = reply.split("]![").value(1 + m_drive);
+    if (changes && !reply.isNull())
         m_schedules = {schedule};
-        expect(reply.split(QStringLiteral("]![")).value(1 + m_drive) == schedule, request, reply);
-    } else if ((m_arena.disturbancesSince(since) & Restart) != 0 && !m_schedules.empty()) {
+    else if (changes && (m_arena.disturbancesSince(since) & Restart) != 0 && !m_schedules.empty())
         m_schedules.insert(schedule); // stored before the end, or not
-    }
-}
-
-/// The schedule outlives detections and restarts, and kills as well.
-void Crowd::checkSchedule(RawConsole &console)
-{
-    const QString reply = ask(console, QStringLiteral("GETSCANSCHED"));
     if (reply.isNull() || m_schedules.empty())
         return;
-    const QString stored = reply.split(QStringLiteral("]![")).value(1 + m_drive);
-    expect(m_schedules.count(stored) == 1, QStringLiteral("GETSCANSCHED"), reply);
+    expect(m_schedules.count(stored) == 1, request, reply);
     m_schedules = {stored};
-}
-
-void Crowd::scan(RawConsole &console)
-{
-    const QString drive = QString::number(m_drive);
-    const bool starts = random(4) != 0; // a stop holds the service up for 100 ms
-    const QString request = starts ? QStringLiteral("STARTSCAN]![%1]![65536]![0]![131071").arg(drive)
-                                   : QStringLiteral("STOPSCAN]![%1").arg(drive);
-    const QString word = starts ? QStringLiteral("STARTEDSCAN]![%1") : QStringLiteral("STOPEDSCAN]![%1");
-    const QString reply = ask(console, request);
-    expect(reply.isNull() || reply == word.arg(drive), request, reply);
-}
-
-/// Drive 2 has its bad sectors in one block; drive 3 is pulled now and then.
-void Crowd::checkScans(RawConsole &console)
-{
-    const QString reply = ask(console, QStringLiteral("GSTATSCAN"));
-    if (reply.isNull())
-        return;
-    const auto scans = client::parseScanStatus(reply);
-    const auto isFine = [](const client::ScanStatus &scan) {
-        const bool isKnown = scan.badRanges.isEmpty() ||
-                             (scan.drive == 2 && scan.badRanges.size() == 1 &&
-                              scan.badRanges.first().first == 896 && scan.badRanges.first().last == 1023);
-        return scan.currentSector < 131072 && scan.percent <= 100 && (isKnown || scan.drive == 3);
-    };
-    expect(scans && scans->size() == kDrives && std::all_of(scans->cbegin(), scans->cend(), isFine),
-           QStringLiteral("GSTATSCAN"), reply);
-}
-
-void Crowd::refresh(RawConsole &console)
-{
-    const QString reply = ask(console, QStringLiteral("REFRESH"));
-    expect(reply.isNull() || reply == QLatin1String("REFRESH_OK"), QStringLiteral("REFRESH"), reply);
 }
 
 void Crowd::sendNoise(RawConsole &console)
@@ -307,29 +249,16 @@ void Crowd::sendNoise(RawConsole &console)
     noise.replace('\n', "");
     const Arena::Mark since = m_arena.mark();
     console.sendBytes("ffffffff" + noise + "\r\n");
-    const QString reply = console.readLine();
-    if (isExplained(reply, since))
-        return;
-    ++m_arena.answers;
-    expect(reply == QLatin1String("ERR"), QStringLiteral("(noise)"), reply);
-}
-
-void Crowd::sendHalfALine(RawConsole &console)
-{
-    console.sendBytes("0000002a0b79");
-    disappear(console);
-}
-
-void Crowd::disappear(RawConsole &console)
-{
-    console.socket().abort();
+    const QString reply = hear(console, "(noise)", since);
+    expect(reply.isNull() || reply == "ERR", "(noise)", reply);
 }
 
 void Crowd::sayGoodbye(RawConsole &console)
 {
-    const QString reply = ask(console, QStringLiteral("DIS"));
-    if (!reply.isNull())
-        expect(reply == QLatin1String("DISCONNECTED") && console.waitForEnd(), QStringLiteral("DIS"), reply);
+    const Arena::Mark since = m_arena.mark();
+    console.send("DIS");
+    const QString reply = hear(console, "DIS", since);
+    expect(reply.isNull() || (reply == "DISCONNECTED" && console.waitForEnd()), "DIS", reply);
     console.socket().abort();
 }
 
