@@ -11,41 +11,31 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstring>
 #include <functional>
+#include <map>
 #include <memory>
+#include <string>
 
 namespace {
 
 using Work = std::function<void()>;
 
-/// Runs on a thread from here to the end of the scope.
-class Producer
+/// Does the work on a thread of its own, and meanwhile something else on this one.
+void beside(const Work &work, const Work &meanwhile)
 {
-public:
-    explicit Producer(const Work &work)
-        : m_thread(QThread::create(work))
-    {
-        m_thread->start();
-    }
-    ~Producer() { m_thread->wait(); }
-    Producer(const Producer &) = delete;
-    Producer &operator=(const Producer &) = delete;
-
-private:
-    const std::unique_ptr<QThread> m_thread;
-};
-
-void show(int value)
-{
-    std::printf("%d\n", value);
+    const std::unique_ptr<QThread> thread(QThread::create(work));
+    thread->start();
+    meanwhile();
+    thread->wait();
 }
 
-/// Has the event loop's thread do the work, and leave its loop.
-void callLast(const Work &work)
+/// Has the event loop's thread show the value, and leave its loop.
+void showLast(
+    const int &value, const Work &first = [] {})
 {
-    const auto call = [work] {
-        work();
+    const auto call = [&value, first] {
+        first();
+        std::printf("%d\n", value);
         QCoreApplication::quit();
     };
     QMetaObject::invokeMethod(QCoreApplication::instance(), call, Qt::QueuedConnection);
@@ -54,11 +44,11 @@ void callLast(const Work &work)
 void queuedCall()
 {
     int value = 0;
-    const Producer producer([&value] {
+    const auto produce = [&] {
         value = 1;
-        callLast([&value] { show(value); });
-    });
-    QCoreApplication::exec();
+        showLast(value);
+    };
+    beside(produce, QCoreApplication::exec);
 }
 
 void lock()
@@ -66,24 +56,23 @@ void lock()
     int value = 0;
     QMutex mutex;
     QWaitCondition changed;
-    const Producer producer([&] {
+    const auto produce = [&] {
         const QMutexLocker locker(&mutex);
         value = 1;
         changed.wakeAll();
+    };
+    beside(produce, [&] {
+        const QMutexLocker locker(&mutex);
+        while (value == 0)
+            changed.wait(&mutex);
     });
-    const QMutexLocker locker(&mutex);
-    while (value == 0)
-        changed.wait(&mutex);
-    show(value);
 }
 
 void threadEnd()
 {
     int value = 0;
-    {
-        const Producer producer([&value] { value = 1; });
-    }
-    show(value);
+    beside([&value] { value = 1; }, [] {});
+    std::printf("%d\n", value);
 }
 
 /// Written after it was handed over. The flag puts the threads in order for us and not for the sanitizer.
@@ -91,16 +80,15 @@ void afterTheCall()
 {
     int value = 0;
     std::atomic<bool> isWritten{false};
-    const Producer producer([&] {
-        callLast([&] {
+    const auto produce = [&] {
+        showLast(value, [&isWritten] {
             while (!isWritten.load(std::memory_order_relaxed)) {
             }
-            show(value);
         });
         value = 1;
         isWritten.store(true, std::memory_order_relaxed);
-    });
-    QCoreApplication::exec();
+    };
+    beside(produce, QCoreApplication::exec);
 }
 
 } // namespace
@@ -108,22 +96,12 @@ void afterTheCall()
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
-    const struct
-    {
-        const char *name;
-        void (*handOver)();
-    } ways[] = {
+    const std::map<std::string, void (*)()> ways{
         {"queued-call", queuedCall},
         {"lock", lock},
         {"thread-end", threadEnd},
         {"after-the-call", afterTheCall},
     };
-    for (const auto &way : ways) {
-        if (argc == 2 && std::strcmp(argv[1], way.name) == 0) {
-            way.handOver();
-            return 0;
-        }
-    }
-    std::fputs("usage: hand_over queued-call | lock | thread-end | after-the-call\n", stderr);
-    return 2;
+    ways.at(argc == 2 ? argv[1] : "")(); // an unknown way ends the program with an exception
+    return 0;
 }
