@@ -12,16 +12,9 @@
 #include <QSaveFile>
 #include <QTest>
 
-#include <chrono>
 #include <csignal>
 
 namespace {
-
-using namespace std::chrono_literals;
-
-/// How long anything may take that must happen; far beyond what it takes, and spent only by a failing test.
-constexpr auto kPatience = 60s;
-constexpr int kPatienceMs = 60000;
 
 void writeJson(const QString &path, const QJsonObject &object)
 {
@@ -52,7 +45,7 @@ void RawConsole::send(const QString &text)
 
 QString RawConsole::readLine()
 {
-    const QDeadlineTimer deadline(kPatience);
+    const QDeadlineTimer deadline(kPatienceMs);
     while (!m_socket.canReadLine()) {
         if (!m_socket.waitForReadyRead(int(deadline.remainingTime())) && !m_socket.canReadLine())
             return {};
@@ -70,7 +63,7 @@ QString RawConsole::ask(const QString &text)
 
 bool RawConsole::waitForEnd()
 {
-    const QDeadlineTimer deadline(kPatience);
+    const QDeadlineTimer deadline(kPatienceMs);
     while (m_socket.state() != QAbstractSocket::UnconnectedState && !deadline.hasExpired()) {
         m_socket.readAll();
         m_socket.waitForDisconnected(100);
@@ -110,7 +103,8 @@ bool ServiceFixture::start(const QStringList &arguments)
     QFile::remove(path("events.jsonl"));
     m_console.reset();
     m_process.setProcessEnvironment(m_environment);
-    m_process.start(QStringLiteral(HALVEX_SERVICE_PROGRAM), arguments);
+    const QStringList words = m_launcher + QStringList{HALVEX_SERVICE_PROGRAM} + arguments;
+    m_process.start(words.first(), words.mid(1));
     if (!m_process.waitForStarted(kPatienceMs))
         return false;
     return QTest::qWaitFor(
@@ -143,13 +137,13 @@ QString ServiceFixture::ask(const QString &request)
 
 int ServiceFixture::descriptors() const
 {
-    const QDir directory(QString("/proc/%1/fd").arg(m_process.processId()));
+    const QDir directory(QString("/proc/%1/fd").arg(processId()));
     return int(directory.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size());
 }
 
 int ServiceFixture::stop()
 {
-    ::kill(pid_t(m_process.processId()), SIGTERM);
+    ::kill(pid_t(processId()), SIGTERM);
     if (!m_process.waitForFinished(kPatienceMs) || m_process.exitStatus() != QProcess::NormalExit)
         return -1;
     return m_process.exitCode();

@@ -13,6 +13,10 @@
 
 #include <memory>
 
+/// How long anything may take that must happen, on a machine that is busy with much else; spent only by a
+/// failing test.
+inline constexpr int kPatienceMs = 150000;
+
 /// A console that speaks the bare protocol: scrambles, unscrambles and waits for lines.
 class RawConsole
 {
@@ -51,6 +55,7 @@ public:
     [[nodiscard]] QString path(const QString &fileName) const { return m_directory.filePath(fileName); }
     [[nodiscard]] quint16 port() const { return m_port; }
     [[nodiscard]] QProcess &process() { return m_process; }
+    [[nodiscard]] qint64 processId() const { return m_process.processId(); }
     /// The environment that makes a program meet this service: HALVEX_HOME and HALVEX_MACHINE.
     [[nodiscard]] QProcessEnvironment environment() const { return m_environment; }
 
@@ -59,6 +64,9 @@ public:
     void writeMachine(QJsonObject machine);
     /// Puts a value into the service's key; before start().
     void setKeyValue(const QString &name, const QJsonValue &value) { m_key.insert(name, value); }
+    /// What starts the program from now on, instead of starting it by itself: a command that takes another
+    /// one.
+    void setLauncher(const QStringList &words) { m_launcher = words; }
     void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
 
     /// Starts the program and waits until it has reported its port.
@@ -92,6 +100,7 @@ private:
     QTemporaryDir m_directory;
     QJsonObject m_key;
     QProcessEnvironment m_environment;
+    QStringList m_launcher;
     QProcess m_process;
     QByteArray m_output;
     std::unique_ptr<RawConsole> m_console;

@@ -19,8 +19,6 @@ namespace {
 using namespace soak;
 using std::chrono::seconds;
 
-constexpr int kPatienceMs = 60000;
-
 /// What a process holds at a quiet moment.
 using Holdings = std::array<int, 3>;
 const char *const kHoldingNames[] = {"descriptors", "threads", "kilobytes"};
@@ -28,21 +26,16 @@ const char *const kHoldingNames[] = {"descriptors", "threads", "kilobytes"};
 /// Drive 0 at some temperature, and without the last drive when it is pulled.
 QJsonObject machineAt(int celsius, bool isPulled = false)
 {
-    QByteArray machine = R"({"drives": [
-        {"number": 0, "dump": "drives/st500nm0011.json", "capacity": 67108864, "readDelayMs": 1,
-         "smart": {"attributes": [{"id": 194, "flags": 34, "current": 100, "worst": 90, "raw": CELSIUS}]}},
-        {"number": 1, "dump": "drives/st500nm0011.json", "capacity": 67108864, "readDelayMs": 1},
-        {"number": 2, "dump": "drives/st500nm0011.json", "capacity": 67108864, "readDelayMs": 1,
-         "badSectors": [[1000, 1007]]},
-        {"number": 3, "dump": "drives/st500nm0011.json", "capacity": 67108864, "readDelayMs": 1}
-    ], "accounts": [{"name": "Operator", "privilege": 2}]})";
-    QJsonObject object = json(machine.replace("CELSIUS", QByteArray::number(celsius)));
-    if (isPulled) {
-        QJsonArray drives = object["drives"].toArray();
-        drives.removeLast();
-        object["drives"] = drives;
-    }
-    return object;
+    QByteArray machine = R"({
+        "drives": [{"number": 0, COMMON, "smart": {"attributes": [
+                       {"id": 194, "flags": 34, "current": 100, "worst": 90, "raw": CELSIUS}]}},
+                   {"number": 1, COMMON},
+                   {"number": 2, COMMON, "badSectors": [[1000, 1007]]} LAST],
+        "accounts": [{"name": "Operator", "privilege": 2}]
+    })";
+    machine.replace("LAST", isPulled ? "" : R"(, {"number": 3, COMMON})");
+    machine.replace("COMMON", R"("dump": "drives/st500nm0011.json", "capacity": 67108864, "readDelayMs": 1)");
+    return json(machine.replace("CELSIUS", QByteArray::number(celsius)));
 }
 
 /// One service, the crowds around it, and what is done to them.
@@ -81,6 +74,7 @@ private:
     void restart();
     void kill();
     void startAgain();
+    [[nodiscard]] Holdings holdings() const;
     void sample();
     void checkHoldings();
     void end();
@@ -210,6 +204,20 @@ void Soak::startAgain()
     m_arena.end(Detection);
 }
 
+Holdings Soak::holdings() const
+{
+    QFile file(QString("/proc/%1/status").arg(m_service.processId()));
+    const QByteArray status = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const auto number = [&status](const QByteArray &name) {
+        return status.mid(status.indexOf('\n' + name) + 1 + name.size())
+            .simplified()
+            .split(' ')
+            .first()
+            .toInt();
+    };
+    return {m_service.descriptors(), number("Threads:"), number("VmRSS:")};
+}
+
 /// No crowd is connected and nothing is scanned when the holdings are looked at.
 void Soak::sample()
 {
@@ -221,32 +229,20 @@ void Soak::sample()
     const QRegularExpression running("[[|]\\d;1;");
     const auto isIdle = [&] { return !m_service.ask("GSTATSCAN").contains(running); };
     check(QTest::qWaitFor(isIdle, kPatienceMs), "a scan does not stop");
-    const auto isQuiet = [this] {
-        return m_samples.empty() || m_service.descriptors() <= m_samples.front()[0];
+    Holdings held{};
+    const auto isQuiet = [&] {
+        held = holdings();
+        return m_samples.empty() || (held[0] <= m_samples.front()[0] && held[1] <= m_samples.front()[1]);
     };
     Q_UNUSED(QTest::qWaitFor(isQuiet, 5000));
-
-    QFile file(QString("/proc/%1/status").arg(m_service.process().processId()));
-    check(file.open(QIODevice::ReadOnly), "the process has no status");
-    const QString status = QString::fromLatin1(file.readAll());
-    const auto number = [&status](const char *name) {
-        return QRegularExpression(QString("\n%1:\\s*(\\d+)").arg(QLatin1String(name)))
-            .match(status)
-            .captured(1)
-            .toInt();
-    };
-    m_samples.push_back({m_service.descriptors(), number("Threads"), number("VmRSS")});
+    std::printf("soak: at rest %d descriptors, %d threads, %d kB\n", held[0], held[1], held[2]);
+    m_samples.push_back(held);
 }
 
 /// Flat: what is held at the end was held in the first third already.
 void Soak::checkHoldings()
 {
-    constexpr std::size_t kShown = 10;
-    for (std::size_t i = 0; i < m_samples.size(); i += m_samples.size() / kShown + 1)
-        std::printf("soak: at rest %d descriptors, %d threads, %d kB\n", m_samples[i][0], m_samples[i][1],
-                    m_samples[i][2]);
     const Holdings &last = m_samples.back();
-    std::printf("soak: at the end %d descriptors, %d threads, %d kB\n", last[0], last[1], last[2]);
     const auto firstThird = m_samples.cbegin() + std::ptrdiff_t((m_samples.size() + 2) / 3);
     for (std::size_t i = 0; i < last.size(); ++i) {
         int most = 0;

@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
-
 /// %1 user, %2 folder, %3 condition of the recipient check
 const char kMailServer[] = R"(
 primary_hostname = mail.test

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
-
 void start(QProcess &process, const ServiceFixture &service, const QString &line)
 {
     process.setProcessEnvironment(service.environment());

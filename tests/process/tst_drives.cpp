@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
-
 /// Two drives, the second with further keys.
 QByteArray twoDrives(const QByteArray &keys = "")
 {

@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
 const char kOneDrive[] = R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json"}]})";
 
 bool isGreeting(const QString &line)
@@ -148,18 +147,17 @@ private Q_SLOTS:
     }
 
     /// With few descriptors the service has fewer consoles, and closes further ones instead of trying to
-    /// accept them for ever. The last one: not everybody may raise the limit again.
+    /// accept them for ever.
     void descriptorsAreScarce()
     {
         constexpr rlim_t kScarce = 300;
         constexpr int kCrowd = 60;
-        const rlimit scarce{kScarce / 2, kScarce};
-        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &scarce), 0);
         ServiceFixture service;
+        service.setLauncher({"prlimit", QString("--nofile=%1:%2").arg(kScarce / 2).arg(kScarce)});
         service.writeMachine(json(kOneDrive));
         QVERIFY2(service.serve(), service.output());
         rlimit raised{};
-        QCOMPARE(::prlimit(pid_t(service.process().processId()), RLIMIT_NOFILE, nullptr, &raised), 0);
+        QCOMPARE(::prlimit(pid_t(service.processId()), RLIMIT_NOFILE, nullptr, &raised), 0);
         QCOMPARE(raised.rlim_cur, kScarce);
 
         std::vector<std::unique_ptr<RawConsole>> crowd;

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
-
 /// Speaks the examples with a service of its own, over one connection after another.
 class Conversation
 {

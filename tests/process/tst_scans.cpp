@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
-
 /// The scan state of drive `n`: index, state, percent, first, current, time and, if any, bad ranges.
 QStringList scanState(ServiceFixture &service, int n = 0)
 {
