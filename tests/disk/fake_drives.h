@@ -9,6 +9,7 @@
 #include <QMutexLocker>
 #include <QWaitCondition>
 
+#include <atomic>
 #include <functional>
 #include <utility>
 
@@ -39,6 +40,9 @@ class StallingDrives : public DriveSystem
 public:
     enum class Stall { No, UntilCancelled, UntilReleased };
 
+    std::atomic_int openDrives = 0; ///< at this moment
+    std::atomic_int requests = 0;   ///< that any drive has been asked so far
+
     /// Byte `offset` of every answer of the drive at `path` is `value`.
     void add(const QString &path, int offset, char value) { m_drives[path] = {offset, value, Stall::No}; }
     void stall(const QString &path, Stall stall)
@@ -49,22 +53,8 @@ public:
     }
     void stallNoMore()
     {
-        const QMutexLocker lock(&m_mutex);
-        for (Script &script : m_drives)
-            script.stall = Stall::No;
-        m_changed.wakeAll();
-    }
-    /// Drives open at this moment.
-    int openDrives()
-    {
-        const QMutexLocker lock(&m_mutex);
-        return m_openDrives;
-    }
-    /// Requests that any drive has been asked so far.
-    int requests()
-    {
-        const QMutexLocker lock(&m_mutex);
-        return m_requests;
+        for (const QString &path : m_drives.keys())
+            stall(path, Stall::No);
     }
 
     OpenReply open(const QString &path) override
@@ -72,7 +62,6 @@ public:
         const QMutexLocker lock(&m_mutex);
         if (!m_drives.contains(path))
             return {nullptr, system_error::kFileNotFound};
-        ++m_openDrives;
         return {std::make_unique<StallingDrive>(*this, path), system_error::kNone};
     }
 
@@ -90,17 +79,15 @@ private:
         StallingDrive(StallingDrives &machine, const QString &path)
             : m_machine(machine)
             , m_path(path)
-        {}
-        ~StallingDrive() override
         {
-            const QMutexLocker lock(&m_machine.m_mutex);
-            --m_machine.m_openDrives;
+            ++machine.openDrives;
         }
+        ~StallingDrive() override { --m_machine.openDrives; }
 
         ControlReply control(quint32, ByteView, MutableBytes output) override
         {
             const QMutexLocker lock(&m_machine.m_mutex);
-            ++m_machine.m_requests;
+            ++m_machine.requests;
             while (m_machine.m_drives[m_path].stall == Stall::UntilReleased ||
                    (m_machine.m_drives[m_path].stall == Stall::UntilCancelled && !m_isCancelled))
                 m_machine.m_changed.wait(&m_machine.m_mutex);
@@ -127,6 +114,4 @@ private:
     QMutex m_mutex;
     QWaitCondition m_changed;
     QHash<QString, Script> m_drives;
-    int m_openDrives = 0;
-    int m_requests = 0;
 };
