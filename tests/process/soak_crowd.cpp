@@ -61,6 +61,7 @@ const Exchange kExchanges[] = {
      R"(STATSCAN\]!\[0;[012];(\d\d?|100);0;\d{1,6};\d{12}\|1;[012];(\d\d?|100);0;\d{1,6};\d{12}\|)"
      R"(2;[012];(\d\d?|100);0;\d{1,6};\d{12}(;896-1023)?\|3;[012];(\d\d?|100);0;\d{1,6};\d{12}(;[-\d,]+)?)"},
     {1, "REFRESH", "REFRESH_OK"},
+    {1, "DIS", "DISCONNECTED"},
 };
 
 } // namespace
@@ -127,24 +128,20 @@ void Crowd::step()
     RawConsole *const console = connectedConsole();
     if (console == nullptr)
         return;
-    switch (const int choice = random(100)) {
+    switch (random(20)) {
     case 0:
-        sayGoodbye(*console);
-        break;
-    case 1:
-        console->sendBytes("0000002a0b79"); // half a line, and gone
-        [[fallthrough]];
-    case 2:
+        console->sendBytes(random(2) == 0 ? "0000002a0b79" : ""); // half a line, or none, and gone
         console->socket().abort();
         break;
-    case 3:
+    case 1:
         sendNoise(*console);
         break;
+    case 2:
+    case 3:
+        setSchedule(*console);
+        break;
     default:
-        if (choice < 15)
-            setSchedule(*console);
-        else
-            askByTable(*console);
+        askByTable(*console);
     }
 }
 
@@ -174,14 +171,19 @@ bool Crowd::isExplained(const QString &line, Arena::Mark since) const
            (line.isNull() && (disturbances & Restart) != 0);
 }
 
-QString Crowd::hear(RawConsole &console, const QString &request, Arena::Mark since)
+QString Crowd::ask(RawConsole &console, const QString &request, const QByteArray &noise)
 {
+    const Arena::Mark since = m_arena.mark();
+    if (noise.isEmpty())
+        console.send(request);
+    else
+        console.sendBytes(noise);
     QString reply = console.readLine();
     const bool isReply = !reply.isNull() && reply != "DETECTING" && reply != "PAUSED";
     const bool isWrong = !isReply && !isExplained(reply, since);
     m_arena.answers += isReply ? 1 : 0;
-    expect(!isWrong, request, reply);
-    if (reply.isNull() || isWrong)
+    expect(!isWrong && (request != "DIS" || console.waitForEnd()), request, reply);
+    if (reply.isNull() || isWrong || request == "DIS")
         console.socket().abort();
     return isReply ? reply : QString();
 }
@@ -208,14 +210,11 @@ void Crowd::askByTable(RawConsole &console)
             .replace("MARK", QString(1 + random(kLongestText), QChar('a' + random(26))));
     };
     const QString request = filled(exchange->request);
-    const Arena::Mark since = m_arena.mark();
-    console.send(request);
-    const QString reply = hear(console, request, since);
+    const QString reply = ask(console, request);
     if (reply.isNull())
         return;
-    const auto constant = m_constants.constFind(request);
-    expect(constant != m_constants.cend()
-               ? reply == constant.value()
+    expect(exchange->reply == nullptr
+               ? reply == m_constants.value(request)
                : QRegularExpression("\\A" + filled(exchange->reply) + "\\z").match(reply).hasMatch(),
            request, reply);
 }
@@ -229,8 +228,7 @@ void Crowd::setSchedule(RawConsole &console)
     const QString schedule = kind + "~;" + time;
     const QString request = changes ? "SETSCANSCHED]![" + kind + time + "~;0" : "GETSCANSCHED";
     const Arena::Mark since = m_arena.mark();
-    console.send(request);
-    const QString reply = hear(console, request, since);
+    const QString reply = ask(console, request);
     const QString stored = reply.split("]![").value(1 + m_drive);
     if (changes && !reply.isNull())
         m_schedules = {schedule};
@@ -247,19 +245,8 @@ void Crowd::sendNoise(RawConsole &console)
     QByteArray noise(random(3000), Qt::Uninitialized);
     std::generate(noise.begin(), noise.end(), [this] { return char(random(256)); });
     noise.replace('\n', "");
-    const Arena::Mark since = m_arena.mark();
-    console.sendBytes("ffffffff" + noise + "\r\n");
-    const QString reply = hear(console, "(noise)", since);
+    const QString reply = ask(console, "(noise)", "ffffffff" + noise + "\r\n");
     expect(reply.isNull() || reply == "ERR", "(noise)", reply);
-}
-
-void Crowd::sayGoodbye(RawConsole &console)
-{
-    const Arena::Mark since = m_arena.mark();
-    console.send("DIS");
-    const QString reply = hear(console, "DIS", since);
-    expect(reply.isNull() || (reply == "DISCONNECTED" && console.waitForEnd()), "DIS", reply);
-    console.socket().abort();
 }
 
 } // namespace soak

@@ -71,16 +71,15 @@ private:
     void run();
     void step();
     [[nodiscard]] RawConsole *connectedConsole();
-    /// The reply to what the console has sent; nothing when it is one that a disturbance since the mark
+    /// The reply to the request, or to the noise sent in its place; nothing when it is one that a disturbance
     /// explains, or none, which is reported.
-    [[nodiscard]] QString hear(RawConsole &console, const QString &request, Arena::Mark since);
+    [[nodiscard]] QString ask(RawConsole &console, const QString &request, const QByteArray &noise = {});
     [[nodiscard]] bool isExplained(const QString &line, Arena::Mark since) const;
     void expect(bool isFine, const QString &request, const QString &reply);
 
     void askByTable(RawConsole &console);
     void setSchedule(RawConsole &console);
     void sendNoise(RawConsole &console);
-    void sayGoodbye(RawConsole &console);
 
     [[nodiscard]] int random(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(m_random); }
 

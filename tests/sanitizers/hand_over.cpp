@@ -20,6 +20,8 @@ namespace {
 
 using Work = std::function<void()>;
 
+int value = 0; ///< what is handed over
+
 /// Does the work on a thread of its own, and meanwhile something else on this one.
 void beside(const Work &work, const Work &meanwhile)
 {
@@ -29,12 +31,11 @@ void beside(const Work &work, const Work &meanwhile)
     thread->wait();
 }
 
-/// Has the event loop's thread show the value, and leave its loop.
-void showLast(
-    const int &value, const Work &first = [] {})
+/// Has the event loop's thread do the work, show the value, and leave its loop.
+void showAfter(const Work &work)
 {
-    const auto call = [&value, first] {
-        first();
+    const auto call = [work] {
+        work();
         std::printf("%d\n", value);
         QCoreApplication::quit();
     };
@@ -43,17 +44,15 @@ void showLast(
 
 void queuedCall()
 {
-    int value = 0;
-    const auto produce = [&] {
+    const auto produce = [] {
         value = 1;
-        showLast(value);
+        showAfter([] {});
     };
     beside(produce, QCoreApplication::exec);
 }
 
 void lock()
 {
-    int value = 0;
     QMutex mutex;
     QWaitCondition changed;
     const auto produce = [&] {
@@ -70,18 +69,16 @@ void lock()
 
 void threadEnd()
 {
-    int value = 0;
-    beside([&value] { value = 1; }, [] {});
+    beside([] { value = 1; }, [] {});
     std::printf("%d\n", value);
 }
 
 /// Written after it was handed over. The flag puts the threads in order for us and not for the sanitizer.
 void afterTheCall()
 {
-    int value = 0;
     std::atomic<bool> isWritten{false};
-    const auto produce = [&] {
-        showLast(value, [&isWritten] {
+    const auto produce = [&isWritten] {
+        showAfter([&isWritten] {
             while (!isWritten.load(std::memory_order_relaxed)) {
             }
         });
