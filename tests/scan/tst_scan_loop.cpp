@@ -117,7 +117,7 @@ private Q_SLOTS:
         row("first sector of a block", blocksOf({128}, whole), "0-127 128-255! 256-299: 300");
         row("last sector of a block", blocksOf({127}, whole), "0-127! 128-255 256-299: 300");
         row("last block", blocksOf({299}, whole), "0-127 128-255 256-299!: 300");
-        row("short read at the drive's end", blocksOf({}, 299 * 512), "0-127 128-255 256-299!: 300");
+        row("short read at the drive's end", blocksOf({}, 153088), "0-127 128-255 256-299!: 300");
         row("drive vanishes", blocksOf({}, 65536), "0-127 128-255! 256-299!: 300");
         row("stop ends after the block in hand", blocksOf({128}, whole, 2), "0-127 128-255!: 256");
         // Aborted without a stop of ours, the first block is the drive's failure.
