@@ -3,8 +3,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QJsonObject>
-#include <QLocalSocket>
 #include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -13,8 +11,12 @@
 class GuestMachine
 {
 public:
-    GuestMachine() = default;
-    ~GuestMachine();
+    GuestMachine() { m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel); }
+    ~GuestMachine()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
     GuestMachine(const GuestMachine &) = delete;
     GuestMachine &operator=(const GuestMachine &) = delete;
 
@@ -25,36 +27,42 @@ public:
         QByteArray output;
     };
 
-    /// Packs `programs` for the machine, boots it with `devices`, in QEMU's own words, and lets its
-    /// `guestPort` be reached from this machine. False when it does not come up.
-    [[nodiscard]] bool boot(const QStringList &programs, const QStringList &devices, quint16 guestPort);
+    /// The arguments are those of the script `boot`, which runs in a folder that goes with the machine.
+    Answer boot(const QStringList &arguments)
+    {
+        m_process.setWorkingDirectory(m_folder.path());
+        m_process.start(QStringLiteral(HALVEX_BOOT), arguments);
+        return readAnswer();
+    }
 
     /// A line for the machine's shell, without a line feed. Variables, the working directory and programs in
     /// the background last until the machine goes.
-    Answer run(const QByteArray &commandLine);
-    /// run(), again and again until the exit code is 0; false when it never is.
-    [[nodiscard]] bool waitFor(const QByteArray &commandLine);
+    Answer run(const QByteArray &commandLine)
+    {
+        m_process.write(commandLine + '\n');
+        return readAnswer();
+    }
 
-    /// The port on this machine that leads to the machine's.
-    [[nodiscard]] quint16 port() const { return m_port; }
-    /// A path in a folder that goes with the machine.
     [[nodiscard]] QString path(const QString &fileName) const { return m_folder.filePath(fileName); }
-    /// Pulls a device that was given an id at the start, and waits until it is gone.
-    [[nodiscard]] bool pull(const QString &device);
-    /// What the machine's kernel has said; for failure messages.
-    [[nodiscard]] QByteArray kernelLog();
 
 private:
-    void startQemu(const QString &kernel, const QStringList &devices, quint16 guestPort);
-    [[nodiscard]] bool connectTo(QLocalSocket &socket, const QString &name);
-    [[nodiscard]] bool findPort();
-    Answer readAnswer();
-    QJsonObject readMessage();
-    QJsonObject order(const QString &command, const QJsonObject &arguments = {});
+    Answer readAnswer()
+    {
+        constexpr int kPatienceMs = 300000; // longer than halvexctl waits for one answer
+        Answer answer;
+        while (m_process.canReadLine() || m_process.waitForReadyRead(kPatienceMs)) {
+            if (!m_process.canReadLine())
+                continue;
+            const QByteArray line = m_process.readLine().replace('\r', "");
+            if (line.startsWith("@@ ")) {
+                answer.exitCode = line.mid(3).trimmed().toInt();
+                break;
+            }
+            answer.output += line;
+        }
+        return answer;
+    }
 
     QTemporaryDir m_folder;
     QProcess m_process;
-    QLocalSocket m_shell;
-    QLocalSocket m_monitor; // speaks QMP, a JSON object a line
-    quint16 m_port = 0;
 };
