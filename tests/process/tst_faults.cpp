@@ -57,7 +57,7 @@ private Q_SLOTS:
             QVERIFY2(service.serve(), service.output());
             const QStringList fields = service.firstLine().split("]![");
             QCOMPARE(fields.size(), 23);
-            const QString text = fields.at(10);
+            const QString &text = fields.at(10);
             QVERIFY(life == 1 || text == textsOf(2) || text == textsOf(3));
             for (int field : {11, 12, 16, 17, 21, 22})
                 QCOMPARE(fields.at(field), text);
