@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/whole_file.h"
 
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QThread>
 
@@ -13,6 +14,18 @@ constexpr int kTries = 10;
 constexpr unsigned long kPause = 50; // milliseconds
 
 } // namespace
+
+std::optional<QByteArray> readFile(const QString &path, qint64 mostBytes)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > mostBytes)
+        return std::nullopt;
+    // No more than there is: QFile makes room for all that it is asked for.
+    QByteArray bytes = file.read(file.size());
+    if (file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    return bytes;
+}
 
 QString replaceFile(const QString &path, const QByteArray &bytes, QFileDevice::Permissions permissions)
 {

@@ -4,8 +4,6 @@
 
 #include "platform/whole_file.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -20,11 +18,8 @@ constexpr qint64 kMaxFileSize = 1 << 20; // bytes
 /// nullopt when the file is not there or is anything else than a JSON object of a sensible size.
 std::optional<QJsonObject> readObject(const QString &path)
 {
-    QFile file(path);
-    // Opening a pipe or a device in the file's place could block for ever.
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > kMaxFileSize)
-        return std::nullopt;
-    const QJsonDocument document = QJsonDocument::fromJson(file.read(kMaxFileSize));
+    const QJsonDocument document =
+        QJsonDocument::fromJson(readFile(path, kMaxFileSize).value_or(QByteArray()));
     if (!document.isObject())
         return std::nullopt;
     return document.object();

@@ -2,8 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/simulated/machine.h"
 
+#include "platform/whole_file.h"
+
 #include <QDateTime>
-#include <QFile>
 #include <QFileInfo>
 
 #include <utility>
@@ -18,18 +19,6 @@ qint64 nowNs()
     return QDateTime::currentMSecsSinceEpoch() * kNsPerMs;
 }
 
-/// The whole file; nullopt when it cannot be read, is no file of its own or is far too long.
-std::optional<QByteArray> contentOf(const QString &path)
-{
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    QByteArray content = file.read(kMostBytes + 1);
-    if (content.size() > kMostBytes || file.error() != QFileDevice::NoError)
-        return std::nullopt;
-    return content;
-}
-
 /// Reads files and notes how they stood.
 class NotingFiles : public MachineFiles
 {
@@ -41,7 +30,7 @@ public:
         const qint64 now = nowNs(); // before the reading: what is written from here on must be noticed
         watched.stamp = fileStamp(path);
         watched.settled = isSettled(watched.stamp, now);
-        std::optional<QByteArray> content = contentOf(path);
+        std::optional<QByteArray> content = readFile(path, kMostBytes);
         watched.content = content.value_or(QByteArray());
         m_noted.append(watched);
         return content;
@@ -71,7 +60,7 @@ bool hasChangedSince(WatchedFile &file)
         return true;
     if (file.settled)
         return false;
-    if (contentOf(file.path).value_or(QByteArray()) != file.content)
+    if (readFile(file.path, kMostBytes).value_or(QByteArray()) != file.content)
         return true;
     file.settled = isSettled(stamp, now);
     return false;
