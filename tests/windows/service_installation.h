@@ -3,69 +3,136 @@
 #pragma once
 
 #include "platform/windows/windows_service_manager.h"
+#include "protocol/scrambling.h"
 
-#include <QByteArray>
-#include <QIODevice>
-#include <QJsonObject>
-#include <QString>
-#include <QStringList>
+#include <QDir>
+#include <QFile>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QSettings>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
-#include <QVariant>
+#include <QTest>
 
-/// What a run of a program came to.
-struct Outcome
+/// How long anything may take that must happen; spent only by a failing test.
+constexpr int kPatienceMs = 60000;
+
+/// Runs a program to its end: what it says, with bare line feeds, and its exit code if that is not 0.
+inline QString runProgram(const QString &path, const QStringList &arguments)
 {
-    int exitCode = 0x7FFFFFFF; ///< as it stands when the program did not end by itself
-    QByteArray output;         ///< with bare line feeds
-    QByteArray complaint;
-};
-
-/// Runs a program to its end.
-[[nodiscard]] Outcome runProgram(const QString &path, const QStringList &arguments);
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(path, arguments);
+    if (!process.waitForFinished(kPatienceMs))
+        return path + " does not end";
+    const QString output = QString::fromLocal8Bit(process.readAll().replace("\r\n", "\n"));
+    return process.exitCode() == 0 ? output : output + "exit code " + QString::number(process.exitCode());
+}
 
 /// The built programs, copied into a folder of their own, for this machine's service manager. There is one
 /// such service on a machine: whatever is installed when this begins or ends is stopped and removed.
 class ServiceInstallation
 {
 public:
-    ServiceInstallation();
-    ~ServiceInstallation();
+    ServiceInstallation()
+    {
+        clear();
+        QDir(m_directory.path()).mkdir(kName); // with a blank, as the folder of an ordinary installation
+        QFile::copy(HALVEX_SERVICE_PROGRAM, path("HalvexLocalService.exe"));
+        QFile::copy(HALVEX_CONSOLE_PROGRAM, path("halvexctl.exe"));
+    }
+    ~ServiceInstallation() { clear(); }
     ServiceInstallation(const ServiceInstallation &) = delete;
     ServiceInstallation &operator=(const ServiceInstallation &) = delete;
 
     /// The path of a file beside the programs, with the system's separators.
-    [[nodiscard]] QString path(const QString &fileName) const;
-    [[nodiscard]] quint16 port() const { return m_port; }
+    [[nodiscard]] QString path(const QString &fileName) const
+    {
+        return QDir::toNativeSeparators(m_directory.filePath(kName + '/' + fileName));
+    }
 
-    /// Runs the service's program to its end.
-    Outcome run(const QStringList &options) const;
-    /// Runs halvexctl to its end.
-    Outcome runConsole(const QStringList &arguments) const;
+    /// Runs the service's program, or halvexctl. The arguments have a blank between them.
+    QString run(const QString &options) const
+    {
+        return runProgram(path("HalvexLocalService.exe"), options.split(' ', Qt::SkipEmptyParts));
+    }
+    QString runConsole(const QString &arguments) const
+    {
+        return runProgram(path("halvexctl.exe"), arguments.split(' '));
+    }
 
     /// Installs the service with a free port.
-    [[nodiscard]] bool install();
-    void setKeyValue(const QString &name, const QVariant &value);
-    [[nodiscard]] QVariant keyValue(const QString &name) const;
-    /// Replaces the simulated machine that services find in HALVEX_MACHINE; without drives at first.
-    static void writeMachine(const QJsonObject &machine);
+    [[nodiscard]] bool install()
+    {
+        QTcpServer probe;
+        if (!probe.listen() || !run("-install").startsWith("The service"))
+            return false;
+        key().setValue("Port", int(probe.serverPort()));
+        return true;
+    }
 
-    [[nodiscard]] bool start();
-    [[nodiscard]] bool stop();
+    /// The service's key in the registry. It may be another one after each installation.
+    [[nodiscard]] QSettings key() const
+    {
+        return {"HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\" + kName, QSettings::NativeFormat};
+    }
+
+    [[nodiscard]] bool isInstalled() { return m_manager.isInstalled(kName); }
+    [[nodiscard]] bool waitFor(ServiceState state)
+    {
+        return QTest::qWaitFor([&] { return m_manager.state(kName) == state; }, kPatienceMs);
+    }
+    [[nodiscard]] bool start() { return m_manager.start(kName, {}).ok() && waitFor(ServiceState::Running); }
+    [[nodiscard]] bool stop() { return run("-terminate").isEmpty() && waitFor(ServiceState::Stopped); }
     /// start(), and wait until the first detection has ended.
-    [[nodiscard]] bool serve();
-    [[nodiscard]] bool isInstalled();
-    [[nodiscard]] bool waitFor(ServiceState state);
+    [[nodiscard]] bool serve()
+    {
+        return start() &&
+               QTest::qWaitFor([this] { return greetingOverTcp().startsWith("VER]!["); }, kPatienceMs);
+    }
 
     /// The first line that a new console gets.
-    [[nodiscard]] QString greetingOverTcp() const;
-    [[nodiscard]] static QString greetingOverPipe();
-    /// The answer that a new console gets to its first request.
-    [[nodiscard]] QString ask(const QString &request) const;
+    [[nodiscard]] QString greetingOverTcp() const { return ask({}); }
+    [[nodiscard]] static QString greetingOverPipe()
+    {
+        QLocalSocket socket;
+        socket.connectToServer("HalvexService001");
+        return readLine(socket);
+    }
+    /// The answer that a new console gets to its first request; its greeting when there is none.
+    [[nodiscard]] QString ask(const QString &request) const
+    {
+        QTcpSocket socket;
+        socket.connectToHost("127.0.0.1", quint16(key().value("Port").toInt()));
+        const QString greeting = readLine(socket);
+        if (request.isEmpty() || greeting.isEmpty())
+            return greeting;
+        socket.write(sendReply(request, [] { return 42; }));
+        return readLine(socket);
+    }
 
 private:
-    void clear();
+    static QString readLine(QIODevice &device)
+    {
+        while (!device.canReadLine()) {
+            if (!device.waitForReadyRead(kPatienceMs))
+                return {};
+        }
+        return unscramble(device.readLine().trimmed());
+    }
 
+    void clear()
+    {
+        if (!isInstalled())
+            return;
+        m_manager.control(kName, service_control::kStop);
+        if (!waitFor(ServiceState::Stopped))
+            qWarning("the service does not stop");
+        m_manager.uninstall(kName);
+    }
+
+    const QString kName = "Halvex Service";
     QTemporaryDir m_directory;
     WindowsServiceManager m_manager;
-    quint16 m_port = 0;
 };

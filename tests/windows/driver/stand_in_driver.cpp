@@ -28,7 +28,6 @@ struct Request
 {
     DriveFile drive;
     ULONG number;
-    ULONG kind;
     UCHAR *buffer; // input and output
     ULONG inputSize;
     ULONG outputSize;
@@ -41,26 +40,40 @@ struct Ending
     ULONG_PTR size;
 };
 
-constexpr Ending kRefused{STATUS_INVALID_DEVICE_REQUEST, 0};
-constexpr Ending kTooSmall{STATUS_BUFFER_TOO_SMALL, 0};
-constexpr UCHAR kStatusReady = 0x50;
-constexpr UCHAR kStatusError = 0x51;
-constexpr UCHAR kErrorAborted = 0x04;
+constexpr Ending kInvalid{STATUS_INVALID_PARAMETER, 0};
 
-bool readDriveFile(ULONG number, DriveFile &drive)
+/// The Nth name of a pattern, in a buffer of its own.
+struct Name
 {
-    WCHAR path[64] = L"\\??\\";
-    _snwprintf(path + 4, 60, stand_in::kFilePattern, unsigned(number));
-    UNICODE_STRING name;
-    RtlInitUnicodeString(&name, path);
+    Name(const WCHAR *pattern, ULONG number)
+    {
+        _snwprintf(text, 64, pattern, unsigned(number));
+        RtlInitUnicodeString(&string, text);
+    }
+
+    WCHAR text[64] = {};
+    UNICODE_STRING string;
+};
+
+constexpr WCHAR kDeviceName[] = L"\\Device\\HalvexStandIn%u";
+constexpr WCHAR kLinkName[] = L"\\DosDevices\\PhysicalDrive%u";
+
+ULONG numberOf(const DEVICE_OBJECT *device)
+{
+    return *static_cast<const ULONG *>(device->DeviceExtension);
+}
+
+bool readDriveFile(const DEVICE_OBJECT *device, DriveFile &drive)
+{
+    Name path(stand_in::kFilePattern, numberOf(device));
     OBJECT_ATTRIBUTES attributes;
-    InitializeObjectAttributes(&attributes, &name, OBJ_CASE_INSENSITIVE | OBJ_KERNEL_HANDLE, nullptr,
+    InitializeObjectAttributes(&attributes, &path.string, OBJ_CASE_INSENSITIVE | OBJ_KERNEL_HANDLE, nullptr,
                                nullptr);
+    constexpr ULONG kSharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     HANDLE file = nullptr;
     IO_STATUS_BLOCK block{};
-    if (ZwCreateFile(&file, GENERIC_READ | SYNCHRONIZE, &attributes, &block, nullptr, 0,
-                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, FILE_OPEN,
-                     FILE_SYNCHRONOUS_IO_NONALERT | FILE_NON_DIRECTORY_FILE, nullptr, 0) != STATUS_SUCCESS)
+    if (ZwOpenFile(&file, GENERIC_READ | SYNCHRONIZE, &attributes, &block, kSharing,
+                   FILE_SYNCHRONOUS_IO_NONALERT) != STATUS_SUCCESS)
         return false;
     LARGE_INTEGER start{};
     const NTSTATUS status =
@@ -73,35 +86,15 @@ template <typename Answer>
 Ending give(const Request &request, const Answer &answer)
 {
     if (request.outputSize < sizeof(answer))
-        return kTooSmall;
+        return {STATUS_BUFFER_TOO_SMALL, 0};
     memcpy(request.buffer, &answer, sizeof(answer));
     return {STATUS_SUCCESS, sizeof(answer)};
-}
-
-bool isFailing(const Request &request)
-{
-    return (request.drive.failing & request.kind) != 0;
-}
-
-/// The sector that an ATA command reads; null for a command that the drive does not know.
-const UCHAR *sectorFor(const Request &request, UCHAR command, UCHAR features, UCHAR cylinderLow,
-                       UCHAR cylinderHigh)
-{
-    if (isFailing(request))
-        return nullptr;
-    if (command == ID_CMD)
-        return request.drive.identify;
-    if (command != SMART_CMD || cylinderLow != SMART_CYL_LOW || cylinderHigh != SMART_CYL_HI)
-        return nullptr;
-    if (features == READ_ATTRIBUTES)
-        return request.drive.smartData;
-    return features == READ_THRESHOLDS ? request.drive.smartThresholds : nullptr;
 }
 
 Ending geometry(const Request &request)
 {
     DISK_GEOMETRY answer{};
-    answer.MediaType = MEDIA_TYPE(request.drive.mediaType);
+    answer.MediaType = FixedMedia;
     answer.TracksPerCylinder = 255;
     answer.SectorsPerTrack = 63;
     answer.BytesPerSector = 512;
@@ -116,39 +109,33 @@ Ending partition(const Request &request)
     return give(request, answer);
 }
 
-Ending deviceNumber(const Request &request)
-{
-    STORAGE_DEVICE_NUMBER answer{};
-    answer.DeviceType = FILE_DEVICE_DISK;
-    answer.DeviceNumber = request.number;
-    return give(request, answer);
-}
-
 Ending descriptor(const Request &request)
 {
     if (request.inputSize < sizeof(STORAGE_PROPERTY_QUERY))
-        return {STATUS_INVALID_PARAMETER, 0};
+        return kInvalid;
     struct
     {
         STORAGE_DEVICE_DESCRIPTOR header;
         char product[16];
         char revision[8];
     } answer{{}, "STAND-IN", "R1"};
-    answer.header.Version = sizeof(answer.header);
     answer.header.Size = sizeof(answer);
     answer.header.ProductIdOffset = sizeof(answer.header);
     answer.header.ProductRevisionOffset = sizeof(answer.header) + sizeof(answer.product);
-    answer.header.BusType = BusTypeAta;
     return give(request, answer);
 }
 
-Ending smartVersion(const Request &request)
+/// The sector that an ATA command reads; null for a command that the drive does not know.
+const UCHAR *sectorFor(const DriveFile &drive, const IDEREGS &registers)
 {
-    GETVERSIONINPARAMS answer{};
-    answer.bVersion = 1;
-    answer.bRevision = 1;
-    answer.fCapabilities = 7;
-    return give(request, answer);
+    if (registers.bCommandReg == ID_CMD)
+        return drive.identify;
+    if (registers.bCommandReg != SMART_CMD || registers.bCylLowReg != SMART_CYL_LOW ||
+        registers.bCylHighReg != SMART_CYL_HI)
+        return nullptr;
+    if (registers.bFeaturesReg == READ_ATTRIBUTES)
+        return drive.smartData;
+    return registers.bFeaturesReg == READ_THRESHOLDS ? drive.smartThresholds : nullptr;
 }
 
 Ending ataPassThrough(const Request &request)
@@ -157,50 +144,16 @@ Ending ataPassThrough(const Request &request)
     if (request.inputSize < sizeof(*header) || header->Length != sizeof(*header) ||
         header->DataBufferOffset < sizeof(*header) || header->DataTransferLength != 512 ||
         header->DataBufferOffset + 512 > request.outputSize || !(header->AtaFlags & ATA_FLAGS_DATA_IN))
-        return {STATUS_INVALID_PARAMETER, 0};
-    UCHAR *const registers = header->CurrentTaskFile;
-    const UCHAR *const sector = sectorFor(request, registers[6], registers[0], registers[3], registers[4]);
-    registers[0] = sector ? 0 : kErrorAborted;
-    registers[6] = sector ? kStatusReady : kStatusError;
-    if (sector)
-        memcpy(request.buffer + header->DataBufferOffset, sector, 512);
+        return kInvalid;
+    // Registers stand in one order everywhere.
+    auto *const registers = reinterpret_cast<IDEREGS *>(header->CurrentTaskFile);
+    const UCHAR *const sector = sectorFor(request.drive, *registers);
+    if (!sector)
+        return kInvalid;
+    registers->bFeaturesReg = 0;   // no error
+    registers->bCommandReg = 0x50; // ready
+    memcpy(request.buffer + header->DataBufferOffset, sector, 512);
     return {STATUS_SUCCESS, ULONG_PTR(header->DataBufferOffset + 512)};
-}
-
-Ending idePassThrough(const Request &request)
-{
-    // Registers, length, data: this request has no declaration of the system's.
-    auto *const registers = reinterpret_cast<IDEREGS *>(request.buffer);
-    constexpr ULONG kDataOffset = sizeof(IDEREGS) + sizeof(ULONG);
-    if (request.inputSize < kDataOffset || request.outputSize < kDataOffset + 512)
-        return {STATUS_INVALID_PARAMETER, 0};
-    const UCHAR *const sector = sectorFor(request, registers->bCommandReg, registers->bFeaturesReg,
-                                          registers->bCylLowReg, registers->bCylHighReg);
-    registers->bFeaturesReg = sector ? 0 : kErrorAborted;
-    registers->bCommandReg = sector ? kStatusReady : kStatusError;
-    if (sector)
-        memcpy(request.buffer + kDataOffset, sector, 512);
-    return {STATUS_SUCCESS, kDataOffset + 512};
-}
-
-Ending smartReceiveData(const Request &request)
-{
-    constexpr ULONG kInputSize = sizeof(SENDCMDINPARAMS) - 1; // without the first byte of data
-    constexpr ULONG kDataOffset = sizeof(SENDCMDOUTPARAMS) - 1;
-    if (request.inputSize < kInputSize || request.outputSize < kDataOffset + 512)
-        return {STATUS_INVALID_PARAMETER, 0};
-    const auto input = *reinterpret_cast<const SENDCMDINPARAMS *>(request.buffer);
-    const IDEREGS &registers = input.irDriveRegs;
-    const UCHAR *const sector = sectorFor(request, registers.bCommandReg, registers.bFeaturesReg,
-                                          registers.bCylLowReg, registers.bCylHighReg);
-    auto *const output = reinterpret_cast<SENDCMDOUTPARAMS *>(request.buffer);
-    memset(output, 0, kDataOffset);
-    output->cBufferSize = 512;
-    output->DriverStatus.bDriverError = sector ? 0 : SMART_IDE_ERROR;
-    output->DriverStatus.bIDEError = sector ? 0 : kErrorAborted;
-    if (sector)
-        memcpy(output->bBuffer, sector, 512);
-    return {STATUS_SUCCESS, kDataOffset + 512};
 }
 
 Ending predictFailure(const Request &request)
@@ -210,29 +163,24 @@ Ending predictFailure(const Request &request)
     return give(request, answer);
 }
 
-struct Handler
+Ending answer(const Request &request, ULONG code)
 {
-    ULONG code;
-    ULONG kind;
-    bool answersItsOwnFailure; // in registers, with a request that succeeds
-    Ending (*answer)(const Request &request);
-};
-
-constexpr Handler kHandlers[] = {
-    {IOCTL_DISK_GET_DRIVE_GEOMETRY, stand_in::kGeometry, false, geometry},
-    {IOCTL_DISK_GET_PARTITION_INFO, stand_in::kPartition, false, partition},
-    {IOCTL_STORAGE_GET_DEVICE_NUMBER, stand_in::kDeviceNumber, false, deviceNumber},
-    {IOCTL_STORAGE_QUERY_PROPERTY, stand_in::kDescriptor, false, descriptor},
-    {SMART_GET_VERSION, stand_in::kSmartVersion, false, smartVersion},
-    {IOCTL_ATA_PASS_THROUGH, stand_in::kAta, true, ataPassThrough},
-    {SMART_RCV_DRIVE_DATA, stand_in::kSmart, true, smartReceiveData},
-    {IOCTL_IDE_PASS_THROUGH, stand_in::kIde, true, idePassThrough},
-    {IOCTL_STORAGE_PREDICT_FAILURE, stand_in::kPredict, false, predictFailure},
-};
-
-ULONG numberOf(const DEVICE_OBJECT *device)
-{
-    return *static_cast<const ULONG *>(device->DeviceExtension);
+    switch (code) {
+    case IOCTL_DISK_GET_DRIVE_GEOMETRY:
+        return geometry(request);
+    case IOCTL_DISK_GET_PARTITION_INFO:
+        return partition(request);
+    case IOCTL_STORAGE_GET_DEVICE_NUMBER:
+        return give(request, STORAGE_DEVICE_NUMBER{FILE_DEVICE_DISK, request.number, 0});
+    case IOCTL_STORAGE_QUERY_PROPERTY:
+        return descriptor(request);
+    case IOCTL_ATA_PASS_THROUGH:
+        return ataPassThrough(request);
+    case IOCTL_STORAGE_PREDICT_FAILURE:
+        return predictFailure(request);
+    default:
+        return {STATUS_INVALID_DEVICE_REQUEST, 0};
+    }
 }
 
 NTSTATUS complete(IRP *irp, const Ending &ending)
@@ -259,8 +207,7 @@ NTSTATUS hang(IRP *irp)
 NTSTATUS WINAPI open(DEVICE_OBJECT *device, IRP *irp)
 {
     DriveFile drive;
-    const bool isThere = readDriveFile(numberOf(device), drive);
-    return complete(irp, {isThere ? STATUS_SUCCESS : STATUS_NO_SUCH_DEVICE, 0});
+    return complete(irp, {readDriveFile(device, drive) ? STATUS_SUCCESS : STATUS_NO_SUCH_DEVICE, 0});
 }
 
 NTSTATUS WINAPI close(DEVICE_OBJECT *, IRP *irp)
@@ -271,33 +218,28 @@ NTSTATUS WINAPI close(DEVICE_OBJECT *, IRP *irp)
 NTSTATUS WINAPI control(DEVICE_OBJECT *device, IRP *irp)
 {
     const auto &parameters = IoGetCurrentIrpStackLocation(irp)->Parameters.DeviceIoControl;
-    Request request{};
-    request.number = numberOf(device);
-    if (!readDriveFile(request.number, request.drive))
+    Request request{{},
+                    numberOf(device),
+                    static_cast<UCHAR *>(irp->AssociatedIrp.SystemBuffer),
+                    parameters.InputBufferLength,
+                    parameters.OutputBufferLength};
+    const ULONG code = parameters.IoControlCode;
+    if (!readDriveFile(device, request.drive))
         return complete(irp, {STATUS_DEVICE_NOT_CONNECTED, 0});
-    request.buffer = static_cast<UCHAR *>(irp->AssociatedIrp.SystemBuffer);
-    request.inputSize = parameters.InputBufferLength;
-    request.outputSize = parameters.OutputBufferLength;
-    for (const Handler &handler : kHandlers) {
-        if (handler.code != parameters.IoControlCode || !(request.drive.answered & handler.kind))
-            continue;
-        request.kind = handler.kind;
-        if (request.drive.hanging & handler.kind)
-            return hang(irp);
-        if (isFailing(request) && !handler.answersItsOwnFailure)
-            return complete(irp, {STATUS_IO_DEVICE_ERROR, 0});
-        return complete(irp, handler.answer(request));
-    }
-    return complete(irp, kRefused);
+    if (request.drive.hanging == code)
+        return hang(irp);
+    if (request.drive.refused == code)
+        return complete(irp, {STATUS_INVALID_DEVICE_REQUEST, 0});
+    return complete(irp, answer(request, code));
 }
 
 NTSTATUS WINAPI read(DEVICE_OBJECT *device, IRP *irp)
 {
     const auto &parameters = IoGetCurrentIrpStackLocation(irp)->Parameters.Read;
     DriveFile drive;
-    if (!readDriveFile(numberOf(device), drive))
+    if (!readDriveFile(device, drive))
         return complete(irp, {STATUS_DEVICE_NOT_CONNECTED, 0});
-    if (drive.hanging & stand_in::kRead)
+    if (drive.hanging == stand_in::kRead)
         return hang(irp);
     const auto begin = std::uint64_t(parameters.ByteOffset.QuadPart);
     const std::uint64_t end = begin + parameters.Length;
@@ -308,22 +250,6 @@ NTSTATUS WINAPI read(DEVICE_OBJECT *device, IRP *irp)
     memset(irp->AssociatedIrp.SystemBuffer, 0, parameters.Length);
     return complete(irp, {STATUS_SUCCESS, parameters.Length});
 }
-
-/// The Nth name of a pattern, in a buffer of its own.
-struct Name
-{
-    Name(const WCHAR *pattern, ULONG number)
-    {
-        _snwprintf(text, 64, pattern, unsigned(number));
-        RtlInitUnicodeString(&string, text);
-    }
-
-    WCHAR text[64] = {};
-    UNICODE_STRING string;
-};
-
-constexpr WCHAR kDeviceName[] = L"\\Device\\HalvexStandIn%u";
-constexpr WCHAR kLinkName[] = L"\\DosDevices\\PhysicalDrive%u";
 
 NTSTATUS addDrive(DRIVER_OBJECT *driver, ULONG number)
 {
