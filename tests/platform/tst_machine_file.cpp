@@ -47,17 +47,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("json");
         QTest::addColumn<QString>("problem");
         row("no JSON", "{\n\"drives\":\n}", "m.json: line 3: object is missing after a comma");
-        row("no object", "[]", "m.json: line 1: must be an object");
         row("unknown key", R"({"drive": []})", "m.json: drive: is not known");
         row("no list", R"({"drives": {}})", "m.json: drives: must be a list");
-        row("no object in a list", R"({"drives": [{"number": 1}, 2]})",
-            "m.json: drives[1]: must be an object");
         row("first of two", R"({"drives": [{}], "other": 1})", "m.json: drives[0].number: is missing");
         row("number beyond the probed ones", R"({"drives": [{"number": 99}]})",
             "m.json: drives[0].number: must be a whole number from 0 to 98");
         row("number twice", R"({"drives": [{"number": 7}, {"number": 7}]})",
             "m.json: drives[1].number: is taken by another drive");
-        row("volume without name", R"({"volumes": [{}]})", "m.json: volumes[0].name: is missing");
         row("volume name without backslash", R"({"volumes": [{"name": "x"}]})",
             "m.json: volumes[0].name: must end with a backslash");
         row("volume twice", R"({"volumes": [{"name": "x\\"}, {"name": "x\\"}]})",
@@ -65,15 +61,12 @@ private Q_SLOTS:
         row("letter twice",
             R"({"volumes": [{"name": "x\\", "letters": ["C"]}, {"name": "y\\", "letters": ["D", "C"]}]})",
             "m.json: volumes[1].letters: C is taken by another volume");
-        row("account without name", R"({"accounts": [{"privilege": 2}]})",
-            "m.json: accounts[0].name: is missing");
         row("mistake in a dump", R"({"drives": [{"number": 0, "dump": "sub/type.json"}]})",
             "sub/type.json: firmware: must be a text");
         row("dump that names a number", R"({"drives": [{"number": 0, "dump": "sub/number.json"}]})",
             "sub/number.json: number: is not known");
         row("dump that is no JSON", R"({"drives": [{"number": 0, "dump": "sub/torn.json"}]})",
             "sub/torn.json: line 1: object is missing after a comma");
-        row("event log that is no path", R"({"eventLog": true})", "m.json: eventLog: must be a text");
     }
 
     void mistakes()
@@ -92,14 +85,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("problem");
         row("unknown key", R"("modell": "X")", "modell: is not known");
         row("text that is a number", R"("model": 5)", "model: must be a text");
-        row("number that is a text", R"("ataMajor": "9")",
-            "ataMajor: must be a whole number from 0 to 65535");
         row("fraction", R"("readDelayMs": 1.5)", "readDelayMs: must be a whole number from 0 to 3600000");
         row("odd sector size", R"("bytesPerSector": 520)", "bytesPerSector: must be 512, 1024, 2048 or 4096");
         row("geometry that divides by zero", R"("geometry": {"sectorsPerTrack": 0})",
             "geometry.sectorsPerTrack: must be a whole number from 1 to 2147483647");
-        row("no truth value", R"("smart": {"enabled": 1})", "smart.enabled: must be true or false");
         row("no object", R"("smart": [])", "smart: must be an object");
+        row("no truth value", R"("smart": {"enabled": 1})", "smart.enabled: must be true or false");
         row("31 attributes",
             R"("smart": {"attributes": [)" + QString(R"({"id": 2}, )").repeated(30) + R"({"id": 1}]})",
             "smart.attributes: holds more than 30 attributes");
@@ -107,19 +98,12 @@ private Q_SLOTS:
             "smart.attributes[1].id: is missing");
         row("attribute 0 would end the table", R"("smart": {"attributes": [{"id": 0}]})",
             "smart.attributes[0].id: must be a whole number from 1 to 255");
-        row("49 bits", R"("smart": {"attributes": [{"id": 9, "raw": 281474976710656}]})",
-            "smart.attributes[0].raw: must be a whole number from 0 to 281474976710655");
-        row("unknown attribute key", R"("smart": {"attributes": [{"id": 9, "value": 1}]})",
-            "smart.attributes[0].value: is not known");
         row("short sector", R"("identify": "00ff")", "identify: must be 1024 hexadecimal digits");
-        row("no hexadecimal digit", R"("smartData": ")" + QString(1023, '0') + R"(g")",
-            "smartData: must be 1024 hexadecimal digits");
         row("unknown request", R"("answers": ["ata", "nvme"])",
             "answers: may only hold geometry, partition, deviceNumber, descriptor, smartVersion, ata, smart, "
             "ide, predict");
         row("bad range backwards", R"("badSectors": [[1, 2], [4, 3]])",
             "badSectors: must hold pairs of a first and a last sector");
-        row("missing image", R"("image": "no.img")", "image: home/no.img cannot be read");
         row("missing dump", R"("dump": "no.json")", "dump: home/no.json cannot be read");
     }
 
