@@ -46,29 +46,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("line"); // what is written for the key then; empty: all as it was
         const auto file = [](const char *lines) { return fileOf(QString::fromUtf8(lines)); };
         row("flag on", file("emailNotify=1"), "emailNotify=1");
-        row("flag off", file("popupNotify=0"), "popupNotify=0");
         row("flag of two", file("emailNotify=2"), "");
-        row("flag below zero", file("popupNotify=-1"), "");
         row("flag that is no number", file("popupNotify=yes"), "popupNotify=0");
-        row("hottest limit", file("cTemp=99"), "cTemp=99");
         row("limit too hot", file("cTemp=100"), "");
-        row("coldest limit", file("wTemp=1"), "wTemp=1");
-        row("limit too cold", file("wTemp=0"), "");
-        row("highest port", file("smtpPort=99999"), "smtpPort=99999");
         row("port too high", file("smtpPort=100000"), "");
-        row("port beyond all integers", file("smtpPort=99999999999"), "");
         row("text keeps its blanks", file("smtpSubj= hot disk "), "smtpSubj= hot disk ");
         row("text beyond 8 bits", file(u8"smtpSubj=\u0394\u2603"), u8"smtpSubj=\u0394\u2603");
-        row("key not at the start", file("xsmtpUser=me"), "smtpUser=xme");
         row("key twice", file("smtpUser=a smtpUser=b"), "smtpUser=a b");
         // cTemp= is looked for first and goes, though its value is no number then.
         row("key within a text", file("smtpSubj=at cTemp=70"), "smtpSubj=at 70");
-        row("key in capitals", file("CTEMP=70"), "");
-        row("key without its sign", file("cTemp 70"), "");
         row("line of a drive", file("disk=0!0!99!1!0!0"), "");
         row("the later line, if it fits", file("cTemp=60\ncTemp=70\ncTemp=0"), "cTemp=70");
         row("plain text", QByteArray("emailNotify=1\ncTemp=70\n"), "");
-        row("a carriage return too many", file("cTemp=70") + "\r\n", "");
         row("a line cut off", file("cTemp=70").chopped(1), "");
         row("other bytes around a line", QByteArray(70000, '\xff') + '\n' + file("cTemp=70") + "\n\n",
             "cTemp=70");
@@ -153,18 +142,14 @@ private Q_SLOTS:
         row("first drive's schedule", "disk=0!0!99!2!0!0", "2 0 77 8-9,");
         row("last drive's schedule", "disk=1!0!99!3!0!0", "0 3 77 8-9,");
         row("schedule of no drive", "disk=2!0!99!2!0!0", "0 0 77 8-9,");
-        row("schedule of a negative drive", "disk=-1!0!99!2!0!0", "0 0 77 8-9,");
         row("schedule of five fields", "disk=0!0!99!2!0", "0 0 77 8-9,");
-        row("schedule of seven fields", "disk=0!0!99!2!0!0!", "0 0 77 8-9,");
-        row("schedule's key not at the start", "1disk=!0!99!2!0!0", "0 2 77 8-9,");
         row("no ranges", "scan=1;0;10;0;9;260304050607;", "0 0 10 ");
         row("last range not ended", "scan=1;0;10;0;9;260304050607;1-2,3-4", "0 0 10 1-2,3-4,");
         row("items that are no range", "scan=1;0;10;0;9;260304050607;,,1-2,5,1-2-3,,6-7,", "0 0 10 1-2,6-7,");
         row("an eighth field drops the ranges", "scan=1;0;10;0;9;260304050607;1-2,;", "0 0 10 ");
-        row("six fields", "scan=1;0;10;0;9;260304050607", "0 0 10 ");
         row("two fields", "scan=1;0", "0 0 0 ");
-        row("scan of no drive", "scan=2;0;10;0;9;260304050607;1-2,", "0 0 77 8-9,");
         row("scan of a negative drive", "scan=-1;0;10;0;9;260304050607;1-2,", "0 0 77 8-9,");
+        row("scan of no drive", "scan=2;0;10;0;9;260304050607;1-2,", "0 0 77 8-9,");
     }
 
     void driveLine()

@@ -40,16 +40,13 @@ private Q_SLOTS:
         const auto visible = [](const char *text) { return client::visible(QString::fromUtf8(text)); };
         row("harmless", visible("Größe 日本 °C"), "Größe 日本 °C");
         row("terminal sequence", visible("\033[2J"), "\\u{1b}[2J");
-        row("line end", visible("a\r\nb"), "a\\u{d}\\u{a}b");
         row("control beyond ASCII", visible("\u009b"), "\\u{9b}");
         row("direction mark", visible("\u202e"), "\\u{202e}");
 
         const auto padded = [](const char *text) { return render::padded(QString::fromUtf8(text), 4); };
         row("filled", padded("ab"), "ab  ");
-        row("exact", padded("abcd"), "abcd");
         row("cut", padded("abcde"), "abc…");
         row("wide, half a character left over", padded("日本語"), "日… ");
-        row("wide, exact", padded("日本"), "日本");
         row("beyond the first plane", padded("💾💾💾"), "💾… ");
         row("combining marks", padded("a\u0308b\u0308"), "a\u0308b\u0308  ");
 
@@ -57,15 +54,11 @@ private Q_SLOTS:
         row("in colour", painted(QStringLiteral("x"), render::Colour::Warning, {true, true, 80}),
             "\033[33mx\033[0m");
 
-        row("below a kilobyte", render::sizeText(999), "999 B");
         row("a kilobyte", render::sizeText(1000), "1.00 kB");
         row("rounds into the next unit", render::sizeText(999600000), "1.00 GB");
-        row("two digits", render::sizeText(99949), "99.9 kB");
         row("rounds to three digits", render::sizeText(99950), "100 kB");
         row("the largest number", render::sizeText(~quint64(0)), "18.4 EB");
 
-        row("seconds", render::durationText(59), "59 s");
-        row("minutes", render::durationText(180), "3 min");
         row("minutes and seconds", render::durationText(185), "3 min 05 s");
         row("hours", render::durationText(3900), "1 h 05 min");
         row("days", render::durationText(2 * 86400 + 5 * 3600), "2 d 5 h");
@@ -77,7 +70,6 @@ private Q_SLOTS:
         row("interval in minutes", interval("3m"), "180000");
         row("interval in hours", interval("2 h"), "7200000");
         row("interval of unknown unit", interval("3d"), "-1");
-        row("negative interval", interval("-3"), "-1");
 
         // Of a drive of 1000001 sectors at 512000 bytes a second; -1: not known.
         const auto left = [](const ScanStatus &status) {
@@ -86,7 +78,6 @@ private Q_SLOTS:
         row("left of a drive, below a percent", left(runningScan(0, 0, 5000)), "995");
         row("left of a drive", left(runningScan(25, 0, 250000)), "750");
         row("left of a part", left(runningScan(50, 0, 50000)), "50");
-        row("left of a part, below a percent", left(runningScan(0, 0, 50000)), "-1");
         row("left beyond any drive's end", left(runningScan(100, 0, ~quint64(0) / 2)), "0");
         row("left of no scan", left({}), "-1");
     }
@@ -100,16 +91,14 @@ private Q_SLOTS:
         row("empty bar", render::progressBar(0, 4), "░░░░");
         row("an eighth of a column", render::progressBar(1.0 / 32, 4), "▏░░░");
         row("half a bar", render::progressBar(0.5, 4), "██░░");
-        row("beyond full", render::progressBar(1.5, 4), "████");
         row("trend", render::sparkline({40, 20, 27, 34}, 3, 5), "▁▄█");
-        row("noise stays low", render::sparkline({20, 21, 20}, 8, 7), "▁▂▁");
         row("no values", render::sparkline({}, 8, 7), "");
+        row("noise stays low", render::sparkline({20, 21, 20}, 8, 7), "▁▂▁");
 
         const auto map = [](ScanStatus status, const QVector<client::BadRange> &bad = {}) {
             status.badRanges = bad;
             return render::surfaceMap(status, 1000, 10, {});
         };
-        row("never scanned", map({}), "░░░░░░░░░░");
         row("half a surface", map(runningScan(50, 0, 499)), "█████░░░░░");
         row("a part in the middle", map(runningScan(50, 300, 599)), "░░░███░░░░");
         row("bad sectors", map(runningScan(90, 0, 899), {{200, 200}, {399, 400}}), "██▚▚▚████░");
@@ -176,10 +165,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("firstRow");
         QTest::addColumn<QString>("shown"); // the first and the last drive
         row("one drive", 1, 80, 24, 0, "0 to 0");
-        row("no drive", 0, 80, 24, 0, " to ");
         row("forty drives", 40, 80, 24, 0, "0 to 18");
         row("forty drives, scrolled beyond the end", 40, 80, 24, 99, "21 to 39");
-        row("forty drives, large screen", 40, 200, 50, 0, "0 to 39");
         row("small screen", 40, 60, 6, 3, "3 to 3");
     }
 

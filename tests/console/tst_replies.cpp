@@ -108,22 +108,6 @@ class TestReplies : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void takesLinesCutAtEveryByte()
-    {
-        const QByteArray wire = kLine + "\r\n" + kLine + "\r\n";
-        for (int cut = 0; cut <= wire.size(); ++cut) {
-            client::LineReader reader;
-            QStringList texts;
-            for (const QByteArray &part : {wire.left(cut), wire.mid(cut)}) {
-                reader.append(part);
-                while (const auto line = reader.takeLine())
-                    texts.append(client::plainText(*line).value_or(QString()));
-            }
-            QCOMPARE(texts, QStringList({QStringLiteral("VER"), QStringLiteral("VER")}));
-            QVERIFY(reader.pending().isEmpty());
-        }
-    }
-
     void refusesWhatIsNoLine_data()
     {
         QTest::addColumn<QByteArray>("wire");
@@ -136,16 +120,19 @@ private Q_SLOTS:
         row("only a line feed", kLine + "\n\n");
         row("no hexadecimal body", QByteArray("00000012001b26zz1e\r\n"));
         row("no Base64", QByteArray("00000012001b261b64\r\n"));
-        row("odd length", QByteArray("00000013001b261b1e0\r\n"));
-        row("no offset", QByteArray("0000000azz\r\n"));
     }
 
     void refusesWhatIsNoLine()
     {
         QFETCH(QByteArray, wire);
         client::LineReader reader;
-        reader.append(kLine + "\r\n" + wire);
-        QVERIFY(reader.takeLine());
+        const QByteArray good = kLine + "\r\n";
+        for (const char byte : good) {
+            QVERIFY(!reader.takeLine());
+            reader.append(QByteArray(1, byte));
+        }
+        QCOMPARE(client::plainText(*reader.takeLine()).value_or(QString()), QStringLiteral("VER"));
+        reader.append(wire);
         const auto line = reader.takeLine();
         QVERIFY(line ? !client::plainText(*line) : reader.isBroken());
     }
@@ -162,10 +149,8 @@ private Q_SLOTS:
         };
         row("drive: another one", drive("OK,1", "OK,2"), "refused");
         row("drive: number padded", drive("34", "034"), "refused");
-        row("drive: number signed", drive("34", "+34"), "refused");
         row("drive: too large", drive("34", "2147483648"), "refused");
         row("drive: negative capacity", drive("1000204886016", "-1"), "refused");
-        row("drive: level 4", drive("~;2~;92", "~;4~;92"), "refused");
         row("drive: separator in a text", drive("WD-1", "W~;D"), "refused");
         row("drive: cut", drive("~;92~;1", ""), "refused");
 
@@ -174,13 +159,11 @@ private Q_SLOTS:
                                          "0~;0~;0~;0~;0~;0~;3~;0~;1"),
             "[X   0 -1  -1 0 0 0 512 0 0 0 0 0 false 0 0 0 false 0 3 0 1 false]");
         row("drives: none", read(client::parseAllDrives, "ALLDEVINFO_OK]![0"), "[]");
-        row("drives: nothing", read(client::parseAllDrives, "ALLDEVINFO_OK]!["), "refused");
 
         row("volumes",
             read(client::parseAllVolumes, "ALLVOLINFO_OK]![0~;C:\\~;System~;NTFS~;1234-5678~;500~;120]~["
                                           "2~;1:\\~;~;Unknown~;~;18446744073709551615~;0"),
             "[0 C:\\ System NTFS 1234-5678 500 120|2 1:\\  Unknown  18446744073709551615 0]");
-        row("volumes: none", read(client::parseAllVolumes, "ALLVOLINFO_OK]!["), "[]");
 
         row("attributes",
             read(client::parseAttributes, "SMARTINFO_OK,1,{5~0~1~10~7~9~36;194~1~0~3~281474976710655~2~0}"),
@@ -189,9 +172,7 @@ private Q_SLOTS:
         const auto attributes = [](const char *payload) {
             return read(client::parseAttributes, QByteArray("SMARTINFO_OK,") + payload);
         };
-        row("attributes: no brace", attributes("1,{5~0~1~10~7~9~36"), "refused");
         row("attributes: current 256", attributes("1,{5~0~1~256~7~9~36}"), "refused");
-        row("attributes: field too many", attributes("1,{5~0~1~10~7~9~36~1}"), "refused");
         row("attributes: another drive", attributes("2,{}"), "refused");
     }
 
@@ -208,7 +189,6 @@ private Q_SLOTS:
             return read(client::parseGreeting, QByteArray(kGreeting).replace(from, to));
         };
         row("greeting: a separator in a text", greeting("[s]", "[a]![b]"), "refused");
-        row("greeting: flag 2", greeting("[0]![1]", "[2]![1]"), "refused");
         row("greeting: no peer", greeting("2130706433.", "%6."), "refused");
 
         row("scan: running, failed, and of a drive without sectors",
@@ -219,7 +199,6 @@ private Q_SLOTS:
         const auto scan = [](const char *payload) {
             return read(client::parseScanStatus, QByteArray("STATSCAN]![0;") + payload);
         };
-        row("scan: state 3", scan("3;0;0;0;261115003607"), "refused");
         row("scan: range backwards", scan("0;0;0;0;261115003607;9-1"), "refused");
         row("scan: 13th month", scan("0;0;0;0;261315003607"), "refused");
 
@@ -228,8 +207,6 @@ private Q_SLOTS:
                                         "2~;1~;0~;260230~;000000]![3~;4~;0~;~;"),
             "[0 3 6 2026-11-15 03:30:00.000|1 0 0  |2 1 0  00:00:00.000|3 4 0  ]");
         row("schedule: no drives", read(client::parseSchedule, "SCANSCHED"), "[]");
-        row("schedule: short date", read(client::parseSchedule, "SCANSCHED]![0~;1~;0~;26111~;033000"),
-            "refused");
 
         row("history: one temperature lost, one record damaged",
             read(client::parseHistory, "STATD]![;,0!E(!J!!!!!!!!;,0!E(\"\xEF\xBF\xBD"),
@@ -238,7 +215,6 @@ private Q_SLOTS:
 
         row("user: comma in the name", read(client::parseUser, "USERINFO,1,Smith, John,Admin"),
             "Admin: Smith, John");
-        row("user: no such", read(client::parseUser, "USERINFO,1,"), ": ");
         row("user: no level", read(client::parseUser, "USERINFO,1,Operator"), "refused");
     }
 
