@@ -3,6 +3,7 @@
 // The tables are made of texts: let them be plain literals.
 #undef QT_NO_CAST_FROM_ASCII
 
+#include "platform/event_log.h"
 #include "platform/service_manager.h"
 #include "rows.h"
 #include "service/command_line.h"
@@ -96,6 +97,13 @@ private:
     Script m_script;
     QMutex m_mutex;
     QWaitCondition m_reported;
+};
+
+struct RecordingEventLog : EventLog
+{
+    QString types; // their numbers
+
+    void report(const Event &event) override { types += QString::number(quint16(event.type)); }
 };
 
 class RecordingService : public QtService<QCoreApplication>
@@ -303,6 +311,17 @@ private Q_SLOTS:
         for (const quint32 code : {2U, 3U, 128U, 1U, 256U})
             bench.service->carryOut(code);
         QCOMPARE(bench.service->calls, QStringList());
+    }
+
+    void serviceLog()
+    {
+        Bench bench("");
+        auto *const log = new RecordingEventLog;
+        bench.platform.eventLog.reset(log);
+        for (const auto type : {QtServiceBase::Success, QtServiceBase::Error, QtServiceBase::Warning,
+                                QtServiceBase::Information})
+            bench.service->writeServiceLog("text", type);
+        QCOMPARE(log->types, "0124");
     }
 };
 
