@@ -123,14 +123,12 @@ private Q_SLOTS:
 
     void initialDriveState()
     {
-        DeviceList devices = twoDrives();
-        devices.append(DeviceRecord()); // no capacity
+        DeviceList devices(2);
+        devices[0].capacity = 4096; // and the other one has none
         readDriveState({}, devices, kNow);
         QCOMPARE(written(Settings(), devices).section(QStringLiteral("disk="), 1),
-                 QStringLiteral("0!0!1953525167!0!0!%1\ndisk=1!0!7!0!0!%1\ndisk=2!0!0!0!0!%1\n"
-                                "scan=0;0;0;0;1953525167;800101000000;\n"
-                                "scan=1;0;0;0;7;800101000000;\n"
-                                "scan=2;0;0;0;0;800101000000;\n")
+                 QStringLiteral("0!0!7!0!0!%1\ndisk=1!0!0!0!0!%1\n"
+                                "scan=0;0;0;0;7;800101000000;\nscan=1;0;0;0;0;800101000000;\n")
                      .arg(kNow.toSecsSinceEpoch()));
         QCOMPARE(devices[0].scanTime.date().year(), 1980);
     }

@@ -99,6 +99,12 @@ private Q_SLOTS:
         QVERIFY(outcome.opened);
         QCOMPARE(outcome.sent.error, system_error::kServiceNotActive);
         QCOMPARE(m_manager->state({}), std::optional(ServiceState::Stopped));
+        {
+            const RunningService service(m_folder->path(), RunMode::Service);
+            QTRY_COMPARE(m_manager->state({}), std::optional(ServiceState::Running));
+            QVERIFY(!(QFileInfo(m_folder->filePath("control")).permissions() &
+                      (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)));
+        }
 
         QFile settings(m_folder->filePath("HalvexService.ini"));
         QVERIFY(settings.open(QIODevice::WriteOnly));
@@ -117,22 +123,12 @@ private Q_SLOTS:
         QVERIFY(m_manager->install(service).ok());
     }
 
-    void installedService()
-    {
-        QVERIFY(m_manager->install({}).ok());
-        const RunningService service(m_folder->path(), RunMode::Service);
-        QTRY_COMPARE(m_manager->state({}), std::optional(ServiceState::Running));
-        QVERIFY(!(QFileInfo(m_folder->filePath("control")).permissions() &
-                  (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)));
-    }
-
     void dispatcherFailures_data()
     {
         QTest::addColumn<RunMode>("mode");
         QTest::addColumn<QString>("home"); // in the test's folder, which has no key
         QTest::addColumn<quint32>("error");
         row("service without key", RunMode::Service, "", system_error::kNotStartedByManager);
-        row("application without home", RunMode::Application, "missing", system_error::kFileNotFound);
         row("path too long for a socket", RunMode::Application, QString(120, 'x'), system_error::kBadLength);
     }
 
