@@ -138,10 +138,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("line");
         QTest::addColumn<QString>("state"); // kind of both drives' schedules; the second's percent and ranges
         row("first drive's schedule", "disk=0!0!99!2!0!0", "2 0 77 8-9,");
-        row("last drive's schedule", "disk=1!0!99!3!0!0", "0 3 77 8-9,");
         row("schedule of no drive", "disk=2!0!99!2!0!0", "0 0 77 8-9,");
         row("schedule of five fields", "disk=0!0!99!2!0", "0 0 77 8-9,");
-        row("no ranges", "scan=1;0;10;0;9;260304050607;", "0 0 10 ");
         row("last range not ended", "scan=1;0;10;0;9;260304050607;1-2,3-4", "0 0 10 1-2,3-4,");
         row("items that are no range", "scan=1;0;10;0;9;260304050607;,,1-2,5,1-2-3,,6-7,", "0 0 10 1-2,6-7,");
         row("an eighth field drops the ranges", "scan=1;0;10;0;9;260304050607;1-2,;", "0 0 10 ");
