@@ -87,20 +87,17 @@ private Q_SLOTS:
         row("unknown code", Request{0x00070004, {}, 4096}, 1U);
         row("predict failure, short", withSizes(kPredict, 0, 515), 122U);
         row("property, no room", withSizes(kProperty, 12, 7), 122U);
-        row("property, other query", changed(kProperty, 4, 1), 87U);
 
         row("ATA, short header", withSizes(kAta, 39, 556), 122U);
         row("ATA, no room for the data", withSizes(kAta, 40, 555), 122U);
         row("ATA, data out", changed(kAta, 2, 4), 87U);
         row("ATA, one byte too many", changed(kAta, 8, 1), 87U);
-        row("ATA, data in the header's padding", changed(kAta, 20, 40), 87U);
         row("ATA, LBA mid", changed(kAta, 35, 0), 87U);
 
         row("IDE, no room for the data", withSizes(kIde, 12, 523), 122U);
         row("IDE, length", changed(kIde, 8, 1), 87U);
 
         row("S.M.A.R.T., no room for the data", withSizes(kSmart, 32, 527), 122U);
-        row("S.M.A.R.T., command without data", changed(kSmart, 4, 0xDA), 87U);
         row("send, no room for the registers", withSizes(kStatus, 32, 23), 122U);
     }
 

@@ -100,7 +100,6 @@ constexpr int k64MiB = 67108864;
 } // namespace
 
 Q_DECLARE_METATYPE(ScanRequest)
-Q_DECLARE_METATYPE(SectorRange)
 
 class TestScanWorkers : public QObject
 {
