@@ -10,7 +10,7 @@ namespace {
 
 void setWord(QByteArray &sector, int number, int value)
 {
-    qToLittleEndian(quint16(value), sector.data() + 2 * number);
+    qToLittleEndian(quint16(value), sector.data() + std::ptrdiff_t{2} * number);
 }
 
 } // namespace

@@ -163,26 +163,16 @@ bool ServiceFixture::control(const QString &option, bool pauses)
     return QTest::qWaitFor(isDone, kPatienceMs);
 }
 
-QStringList ServiceFixture::eventTexts() const
+QByteArray ServiceFixture::events() const
 {
     QFile file(path("events.jsonl"));
-    QStringList texts;
-    if (!file.open(QIODevice::ReadOnly))
-        return texts;
-    while (!file.atEnd())
-        texts << QJsonDocument::fromJson(file.readLine()).object().value("text").toString();
-    return texts;
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 quint16 ServiceFixture::reportedPort() const
 {
-    static const QRegularExpression expression("^Binding to port: (\\d+)\\.");
-    for (const QString &text : eventTexts()) {
-        const QRegularExpressionMatch match = expression.match(text);
-        if (match.hasMatch())
-            return match.captured(1).toUShort();
-    }
-    return 0;
+    static const QRegularExpression expression("\"Binding to port: (\\d+)\\.");
+    return expression.match(QString::fromUtf8(events())).captured(1).toUShort();
 }
 
 QByteArray ServiceFixture::output()

@@ -88,8 +88,8 @@ public:
     [[nodiscard]] bool pause() { return control(QStringLiteral("-pause"), true); }
     [[nodiscard]] bool resume() { return control(QStringLiteral("-resume"), false); }
 
-    /// The texts of the events written so far, in order.
-    [[nodiscard]] QStringList eventTexts() const;
+    /// The events written so far, one a line, as the file has them.
+    [[nodiscard]] QByteArray events() const;
     /// What the program has printed; for failure messages.
     [[nodiscard]] QByteArray output();
 

@@ -184,12 +184,15 @@ private Q_SLOTS:
         QCOMPARE(m_service.ask(settings.arg(server.port())), QString("SET_OK"));
 
         const QString text = "ID: 3 WARM DRIVE\n   Temperature=70 Celsius (158 Fahrengeit)";
+        const QJsonObject entry{
+            {"category", 0}, {"id", 3}, {"source", "Halvex"}, {"text", text}, {"type", 1}};
+        const QByteArray event = QJsonDocument(entry).toJson(QJsonDocument::Compact) + '\n';
         for (const bool isHot : {true, false}) {
-            QVERIFY(m_service.eventTexts().contains(text) != isHot);
+            QVERIFY(m_service.events().contains(event) != isHot);
             m_service.writeMachine(warmDrive(isHot ? "70" : "31"));
             QCOMPARE(m_service.ask("REFRESH"), QString("REFRESH_OK"));
             QCOMPARE(m_service.firstLine().split("]![").value(6), QString(isHot ? "3" : "1"));
-            QVERIFY(m_service.eventTexts().contains(text));
+            QVERIFY(m_service.events().contains(event));
         }
         QTRY_VERIFY_WITH_TIMEOUT(!server.mailbox().isEmpty(), kPatienceMs);
         const QRegularExpression mail(
