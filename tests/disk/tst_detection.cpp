@@ -2,7 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "disk/detection.h"
 
+#include "disk/fake_drives.h"
 #include "disk/simulated_machine.h"
+#include "platform/drive_requests.h"
 #include "rows.h"
 
 #include <QtTest>
@@ -23,6 +25,22 @@ QJsonObject drive(int number, const QByteArray &text = "{}")
         object[it.key()] = it.value();
     return object;
 }
+
+/// Fixed disks whose every answer is so many bytes short.
+struct FixedDisks : DriveSystem
+{
+    quint32 missing = 0;
+
+    OpenReply open(const QString &) override
+    {
+        const auto answer = [this](quint32 code, ByteView, MutableBytes output) -> ControlReply {
+            if (code == drive_request::kDriveGeometry)
+                output.setU8(drive_request::geometry::kMediaType, drive_request::geometry::kFixedMedia);
+            return {system_error::kNone, quint32(output.size()) - missing};
+        };
+        return {std::make_unique<ScriptedDrive>(answer), system_error::kNone};
+    }
+};
 
 } // namespace
 
@@ -56,6 +74,14 @@ private Q_SLOTS:
         const SimulatedMachine machine({drive(number, keys)});
         QTEST(detection::detect(machine.drives()).size(), "detected");
         QTEST(detection::countFixedDrives(machine.drives()), "counted");
+    }
+
+    void shortAnswersAreNone()
+    {
+        FixedDisks disks;
+        QVERIFY(detection::probe(disks, 0).has_value());
+        disks.missing = 1;
+        QVERIFY(!detection::probe(disks, 0).has_value());
     }
 
     void listIsInOrderOfNumbers()

@@ -160,7 +160,7 @@ private Q_SLOTS:
             "");
         row("user without index", "USERINFO", "USERINFO,0,Operator,Admin", "");
 
-        row("intervals", "SETTIME]![1]![2147483647", "SETTIME_OK,1,2147483647", "");
+        row("intervals", "SETTIME]![1]![1", "SETTIME_OK,1,1", "");
         row("second interval is 0", "SETTIME]![5]![0", "SETTIME_ERR,180000,300000", "");
         row("second interval is missing", "SETTIME]![5", "SETTIME_ERR,180000,300000", "");
         row("interval beyond 32 bits", "SETTIME]![5]![2147483648", "SETTIME_ERR,180000,300000", "");
