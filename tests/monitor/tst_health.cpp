@@ -85,6 +85,9 @@ private Q_SLOTS:
         row("beyond an int", degrees(2147483647),
             "3 100    Temperature=2147483647 Celsius (3865470596 Fahrengeit)\n");
         row("limits swapped, between them", degrees(50, 60, 40), "3 100 ");
+        Settings frost;
+        frost.wTemp = 0;
+        row("no temperature is not 0 degrees", shown(rateDrive(drive(0, {}), frost)), "1 100 ");
     }
 
     void rates()
