@@ -66,7 +66,10 @@ DeviceRecord fullDevice()
 void fill(FakeTarget &target)
 {
     target.deviceList = {neverRead(), fullDevice()};
-    target.accountList = {{QStringLiteral("Operator"), 2}};
+    target.accountList = {{QStringLiteral("Operator"), 2},
+                          {QStringLiteral("Visitor"), 0},
+                          {QStringLiteral("Smith, J."), 1},
+                          {QStringLiteral("Robot"), 3}};
     target.runningScan = 0;
 }
 
@@ -158,7 +161,13 @@ private Q_SLOTS:
             QLatin1String("VER]![Halvex Service v 5.0.5]![5000]![180000]![300000]![") +
                 QHostInfo::localHostName(),
             "");
+
         row("user without index", "USERINFO", "USERINFO,0,Operator,Admin", "");
+        row("guest", "USERINFO]![1", "USERINFO,1,Visitor,Guest", "");
+        row("user", "USERINFO]![2", "USERINFO,2,Smith, J.,User", "");
+        row("no level we know", "USERINFO]![3", "USERINFO,3,Robot,Unknown", "");
+        row("no such user", "USERINFO]![4", "USERINFO,4,", "");
+        row("negative user", "USERINFO]![-1", "USERINFO,-1,", "");
 
         row("intervals", "SETTIME]![1]![1", "SETTIME_OK,1,1", "");
         row("second interval is 0", "SETTIME]![5]![0", "SETTIME_ERR,180000,300000", "");
