@@ -164,8 +164,8 @@ private Q_SLOTS:
 
     void scheduleWithoutItsDateKeepsItsTime()
     {
-#ifndef Q_OS_WIN // its zone is no matter of the environment alone
-        qputenv("TZ", "JST-9"); // where the first morning of 1970 lies before the epoch
+#ifndef Q_OS_WIN
+        qputenv("TZ", "JST-9"); // where 1970 begins before the epoch; Windows keeps its own zone
 #endif
         DeviceList devices = twoDrives();
         devices[0].schedKind = 2;
