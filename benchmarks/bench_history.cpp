@@ -70,8 +70,7 @@ void readFile(benchmark::State &state)
         if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             state.SkipWithError("the log cannot be read");
         QByteArray chunk(1 << 18, Qt::Uninitialized);
-        qint64 size = 0;
-        while ((size = file.read(chunk.data(), chunk.size())) > 0)
+        while (file.read(chunk.data(), chunk.size()) > 0)
             benchmark::DoNotOptimize(chunk.constData());
     }
 }

@@ -46,7 +46,7 @@ public:
     Surface()
     {
         m_file = m_directory.filePath(QStringLiteral("surface"));
-        const QString megabytes = QStringLiteral("count=%1").arg(surfaceBytes() / (1024 * 1024));
+        const QString megabytes = QStringLiteral("count=%1").arg(surfaceBytes() >> 20);
         if (!run(QStringLiteral("dd"), {QStringLiteral("if=/dev/urandom"), QStringLiteral("of=") + m_file,
                                         QStringLiteral("bs=1M"), megabytes, QStringLiteral("status=none")}))
             return;
