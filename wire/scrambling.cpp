@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace {
 
@@ -17,8 +16,8 @@ constexpr int kLengthDigits = 8;
 constexpr int kOffsetDigits = 2;
 constexpr int kHeaderLength = kLengthDigits + kOffsetDigits;
 
-/// Where the key is read next. Past 127 the walk goes back by 127, not 128, so that position 0 serves
-/// offset 0 alone.
+/// Returns the next position in the key. Past 127 the walk goes back by 127, not 128, so that position 0 is
+/// used with offset 0 alone.
 constexpr int nextPosition(int position, int offset)
 {
     const int sum = position + offset;
@@ -53,16 +52,11 @@ private:
     std::array<char, kSize> m_bytes; // set as far as it is used
 };
 
-/// The two small hexadecimal digits of every byte.
-constexpr std::array<char, 512> makeHexPairs()
+/// Returns the small hexadecimal digit of a value below 16. Without a table: the compiler makes vector
+/// instructions of a loop over it.
+constexpr char hexDigit(unsigned value)
 {
-    constexpr char digits[] = "0123456789abcdef";
-    std::array<char, 512> pairs{};
-    for (std::size_t value = 0; value < 256; ++value) {
-        pairs[2 * value] = digits[value >> 4];
-        pairs[2 * value + 1] = digits[value & 0xF];
-    }
-    return pairs;
+    return char(value + (value < 10 ? '0' : 'a' - 10));
 }
 
 constexpr quint8 kNoDigit = 0xFF;
@@ -77,6 +71,7 @@ constexpr quint8 hexValue(char c)
     return digit < 10 ? digit : letterValue;
 }
 
+constexpr char kBase64Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr quint8 kNotBase64 = 0xFF;
 
 /// The six bits of every character of the Base64 alphabet, kNotBase64 for the others.
@@ -85,21 +80,14 @@ constexpr std::array<quint8, 256> makeBase64Values()
     std::array<quint8, 256> values{};
     for (std::size_t c = 0; c < 256; ++c)
         values[c] = kNotBase64;
-    for (std::size_t i = 0; i < 26; ++i) {
-        values['A' + i] = quint8(i);
-        values['a' + i] = quint8(26 + i);
-    }
-    for (std::size_t i = 0; i < 10; ++i)
-        values['0' + i] = quint8(52 + i);
-    values['+'] = 62;
-    values['/'] = 63;
+    for (quint8 i = 0; i < 64; ++i)
+        values[quint8(kBase64Alphabet[i])] = i;
     return values;
 }
 
-constexpr std::array<char, 512> kHexPairs = makeHexPairs();
 constexpr std::array<quint8, 256> kBase64Values = makeBase64Values();
 
-/// The byte that two digits write; 0 when one of them is no hexadecimal digit.
+/// Returns the byte that two digits write; 0 if one of them is not a hexadecimal digit.
 quint8 hexByte(const char *digits)
 {
     const quint8 high = hexValue(digits[0]);
@@ -107,12 +95,7 @@ quint8 hexByte(const char *digits)
     return (high | low) == kNoDigit ? quint8(0) : quint8(high << 4 | low);
 }
 
-void putHexByte(char *out, unsigned value)
-{
-    std::memcpy(out, kHexPairs.data() + 2 * (value & 0xFF), 2);
-}
-
-/// The length that a line claims to have; 0 when its header is no hexadecimal number.
+/// Returns the length in a line's header; 0 if the header is not a hexadecimal number.
 quint32 claimedLength(const QByteArray &line)
 {
     quint32 length = 0;
@@ -127,32 +110,63 @@ quint32 claimedLength(const QByteArray &line)
 
 void putHexNumber(char *out, int digitCount, quint32 number)
 {
-    for (int i = digitCount - 2; i >= 0; i -= 2, number >>= 8)
-        putHexByte(out + i, number);
+    for (int i = digitCount - 1; i >= 0; --i, number >>= 4)
+        out[i] = hexDigit(number & 0xF);
 }
 
-/// As many bytes as have a Base64 as long as the mask.
-constexpr int kChunkBytes = KeyMask::kSize / 4 * 3;
+static_assert(kPieceBytes == KeyMask::kSize / 4 * 3, "the Base64 of a piece is as long as the mask");
 
-int base64Length(int bytes)
+qint64 base64Length(qint64 bytes)
 {
     return (bytes + 2) / 3 * 4;
 }
 
-/// Combines every character of the Base64 of `bytes` with the key and writes it as two digits. Chunk by
-/// chunk: a long history would else fill fresh memory twice more on its way.
+/// Writes each of `count` characters, combined with its byte of the mask, as two digits. Returns the end of
+/// what it has written. The three do not overlap.
+char *putScrambled(char *__restrict out, const char *__restrict base64, const char *__restrict mask,
+                   int count)
+{
+    for (int i = 0; i < count; ++i) {
+        const auto value = quint8(base64[i] ^ mask[i]);
+        out[2 * i] = hexDigit(value >> 4);
+        out[2 * i + 1] = hexDigit(value & 0xF);
+    }
+    return out + 2 * count;
+}
+
+/// Encodes `size` bytes, several times faster than QByteArray. `out` has room for base64Length(size)
+/// characters.
+void encodeBase64(const char *bytes, int size, char *out)
+{
+    const auto putGroup = [&out](quint32 bits) {
+        for (int shift = 18; shift >= 0; shift -= 6)
+            *out++ = kBase64Alphabet[bits >> shift & 0x3F];
+    };
+    const auto byte = [bytes](int i) { return quint32(quint8(bytes[i])); };
+    int i = 0;
+    for (; i + 3 <= size; i += 3)
+        putGroup(byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2));
+    const int rest = size - i;
+    if (rest == 0)
+        return;
+    putGroup(byte(i) << 16 | (rest == 2 ? byte(i + 1) << 8 : 0));
+    std::fill(out - (3 - rest), out, '=');
+}
+
+/// Combines every character of the Base64 of `bytes` with the key and writes it as two digits. Works piece by
+/// piece, so that the Base64 of a long text does not fill further memory.
 void scrambleBody(const QByteArray &bytes, int offset, char *out)
 {
-    const KeyMask mask(offset, base64Length(bytes.size()));
-    for (int start = 0; start < bytes.size(); start += kChunkBytes) {
-        const int count = std::min(bytes.size() - start, kChunkBytes);
-        const QByteArray base64 = QByteArray::fromRawData(bytes.constData() + start, count).toBase64();
-        for (int i = 0; i < base64.size(); ++i, out += 2)
-            putHexByte(out, unsigned(base64.constData()[i] ^ mask.data()[i]));
+    const KeyMask mask(offset, int(base64Length(bytes.size())));
+    std::array<char, KeyMask::kSize> base64; // set as far as it is used
+    for (int start = 0; start < bytes.size(); start += kPieceBytes) {
+        const int size = std::min(bytes.size() - start, kPieceBytes);
+        encodeBase64(bytes.constData() + start, size, base64.data());
+        out = putScrambled(out, base64.data(), mask.data(), int(base64Length(size)));
     }
 }
 
-/// The Base64 that `count` pairs of digits hide.
+/// Returns the Base64 that `count` pairs of digits contain.
 QByteArray unscrambleBody(const char *pairs, int count, int offset)
 {
     QByteArray base64(count, Qt::Uninitialized);
@@ -166,9 +180,8 @@ QByteArray unscrambleBody(const char *pairs, int count, int offset)
     return base64;
 }
 
-/// What `base64` encodes; characters outside the alphabet are skipped. Groups of four clean characters are
-/// decoded here, which is several times faster than QByteArray does it; from the first other group on it
-/// is QByteArray's business.
+/// Decodes `base64`; characters outside the alphabet are skipped. Groups of four valid characters are decoded
+/// here, several times faster than by QByteArray, which decodes everything from the first other group on.
 QByteArray decodeBase64(const QByteArray &base64)
 {
     QByteArray bytes(base64.size() / 4 * 3, Qt::Uninitialized);
@@ -196,11 +209,23 @@ QByteArray decodeBase64(const QByteArray &base64)
 QByteArray scramble(const QString &text, int offset)
 {
     const QByteArray bytes = text.toUtf8();
-    QByteArray line(kHeaderLength + 2 * base64Length(bytes.size()), Qt::Uninitialized);
-    putHexNumber(line.data(), kLengthDigits, quint32(line.size()));
-    putHexNumber(line.data() + kLengthDigits, kOffsetDigits, quint32(offset));
-    scrambleBody(bytes, offset, line.data() + kHeaderLength);
-    return line;
+    return lineHeader(bytes.size(), offset) + lineBody(bytes, offset);
+}
+
+QByteArray lineHeader(qint64 textBytes, int offset)
+{
+    const qint64 lineLength = kHeaderLength + 2 * base64Length(textBytes);
+    QByteArray header(kHeaderLength, Qt::Uninitialized);
+    putHexNumber(header.data(), kLengthDigits, quint32(lineLength));
+    putHexNumber(header.data() + kLengthDigits, kOffsetDigits, quint32(offset));
+    return header;
+}
+
+QByteArray lineBody(const QByteArray &utf8, int offset)
+{
+    QByteArray body(int(2 * base64Length(utf8.size())), Qt::Uninitialized);
+    scrambleBody(utf8, offset, body.data());
+    return body;
 }
 
 QString unscramble(const QByteArray &line)
@@ -212,7 +237,11 @@ QString unscramble(const QByteArray &line)
     const int offset = hexByte(line.constData() + kLengthDigits);
     const int pairCount = (line.size() - kHeaderLength) / 2;
     const QByteArray utf8 = decodeBase64(unscrambleBody(line.constData() + kHeaderLength, pairCount, offset));
-    return QString::fromUtf8(utf8.constData(), utf8.size()); // the array's overload would end at a NUL
+    QString text =
+        QString::fromUtf8(utf8.constData(), utf8.size()); // the array's overload would end at a NUL
+    if (utf8.startsWith("\xEF\xBB\xBF")) // read as a byte order mark, which is not part of the text
+        text.prepend(QChar(QChar::ByteOrderMark));
+    return text;
 }
 
 QByteArray sendReply(const QString &text, const OffsetSource &offsets)
