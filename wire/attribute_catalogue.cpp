@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "disk/attribute_catalogue.h"
+#include "wire/attribute_catalogue.h"
 
 #include <algorithm>
 #include <iterator>
