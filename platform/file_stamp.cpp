@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "platform/simulated/file_stamp.h"
+#include "platform/file_stamp.h"
 
 #include <QtGlobal>
 
@@ -27,8 +27,10 @@ FileStamp fileStamp(const QString &path)
     struct stat status = {};
     if (stat(QFile::encodeName(path).constData(), &status) != 0)
         return {};
-    const qint64 modifiedNs = qint64(status.st_mtim.tv_sec) * kNsPerSecond + status.st_mtim.tv_nsec;
-    return {true, status.st_size, modifiedNs, status.st_ino};
+    const auto nanoseconds = [](const timespec &time) {
+        return qint64(time.tv_sec) * kNsPerSecond + time.tv_nsec;
+    };
+    return {true, status.st_size, nanoseconds(status.st_mtim), nanoseconds(status.st_ctim), status.st_ino};
 }
 
 #else
@@ -38,7 +40,7 @@ FileStamp fileStamp(const QString &path)
     const QFileInfo info(path);
     if (!info.exists())
         return {};
-    return {true, info.size(), info.lastModified().toMSecsSinceEpoch() * (kNsPerSecond / 1000), 0};
+    return {true, info.size(), info.lastModified().toMSecsSinceEpoch() * (kNsPerSecond / 1000), 0, 0};
 }
 
 #endif
