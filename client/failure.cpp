@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/failure.h"
+#include "client/failure.h"
 
 #include <QVector>
 

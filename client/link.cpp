@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/link.h"
+#include "client/link.h"
 
-#include "console/client/endpoint.h"
+#include "client/endpoint.h"
 
 #include <QLocalSocket>
 #include <QTcpSocket>
@@ -41,7 +41,8 @@ QString explain(QLocalSocket::LocalSocketError error, const QString &text)
     case QLocalSocket::ConnectionRefusedError:
         return QStringLiteral("connection refused: no service listens there");
     case QLocalSocket::SocketAccessError:
-        return QStringLiteral("access denied");
+        return QStringLiteral("access denied: the local socket belongs to the service's account; run this as "
+                              "that user (root), or connect by TCP with --port");
     default:
         return text;
     }
@@ -57,8 +58,8 @@ void connectSocket(QLocalSocket &socket, const Endpoint &endpoint)
     socket.connectToServer(endpoint.localName);
 }
 
-/// QTcpSocket and QLocalSocket have the same words for all that is done here, but no class in common that
-/// knows them.
+/// QTcpSocket and QLocalSocket have the same functions and signals, but no common base class that declares
+/// them.
 template <typename Socket, typename Error>
 class SocketLink : public Link
 {
@@ -71,7 +72,7 @@ public:
         connect(&m_socket, &Socket::errorOccurred, this, [this](Error error) {
             const bool wasUnreachable = !m_wasConnected && isUnreachable(error);
             const QString text = explain(error, m_socket.errorString());
-            // Later, because a local socket that nobody listens on fails within connectToServer().
+            // Later, because a local socket without a listener fails within connectToServer().
             QTimer::singleShot(0, this, [this, wasUnreachable, text] { Q_EMIT ended(wasUnreachable, text); });
         });
     }

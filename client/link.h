@@ -9,8 +9,8 @@ namespace client {
 
 struct Endpoint;
 
-/// What a Connection needs of a socket, TCP or local. Its signals come from the event loop, never from
-/// within one of its functions.
+/// The part of a TCP or local socket that Connection uses. Signals are emitted from the event loop, never
+/// from within a function.
 class Link : public QObject
 {
     Q_OBJECT
@@ -25,11 +25,11 @@ public:
 
 Q_SIGNALS:
     void readable();
-    /// `isUnreachable` tells a connection that never was from one that ended.
+    /// `isUnreachable` is false if there was a connection that ended.
     void ended(bool isUnreachable, const QString &text);
 };
 
-/// A socket of the kind that `endpoint` asks for, not connected yet. `parent` owns it.
+/// Returns an unconnected socket of the kind of `endpoint`. `parent` owns it.
 Link *makeLink(const Endpoint &endpoint, QObject *parent);
 
 } // namespace client
