@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/connection.h"
+#include "client/connection.h"
 
-#include "console/client/link.h"
-#include "protocol/scrambling.h"
+#include "client/link.h"
+#include "wire/scrambling.h"
 
 #include <QRandomGenerator>
 
@@ -13,7 +13,7 @@ namespace client {
 
 namespace {
 
-constexpr std::chrono::milliseconds kTurnRetryInterval{20};
+constexpr std::chrono::milliseconds kLockRetryInterval{20};
 constexpr int kOffsets = 100;
 constexpr int kQuotedBytes = 60;
 
@@ -36,9 +36,9 @@ Connection::Connection(Endpoint endpoint, QObject *parent)
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, &Connection::expire);
     if (m_endpoint.isLocal())
-        m_turn.emplace(m_endpoint.localName);
-    m_turnRetry.setInterval(kTurnRetryInterval);
-    connect(&m_turnRetry, &QTimer::timeout, this, &Connection::awaitTurn);
+        m_lock.emplace(m_endpoint.localName);
+    m_lockRetry.setInterval(kLockRetryInterval);
+    connect(&m_lockRetry, &QTimer::timeout, this, &Connection::connectWhenUnlocked);
 }
 
 void Connection::open(std::chrono::milliseconds deadline)
@@ -49,17 +49,17 @@ void Connection::open(std::chrono::milliseconds deadline)
     connect(m_link, &Link::ended, this, &Connection::handleError);
     m_isAwaiting = true;
     m_deadline.start(deadline);
-    awaitTurn();
+    connectWhenUnlocked();
 }
 
-void Connection::awaitTurn()
+void Connection::connectWhenUnlocked()
 {
-    const bool isPatient = m_deadline.remainingTime() > m_deadline.interval() / 2;
-    if (m_turn && !m_turn->take() && isPatient) {
-        m_turnRetry.start();
+    const bool mayWait = m_deadline.remainingTime() > m_deadline.interval() / 2;
+    if (m_lock && !m_lock->tryLock() && mayWait) {
+        m_lockRetry.start();
         return;
     }
-    m_turnRetry.stop();
+    m_lockRetry.stop();
     m_link->connectTo(m_endpoint);
 }
 
@@ -67,7 +67,7 @@ void Connection::ask(const QString &request, std::chrono::milliseconds deadline)
 {
     Q_ASSERT(!m_isAwaiting);
     m_isAwaiting = true;
-    // A connection that has ended meanwhile is reported like one that ends now.
+    // A connection that has ended since is reported by the event loop, as one that ends now.
     m_deadline.start(m_link ? deadline : std::chrono::milliseconds(0));
     if (m_link)
         m_link->write(wireLine(request));
@@ -84,15 +84,15 @@ void Connection::tell(const QString &request, std::chrono::milliseconds deadline
 void Connection::close()
 {
     m_deadline.stop();
-    m_turnRetry.stop();
+    m_lockRetry.stop();
     m_isAwaiting = false;
     m_reader = LineReader();
-    if (m_turn)
-        m_turn->give();
+    if (m_lock)
+        m_lock->unlock();
     if (!m_link)
         return;
     m_link->disconnect(this);
-    m_link->deleteLater(); // it may be its own signal that led here
+    m_link->deleteLater(); // one of its signals may be the caller
     m_link = nullptr;
 }
 
@@ -103,8 +103,8 @@ void Connection::readAvailable()
     m_reader.append(m_link->readAll());
     const auto line = m_reader.takeLine();
     if (m_reader.isBroken()) {
-        fail(FailureKind::NotUnderstood, QStringLiteral("what it sends is no line of the protocol: \"%1\"")
-                                             .arg(quoted(m_reader.pending())));
+        fail(FailureKind::NotUnderstood,
+             QStringLiteral("it does not speak the protocol: \"%1\"").arg(quoted(m_reader.pending())));
         return;
     }
     if (!line)
@@ -112,11 +112,11 @@ void Connection::readAvailable()
     const auto text = plainText(*line);
     if (!text) {
         fail(FailureKind::NotUnderstood,
-             QStringLiteral("its line cannot be unscrambled: \"%1\"").arg(quoted(*line)));
+             QStringLiteral("its line cannot be decoded: \"%1\"").arg(quoted(*line)));
         return;
     }
     if (!m_isAwaiting || !m_reader.pending().isEmpty()) {
-        fail(FailureKind::NotUnderstood, QStringLiteral("it sends more than it was asked for"));
+        fail(FailureKind::NotUnderstood, QStringLiteral("it sent a line without a request"));
         return;
     }
     m_isAwaiting = false;

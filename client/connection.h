@@ -2,10 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "console/client/endpoint.h"
-#include "console/client/failure.h"
-#include "console/client/line_reader.h"
-#include "console/client/local_turn.h"
+#include "client/endpoint.h"
+#include "client/failure.h"
+#include "client/line_reader.h"
+#include "client/local_socket_lock.h"
 
 #include <QObject>
 #include <QTimer>
@@ -17,29 +17,29 @@ namespace client {
 
 class Link;
 
-/// One connection to a service, driven by the event loop, so that several can be asked at the same time.
-/// Strictly a line asked, a line answered: the service reads one line at a time and would miss a second
-/// one. Every wait has a deadline for the whole line: a peer that sends a byte now and then gains nothing.
+/// One connection to a service, driven by the event loop, so that several services can be asked at the same
+/// time. One request is sent at a time, because the service would miss a second line. Every wait has a
+/// deadline for the whole line, so that a peer that sends single bytes cannot prolong it.
 ///
-/// After failed() the connection is closed and only open() revives it. Neither signal is sent from within
-/// open() or ask().
+/// After failed() the connection is closed until open(). Neither signal is emitted from within open() or
+/// ask().
 class Connection : public QObject
 {
     Q_OBJECT
 public:
     explicit Connection(Endpoint endpoint, QObject *parent = nullptr);
 
-    /// Connects; the first line that the service sends is the answer. A local console waits for its turn
-    /// before, for half the time at most.
+    /// Connects; lineArrived() then has the first line of the service. A local console waits for the lock of
+    /// the socket before, for at most half of the time.
     void open(std::chrono::milliseconds deadline);
 
-    /// Sends `request` once the connection is open and no other answer is awaited.
+    /// Sends `request`. The connection must be open, and no other reply be awaited.
     void ask(const QString &request, std::chrono::milliseconds deadline);
 
-    /// Sends a line that no answer follows, and waits until it has left, at most `deadline`.
+    /// Sends a line that has no reply, and waits until it is sent, for at most `deadline`.
     void tell(const QString &request, std::chrono::milliseconds deadline);
 
-    /// Also ends a local console's turn: who asks now and then closes in between.
+    /// Closes the connection and releases the lock of the local socket.
     void close();
 
     [[nodiscard]] const Endpoint &endpoint() const { return m_endpoint; }
@@ -49,7 +49,7 @@ Q_SIGNALS:
     void failed(const client::Failure &failure);
 
 private:
-    void awaitTurn();
+    void connectWhenUnlocked();
     void readAvailable();
     void handleError(bool isUnreachable, const QString &text);
     void expire();
@@ -59,8 +59,8 @@ private:
     Link *m_link = nullptr; ///< a child; null while closed
     LineReader m_reader;
     QTimer m_deadline;
-    std::optional<LocalTurn> m_turn; ///< of a local console only
-    QTimer m_turnRetry;
+    std::optional<LocalSocketLock> m_lock; ///< of a local console only
+    QTimer m_lockRetry;
     bool m_isAwaiting = false;
 };
 

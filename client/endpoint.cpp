@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/endpoint.h"
+#include "client/endpoint.h"
 
-#include "console/client/numbers.h"
+#include "client/numbers.h"
 
 namespace client {
 

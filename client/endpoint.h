@@ -10,7 +10,7 @@ namespace client {
 
 inline constexpr quint16 kDefaultPort = 5000;
 
-/// Where a service is asked: a TCP host and port, or a local socket's name (on Unix also its path).
+/// The address of a service: a TCP host and port, or the name of a local socket (on Unix also its path).
 struct Endpoint
 {
     QString host; ///< empty for a local socket
@@ -20,12 +20,11 @@ struct Endpoint
     [[nodiscard]] bool isLocal() const { return host.isEmpty(); }
 };
 
-/// The endpoint written as HOST, HOST:PORT or [IPV6]:PORT; without a port, `port` holds. An address with
-/// more than one colon and no brackets is an IPv6 address alone. Nothing for an empty host or a port
-/// outside 1 to 65535.
+/// Parses HOST, HOST:PORT or [IPV6]:PORT; `port` is the default. An address with more than one colon and no
+/// brackets is an IPv6 address alone. Returns nothing for an empty host or a port outside 1 to 65535.
 [[nodiscard]] std::optional<Endpoint> parseEndpoint(const QString &text, quint16 port = kDefaultPort);
 
-/// As a person would name it, for messages.
+/// Returns the endpoint's name for messages.
 [[nodiscard]] QString displayName(const Endpoint &endpoint);
 
 } // namespace client

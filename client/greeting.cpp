@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/greeting.h"
+#include "client/greeting.h"
 
-#include "console/client/field_reader.h"
+#include "client/field_reader.h"
 
 namespace client {
 
@@ -31,7 +31,7 @@ std::optional<Greeting> parseGreeting(const QString &line)
     settings.smartPollInterval = fields.number<qint64>();
     settings.freeSpacePollInterval = fields.number<qint64>();
     greeting.hostName = fields.text();
-    greeting.alertLevel = fields.number<qint32>(0, 3);
+    greeting.level = Level(fields.number<qint32>(0, 3));
     settings.popupNotify = fields.flag();
     settings.emailNotify = fields.flag();
     settings.logSysEvLog = fields.flag();

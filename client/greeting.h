@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "client/level.h"
+
 #include <QDateTime>
 #include <QString>
 
@@ -36,9 +38,9 @@ struct Greeting
 {
     QString version;
     QString hostName;
-    qint32 alertLevel = 0; ///< 0 nothing evaluated, 1 fine, 2 warning, 3 critical
-    QString peer;          ///< how the service sees this console: an IPv4 address as a number, or "Local"
-    QDateTime time;        ///< the service's clock
+    Level level = Level::NotRated; ///< the worst of all rated drives
+    QString peer;                  ///< this console's IPv4 address as a number (0 over IPv6), or "Local"
+    QDateTime time;                ///< the service's clock
     ServiceSettings settings;
 };
 

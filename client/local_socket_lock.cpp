@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/local_turn.h"
+#include "client/local_socket_lock.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -9,7 +9,7 @@ namespace client {
 
 namespace {
 
-/// In the folder for temporary files: not everybody who may connect may write beside the socket.
+/// Returns a path in the folder for temporary files, which every user who may connect can write to.
 QString lockName(const QString &localName)
 {
     const QByteArray name = QDir::cleanPath(localName).toUtf8();
@@ -19,16 +19,16 @@ QString lockName(const QString &localName)
 
 } // namespace
 
-LocalTurn::LocalTurn(const QString &localName)
+LocalSocketLock::LocalSocketLock(const QString &localName)
     : m_lock(lockName(localName))
 {}
 
-bool LocalTurn::take()
+bool LocalSocketLock::tryLock()
 {
     return m_lock.tryLock(0) || m_lock.error() != QLockFile::LockFailedError;
 }
 
-void LocalTurn::give()
+void LocalSocketLock::unlock()
 {
     m_lock.unlock();
 }
