@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/render/units.h"
+#include "client/units.h"
 
 #include <QRegularExpression>
 
 #include <iterator>
 #include <limits>
 
-namespace render {
+namespace client {
 
 namespace {
 
@@ -15,7 +15,7 @@ constexpr qint64 kMinute = 60;
 constexpr qint64 kHour = 60 * kMinute;
 constexpr qint64 kDay = 24 * kHour;
 
-/// Three digits of a value below 999.5.
+/// Returns three digits of a value below 999.5.
 QString threeDigits(double value)
 {
     // 9.995 and 99.95 are the last values that would round up into a fourth digit.
@@ -73,9 +73,16 @@ QString timeText(const QDateTime &time)
     return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : QStringLiteral("-");
 }
 
-QString isoTime(const QDateTime &time)
+QDateTime withZone(const QDateTime &localTime, const QTimeZone &zone)
 {
-    return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+    return localTime.isValid() ? QDateTime(localTime.date(), localTime.time(), zone) : QDateTime();
+}
+
+QJsonValue isoTime(const QDateTime &time)
+{
+    // Qt writes the offset only of a time whose specification is an offset.
+    return time.isValid() ? QJsonValue(time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODate))
+                          : QJsonValue();
 }
 
 std::optional<qint32> parseBlockSize(const QString &text)
@@ -107,13 +114,18 @@ std::optional<qint64> parseInterval(const QString &text)
 
 std::optional<QDateTime> parseTime(const QString &text)
 {
-    const QString unified = QString(text.trimmed()).replace(QLatin1Char('T'), QLatin1Char(' '));
-    for (const char *format : {"yyyy-MM-dd HH:mm:ss", "yyyy-MM-dd HH:mm", "yyyy-MM-dd"}) {
-        const QDateTime time = QDateTime::fromString(unified, QLatin1String(format));
-        if (time.isValid())
-            return time;
+    constexpr int kDateSize = 10;
+    const QString form = text.trimmed().replace(kDateSize, 1, QLatin1Char(' '));
+    const QDate date = QDate::fromString(form.left(kDateSize), QStringLiteral("yyyy-MM-dd"));
+    const QString timeForm = form.mid(kDateSize + 1);
+    QTime time(0, 0);
+    if (!timeForm.isEmpty()) {
+        const bool hasSeconds = timeForm.size() > 5;
+        time = QTime::fromString(timeForm, hasSeconds ? QStringLiteral("HH:mm:ss") : QStringLiteral("HH:mm"));
     }
-    return std::nullopt;
+    if (!date.isValid() || !time.isValid())
+        return std::nullopt;
+    return QDateTime(date, time, Qt::UTC);
 }
 
-} // namespace render
+} // namespace client
