@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/field_reader.h"
+#include "client/field_reader.h"
 
 namespace client {
 
@@ -26,7 +26,7 @@ std::optional<QDateTime> parseMoment(const QString &digits)
     const QTime time(pairs[3], pairs[4], pairs[5]);
     if (!date.isValid() || !time.isValid())
         return std::nullopt;
-    return QDateTime(date, time);
+    return QDateTime(date, time, Qt::UTC);
 }
 
 QString formatMoment(const QDateTime &moment)

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "console/client/numbers.h"
+#include "client/numbers.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -11,8 +11,8 @@
 
 namespace client {
 
-/// Reads the fields of a reply one after the other, never beyond the last, and remembers whether one did
-/// not fit. After a field that does not fit the values read mean nothing.
+/// Reads the fields of a reply in order, never beyond the last, and records whether one did not fit. After
+/// that the values that were read have no meaning.
 class FieldReader
 {
 public:
@@ -41,14 +41,14 @@ public:
 
     bool flag() { return number<qint32>(0, 1) == 1; }
 
-    /// Twelve digits yyMMddhhmmss, or nothing for a moment that was never set: an invalid value.
+    /// Reads twelve digits yyMMddhhmmss; an empty field is an invalid time.
     QDateTime moment();
 
     void fail() { m_isDamaged = true; }
 
     [[nodiscard]] bool isAtEnd() const { return m_next >= m_fields.size(); }
 
-    /// True when every field was read and each one fitted.
+    /// Returns whether every field was read and each one fitted.
     [[nodiscard]] bool fits() const { return !m_isDamaged && isAtEnd(); }
 
 private:
@@ -57,13 +57,14 @@ private:
     bool m_isDamaged = false;
 };
 
-/// The local time that twelve digits yyMMddhhmmss write, years from 2000; nothing when they do not.
+/// Parses twelve digits yyMMddhhmmss, years from 2000: a local time of the service. It is held as if it were
+/// UTC, so that the time zone of this machine cannot change it; see withZone().
 [[nodiscard]] std::optional<QDateTime> parseMoment(const QString &digits);
 
-/// The digits of `moment`, for a request.
+/// Formats a local time of the service for a request.
 [[nodiscard]] QString formatMoment(const QDateTime &moment);
 
-/// What follows `prefix` in `reply`; nothing when the reply begins otherwise.
+/// Returns the part of `reply` after `prefix`, or nothing if the reply begins otherwise.
 [[nodiscard]] std::optional<QString> afterPrefix(const QString &reply, const QString &prefix);
 
 } // namespace client

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/history.h"
+#include "client/history.h"
 
-#include "console/client/field_reader.h"
+#include "client/field_reader.h"
 
 namespace client {
 
 namespace {
 
 constexpr int kRecordSize = 8;
-constexpr int kBias = 33; ///< every number is written as the character this far above it
+constexpr int kBias = 33; ///< the character of a number is this far above it
 constexpr int kHighestSingleByte = 127;
 
 int valueAt(const QString &text, int position)
@@ -26,8 +26,8 @@ std::optional<TemperatureRecord> recordAt(const QString &text, int position)
     record.drive = valueAt(text, position + 6);
     if (!date.isValid() || !time.isValid() || record.drive < 0)
         return std::nullopt;
-    record.time = QDateTime(date, time);
-    // From 95 degrees on a record's character has no byte of its own, and arrives as a replacement.
+    record.time = QDateTime(date, time, Qt::UTC);
+    // A value above 94 degrees does not fit a byte of the record and arrives as a replacement character.
     if (text.at(position + 7).unicode() <= kHighestSingleByte)
         record.temperature = valueAt(text, position + 7);
     return record;
