@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/line_reader.h"
+#include "client/line_reader.h"
 
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include <algorithm>
 
@@ -81,8 +81,7 @@ std::optional<QString> plainText(const QByteArray &line)
     const int low = hexDigit(line.at(kLengthDigits + 1));
     if (high < 0 || low < 0)
         return std::nullopt;
-    // Unscrambling makes some text of almost anything. Made again from that text, only an honest line is
-    // the same.
+    // Almost any line yields some text. Only a line that the service made is the same when scrambled again.
     QString text = unscramble(line);
     if (scramble(text, high << 4 | low) != line)
         return std::nullopt;

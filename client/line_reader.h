@@ -9,23 +9,23 @@
 
 namespace client {
 
-/// Cuts what a service sends into lines, and notices early what cannot be one. Each line announces its own
-/// length, so nothing is kept that was not announced, and an announcement has a limit.
+/// Splits a service's bytes into lines. A line announces its length in its first digits, so bytes that cannot
+/// be a line are detected early, and the memory for a line has a limit.
 class LineReader
 {
 public:
-    /// A temperature history of decades. Anything longer is no reply.
+    /// Enough for a temperature history of decades.
     static constexpr quint32 kMaximumLine = 512U * 1024U * 1024U;
 
     void append(const QByteArray &bytes) { m_buffer += bytes; }
 
-    /// The next whole line without its end, while one is there.
+    /// Returns the next complete line without its end, or nothing if there is none.
     [[nodiscard]] std::optional<QByteArray> takeLine();
 
-    /// True once the bytes cannot be, or begin, a line. It stays so.
+    /// Returns whether the bytes cannot be the beginning of a line; this is final.
     [[nodiscard]] bool isBroken() const { return m_isBroken; }
 
-    /// What is there of a line, for a message.
+    /// Returns the bytes of an incomplete line, for messages.
     [[nodiscard]] const QByteArray &pending() const { return m_buffer; }
 
 private:
@@ -36,7 +36,7 @@ private:
     bool m_isBroken = false;
 };
 
-/// The text of a line as the service scrambles it; nothing for a line that it would never have made.
+/// Returns the text of a scrambled line, or nothing if a service would never send it.
 [[nodiscard]] std::optional<QString> plainText(const QByteArray &line);
 
 } // namespace client

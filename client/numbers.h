@@ -10,7 +10,7 @@
 
 namespace client {
 
-/// Decimal, unpadded, "-" for a negative number and nothing around it: the only form the protocol knows.
+/// Returns whether `text` is a number as the protocol writes it: decimal, unpadded, without a plus sign.
 [[nodiscard]] inline bool isPlainDecimal(const QString &text)
 {
     const int start = text.startsWith(QLatin1Char('-')) ? 1 : 0;
@@ -24,7 +24,7 @@ namespace client {
     return isZero || text.at(start) != QLatin1Char('0');
 }
 
-/// The number that `text` is in that form; nothing when it is not, or when it does not fit into `Number`.
+/// Parses a number in that form. Returns nothing for another form or a number that does not fit `Number`.
 template <typename Number>
 [[nodiscard]] std::optional<Number> strictNumber(const QString &text)
 {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/scans.h"
+#include "client/scans.h"
 
-#include "console/client/field_reader.h"
+#include "client/field_reader.h"
+#include "wire/separators.h"
 
 namespace client {
 
@@ -33,12 +34,12 @@ std::optional<ScanStatus> statusItem(const QString &item)
     status.state = ScanState(fields.number<qint32>(0, 2));
     status.percent = fields.number<qint32>(0, 100);
     status.firstSector = quint64(fields.number<qint64>(0));
-    // -1 for a drive without capacity that was never scanned: one before its first sector.
+    // -1 is the last sector of a drive without capacity.
     status.currentSector = quint64(std::max<qint64>(0, fields.number<qint64>(-1)));
     status.time = fields.moment();
     if (!fields.fits())
         return std::nullopt;
-    // A drive that was never scanned carries the first day of 1980, whose two digits are those of 2080.
+    // A drive that was never scanned has a date in 1980, whose two digits are those of 2080.
     if (status.time.date() == QDate(2080, 1, 1))
         status.time = QDateTime();
     for (const QString &text : ranges) {
@@ -50,7 +51,7 @@ std::optional<ScanStatus> statusItem(const QString &item)
     return status;
 }
 
-/// `pairs` two-digit numbers; empty when `digits` is anything else.
+/// Returns the numbers of `pairs` pairs of digits, or nothing if `digits` is something else.
 QVector<int> digitPairs(const QString &digits, int pairs)
 {
     QVector<int> numbers;
@@ -70,7 +71,7 @@ ScheduleKind kindOf(qint32 number)
 
 std::optional<ScheduleEntry> scheduleItem(const QString &item)
 {
-    FieldReader fields(item.split(QStringLiteral("~;")));
+    FieldReader fields(item.split(kFieldSeparator));
     ScheduleEntry entry;
     entry.drive = fields.number<qint32>(0);
     entry.kind = kindOf(fields.number<qint32>());
@@ -91,6 +92,17 @@ std::optional<ScheduleEntry> scheduleItem(const QString &item)
 }
 
 } // namespace
+
+bool ScanStatus::isComplete() const
+{
+    if (state != ScanState::Idle || !hasRun() || currentSector < firstSector)
+        return false;
+    if (percent == 100)
+        return true;
+    const auto sectors = double(currentSector - firstSector);
+    const double step = 100.0 / sectors;
+    return sectors > 0 && percent == qint32(sectors * step);
+}
 
 std::optional<QVector<ScanStatus>> parseScanStatus(const QString &reply)
 {

@@ -34,16 +34,19 @@ struct ScanStatus
     ScanState state = ScanState::Idle;
     qint32 percent = 0;
     quint64 firstSector = 0;
-    quint64 currentSector = 0; ///< the last one handled
-    QDateTime time;            ///< when the scan began, later when it ended; invalid when none was
+    quint64 currentSector = 0; ///< the last one read
+    QDateTime time; ///< local time of the scan's start, later of its end; invalid if there was none
     QVector<BadRange> badRanges;
 
     [[nodiscard]] bool hasRun() const { return state == ScanState::Running || time.isValid(); }
+    /// Returns whether the latest scan has ended at the last sector of its range. The range's end is not
+    /// reported, so the percentage is compared with the one that the service computes for a last sector.
+    [[nodiscard]] bool isComplete() const;
 };
 
 [[nodiscard]] std::optional<QVector<ScanStatus>> parseScanStatus(const QString &reply);
 
-/// The service keeps a number that is no kind, and never acts on it.
+/// The service stores any number, and never acts on an unknown one.
 enum class ScheduleKind { None = 0, Once = 1, Daily = 2, Weekly = 3, Unknown };
 
 struct ScheduleEntry
@@ -55,7 +58,7 @@ struct ScheduleEntry
     QTime time;
 };
 
-/// A date or time that was never set, or set to nonsense, is invalid in the entry.
+/// A date or time that is not set or does not exist is invalid in the entry.
 [[nodiscard]] std::optional<QVector<ScheduleEntry>> parseSchedule(const QString &reply);
 
 } // namespace client
