@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/short_replies.h"
+#include "client/short_replies.h"
 
-#include "console/client/field_reader.h"
+#include "client/field_reader.h"
+
+#include "wire/separators.h"
 
 #include <QRegularExpression>
+#include <QTimeZone>
 
 namespace client {
 
@@ -84,6 +87,26 @@ std::optional<Intervals> parseIntervals(const QString &reply)
     if (!fields.fits())
         return std::nullopt;
     return intervals;
+}
+
+std::optional<ServiceTime> parseServiceTime(const QString &reply)
+{
+    constexpr qint32 kLargestOffset = 14 * 3600;
+    const auto payload = afterPrefix(reply, QStringLiteral("X-TIME_OK]!["));
+    if (!payload)
+        return std::nullopt;
+    FieldReader fields(payload->split(kRequestSeparator));
+    const auto seconds = fields.number<qint64>(0, std::numeric_limits<quint32>::max());
+    const auto offset = fields.number<qint32>(-kLargestOffset, kLargestOffset);
+    const QByteArray name = fields.text().toUtf8();
+    const QByteArray translated = QTimeZone::windowsIdToDefaultIanaId(name); // empty for any other name
+    const QTimeZone named(translated.isEmpty() ? name : translated);
+    if (!fields.fits())
+        return std::nullopt;
+    // The name of another system's zone can be unknown here, or mean another zone.
+    const QDateTime utc = QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC);
+    const bool isNamed = named.isValid() && named.offsetFromUtc(utc) == offset;
+    return ServiceTime{utc.toTimeZone(isNamed ? named : QTimeZone(offset))};
 }
 
 std::optional<MailOutcome> parseMailOutcome(const QString &reply)
