@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "console/client/greeting.h"
+#include "client/greeting.h"
 
 #include <QString>
 
@@ -39,26 +39,26 @@ struct Version
 
 [[nodiscard]] std::optional<qint32> parseDriveCount(const QString &reply);
 [[nodiscard]] std::optional<qint32> parseUserCount(const QString &reply);
-/// An empty name and level when the service has no account `index`.
+/// Name and level are empty if the service has no account `index`.
 [[nodiscard]] std::optional<UserAccount> parseUser(const QString &reply, qint32 index);
 [[nodiscard]] std::optional<Rights> parseRights(const QString &reply);
 [[nodiscard]] std::optional<Version> parseVersion(const QString &reply);
 /// The answer to SETTIME, when it was done.
 [[nodiscard]] std::optional<Intervals> parseIntervals(const QString &reply);
 
+/// The clock of the service.
+struct ServiceTime
+{
+    QDateTime time; ///< in the service's time zone
+};
+[[nodiscard]] std::optional<ServiceTime> parseServiceTime(const QString &reply);
+
 /// The outcome of a test mail.
 struct MailOutcome
 {
     bool isSent = false;
-    QString text; ///< the dialogue with the mail server, or the error and what was said until then
+    QString text; ///< the dialogue with the mail server, or the error and the dialogue until then
 };
 [[nodiscard]] std::optional<MailOutcome> parseMailOutcome(const QString &reply);
-
-/// A parser for the reply that is `word` and nothing else.
-[[nodiscard]] inline auto exactly(const QString &word)
-{
-    return
-        [word](const QString &reply) { return reply == word ? std::optional<QString>(reply) : std::nullopt; };
-}
 
 } // namespace client
