@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 
-// What the service's memory and speed are compared with: Qt's event loop and one TCP server that answers
+// The comparison for the service's memory and speed: Qt's event loop and one TCP server that answers
 // every line with the same bytes, and nothing of ours. Usage: bare_server [FILE with the answer]
 
 #include <QCoreApplication>

@@ -6,7 +6,7 @@
 
 #include "process/service_fixture.h"
 
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -3,11 +3,11 @@
 
 // The built service beside a bare QTcpServer: requests, start and memory, in one run.
 
-#include "proc_status.h"
+#include "process/proc_status.h"
 
 #include "process/service_fixture.h"
 
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include <QFile>
 

@@ -1,5 +1,5 @@
 # Toolchain for Windows programs made on Debian with mingw-w64, and the static Qt of packaging/qt/build-qt.
-# HALVEX_WINDOWS says which: windows64 or windows32.
+# HALVEX_WINDOWS selects windows64 or windows32.
 
 set(HALVEX_WINDOWS windows64 CACHE STRING "Width of Windows to build for: windows64 or windows32")
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES HALVEX_WINDOWS)
@@ -25,9 +25,17 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# The programs need no DLL but the system's.
+# The programs use the system's DLLs only.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
 
-# Tests run under Wine, in a prefix of the build's own.
+# Tests run under Wine, in a private prefix in the build folder.
 set(CMAKE_CROSSCOMPILING_EMULATOR
     env WINEPREFIX=${CMAKE_BINARY_DIR}/wine-prefix ${CMAKE_CURRENT_LIST_DIR}/../tests/windows/wine-run)
+
+# Qt names two of the system's libraries in a case of its own, which a file system that heeds case does not have.
+foreach(library Secur32 Crypt32)
+    string(TOLOWER ${library} found)
+    foreach(configuration RELEASE DEBUG)
+        set(_Qt5Network_${configuration}_${library}_PATH ${found} CACHE STRING "" FORCE)
+    endforeach()
+endforeach()

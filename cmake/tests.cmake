@@ -1,18 +1,18 @@
 # halvex_add_test(NAME SOURCES... [LABELS ...] [TIMEOUT seconds])
-# A QtTest program registered with CTest. Labels are the rings: "unit" unless said otherwise.
+# Adds a QtTest program and registers it with CTest. The label names the test ring; default: unit.
 
 find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
 
-# A sanitizer makes a program several times slower, and ends it at its first finding.
+# A sanitizer makes a program several times slower.
 set(halvex_timeout_factor 1)
 if(HALVEX_SANITIZE)
     set(halvex_timeout_factor 5)
 endif()
 
-# The source tree as the test programs see it.
+# The path of the source tree in test programs.
 set(halvex_tree ${CMAKE_SOURCE_DIR})
 if(WIN32)
-    set(halvex_tree Z:${CMAKE_SOURCE_DIR}) # Wine's view of it
+    set(halvex_tree Z:${CMAKE_SOURCE_DIR}) # under Wine
 endif()
 
 function(halvex_add_test name)

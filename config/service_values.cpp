@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "config/service_values.h"
 
+#include "wire/service_key_table.h"
+
 namespace {
 
 const QString kPort = QStringLiteral("Port");
@@ -9,7 +11,6 @@ const QString kSmartPollInterval = QStringLiteral("SMARTPollInterval");
 const QString kFreeSpacePollInterval = QStringLiteral("FreeSpacePollInterval");
 const QString kImagePath = QStringLiteral("ImagePath");
 
-constexpr quint32 kMaxPollSeconds = 360000;
 constexpr qint64 kMillisecondsPerSecond = 1000;
 
 /// A path is read into 2048 bytes of UTF-16, its terminating NUL among them; a longer one is not read.
@@ -26,8 +27,9 @@ std::optional<T> typedValue(const OpenKey &key, const QString &name)
 
 void readInterval(const OpenKey &key, const QString &name, qint64 &milliseconds)
 {
+    const ServiceKeyRow &row = *findServiceKeyRow(name);
     const std::optional<quint32> seconds = typedValue<quint32>(key, name);
-    if (seconds && *seconds >= 1 && *seconds <= kMaxPollSeconds)
+    if (seconds && *seconds >= row.lowest && *seconds <= row.highest)
         milliseconds = qint64(*seconds) * kMillisecondsPerSecond;
 }
 
@@ -39,22 +41,23 @@ QString programDirectoryOf(const QString &imagePath)
     return path.chopped(qMin(path.size(), kProgramNameLength));
 }
 
-bool readServiceValues(ServiceKey &key, Settings &settings)
+Result<void, AccessError> readServiceValues(ServiceKey &key, Settings &settings)
 {
-    const std::unique_ptr<OpenKey> open = key.open();
-    if (!open)
-        return false;
-    if (const auto port = typedValue<quint32>(*open, kPort))
+    const auto opened = key.open();
+    if (!opened)
+        return opened.failure();
+    const OpenKey &values = **opened;
+    if (const auto port = typedValue<quint32>(values, kPort))
         settings.port = *port;
-    readInterval(*open, kSmartPollInterval, settings.smartPollInterval);
-    readInterval(*open, kFreeSpacePollInterval, settings.freeSpacePollInterval);
-    const auto imagePath = typedValue<QString>(*open, kImagePath);
+    readInterval(values, kSmartPollInterval, settings.smartPollInterval);
+    readInterval(values, kFreeSpacePollInterval, settings.freeSpacePollInterval);
+    const auto imagePath = typedValue<QString>(values, kImagePath);
     if (imagePath && imagePath->size() <= kMaxImagePathLength)
         settings.programDirectory = programDirectoryOf(*imagePath);
-    return true;
+    return {};
 }
 
-bool writeServiceValues(ServiceKey &key, const Settings &settings)
+Result<void, AccessError> writeServiceValues(ServiceKey &key, const Settings &settings)
 {
     return key.write({
         {kPort, settings.port},

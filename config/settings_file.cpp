@@ -3,15 +3,17 @@
 #include "config/settings_file.h"
 
 #include "disk/date_time_text.h"
+#include "scan/schedule.h"
 
 #include <QStringList>
 
+#include <algorithm>
 #include <limits>
 #include <variant>
 
 namespace {
 
-/// A number that is taken when it is greater than 0 and less than `limit`.
+/// A number that is accepted if it is greater than 0 and less than `limit`.
 struct NumberField
 {
     qint32 Settings::*member;
@@ -20,7 +22,7 @@ struct NumberField
 
 struct PlainKey
 {
-    QLatin1String text; ///< what a line is searched for, "=" included
+    QLatin1String text; ///< the text that a line is searched for, "=" included
     std::variant<bool Settings::*, NumberField, QString Settings::*> field;
 };
 
@@ -40,7 +42,7 @@ const PlainKey kSmtpServer{QLatin1String("smtpServer="), &Settings::smtpServer};
 const PlainKey kSmtpUser{QLatin1String("smtpUser="), &Settings::smtpUser};
 const PlainKey kSmtpPass{QLatin1String("smtpPass="), &Settings::smtpPass};
 
-/// A line is tested against every key in this order, and loses the text of each key that it holds.
+/// A line is tested against every key in this order; the text of each key that it contains is removed.
 const PlainKey *const kReadingOrder[] = {
     &kPopupNotify, &kEmailNotify, &kLogSysEvLog,  &kCTemp,    &kWTemp,
     &kWarnExtTask, &kCritExtTask, &kSmtpNeedAuth, &kSmtpPort, &kSmtpFrom,
@@ -59,11 +61,11 @@ const QLatin1String kScanKey("scan=");
 constexpr int kDiskFields = 6;
 constexpr int kScanFieldsWithRanges = 7;
 
-/// What stands for a schedule without a valid time of day. As a moment it lies in 2106, beyond the years that
-/// a schedule can name.
+/// Represents a schedule without a valid time of day. As a moment it lies in 2106, beyond the years that a
+/// schedule can name.
 constexpr quint32 kNoScheduledMoment = std::numeric_limits<quint32>::max();
 
-/// The date of a scan that never was, and of a schedule that has a time but no valid date.
+/// The date of a drive that was never scanned, and of a schedule that has a time but no valid date.
 const QDate kNoDate(1980, 1, 1);
 
 template <typename Function>
@@ -121,7 +123,7 @@ void readSettingsLine(QString line, Settings &settings)
     }
 }
 
-/// 0 for a drive that has no sector.
+/// Returns 0 for a drive without sectors.
 quint64 lastSector(quint64 capacity)
 {
     const quint64 sectors = capacity / quint64(kScanSectorSize);
@@ -140,7 +142,7 @@ void setInitialState(DeviceRecord &device, const QDateTime &now)
     device.schedTime = now.time();
 }
 
-/// The drive whose place in the list `text` is; null when there is none.
+/// Returns the drive at the place in the list that `text` gives; null if there is none.
 DeviceRecord *namedDevice(DeviceList &devices, const QString &text)
 {
     const int index = text.toInt();
@@ -169,7 +171,7 @@ void readDiskLine(const QString &value, DeviceList &devices)
     setSchedule(*device, fields[5].toUInt());
 }
 
-/// The ranges that "first-last,first-last," writes; items that are no pair are passed over.
+/// Parses "first-last,first-last,"; items that are not pairs are ignored.
 QVector<SectorRange> badRangesFromText(const QString &text)
 {
     QVector<SectorRange> ranges;
@@ -204,9 +206,16 @@ quint32 scheduledSeconds(const DeviceRecord &device)
 {
     if (!device.schedTime.isValid())
         return kNoScheduledMoment;
-    // A daily or weekly schedule has use for its time alone, which must survive a date that is not one.
-    const QDate date = device.schedDate.isValid() ? device.schedDate : kNoDate;
-    return quint32(QDateTime(date, device.schedTime).toSecsSinceEpoch());
+    QDate date = device.schedDate.isValid() ? device.schedDate : kNoDate;
+    // Only the time of day of a daily or weekly schedule counts. On a day on which the clock skips that time
+    // it would be read back as another one.
+    const bool isRepeated =
+        device.schedKind == schedule_kind::kDaily || device.schedKind == schedule_kind::kWeekly;
+    const QTime time = device.schedTime.addMSecs(-device.schedTime.msec());
+    while (isRepeated &&
+           QDateTime::fromSecsSinceEpoch(QDateTime(date, time).toSecsSinceEpoch()).time() != time)
+        date = date.addDays(1);
+    return quint32(QDateTime(date, time).toSecsSinceEpoch());
 }
 
 QString diskLine(int index, const DeviceRecord &device)
@@ -250,6 +259,23 @@ void readDriveState(const QByteArray &file, DeviceList &devices, const QDateTime
         if (line.contains(kScanKey))
             readScanLine(line.remove(kScanKey), devices);
     });
+}
+
+void copyDriveState(const DeviceList &from, DeviceList &to)
+{
+    for (int i = 0; i < std::min(from.size(), to.size()); ++i) {
+        to[i].schedRange = from[i].schedRange;
+        to[i].schedKind = from[i].schedKind;
+        to[i].schedParam = from[i].schedParam;
+        to[i].schedDate = from[i].schedDate;
+        to[i].schedTime = from[i].schedTime;
+        to[i].scanError = 0;
+        to[i].scanPercent = from[i].scanPercent;
+        to[i].scanFirst = from[i].scanFirst;
+        to[i].scanCurrent = from[i].scanCurrent;
+        to[i].scanTime = from[i].scanTime;
+        to[i].badRanges = from[i].badRanges;
+    }
 }
 
 QByteArray settingsFileText(const Settings &settings, const DeviceList &devices, const OffsetSource &offsets)

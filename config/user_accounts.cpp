@@ -30,6 +30,8 @@ QString getUserInfo(const QVector<Account> &accounts, qint32 index)
     if (index < 0 || index >= accounts.size())
         return {};
     const Account &account = accounts[index];
+    if (account.name.isEmpty())
+        return {};
     return account.name + u',' + accessLevel(account.privilege);
 }
 

@@ -2,8 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "console/client/endpoint.h"
-#include "console/help.h"
+#include "client/endpoint.h"
+#include "console/command.h"
 
 #include <QHash>
 #include <QStringList>
@@ -13,24 +13,24 @@
 #include <optional>
 #include <variant>
 
-/// The command line, checked against the help's tables.
+/// The command line, checked against the table of commands.
 struct Arguments
 {
-    help::Command command;
+    const Command *command = nullptr;
     QStringList positionals; ///< without the command's own words
     QHash<QString, QStringList> options;
 
-    QVector<client::Endpoint> endpoints;  ///< by --host, --port and --socket; never empty
-    std::chrono::milliseconds timeout{0}; ///< for a connection, and for each answer
+    QVector<client::Endpoint> endpoints;  ///< from --host, --port and --socket; never empty
+    std::chrono::milliseconds timeout{0}; ///< for a connection, and for each reply
     bool isTimeoutGiven = false;
-    std::optional<std::chrono::milliseconds> wait; ///< how long to wait until the service is ready
+    std::optional<std::chrono::milliseconds> wait; ///< the limit for the service to become ready
 
     [[nodiscard]] bool has(const QString &option) const { return options.contains(option); }
-    /// The last value given; nothing when the option was not.
+    /// Returns the last value, or nothing without the option.
     [[nodiscard]] std::optional<QString> value(const QString &option) const;
 };
 
-/// A text that answers the command line at once: --help, --version.
+/// The output of --help or --version.
 struct Answer
 {
     QString text;
@@ -41,9 +41,9 @@ struct UsageError
     QString text;
 };
 
-/// `words` is the command line without the program's name; `localName` the socket asked by default.
+/// Parses the command line without the program's name. `localName` is the default socket.
 [[nodiscard]] std::variant<Arguments, Answer, UsageError> parseArguments(const QStringList &words,
                                                                          const QString &localName);
 
-/// A drive's number as a person writes it: 0 and up.
+/// Parses a drive number: 0 or more.
 [[nodiscard]] std::optional<qint32> parseDriveNumber(const QString &text);

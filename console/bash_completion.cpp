@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/help.h"
-#include "console/settings_table.h"
+
+#include "client/settings_table.h"
 
 #include <QMap>
 
@@ -9,9 +10,10 @@ namespace help {
 
 namespace {
 
-/// %1 options that take a value, %2 those of them that take a file, %3 the first words, %4 a case for each
-/// group, %5 the options of all commands, %6 a case for each command with options or settings of its own.
-/// bash splits words at "=" and ":" too, so --host=a:1 comes as five words, the last three one value.
+/// %1 options that take a value, %2 those that take a file, %3 the first words, %4 a case for each group,
+/// %5 the options of all commands, %6 a case for each command with options or words of its own, %7
+/// settings that are on or off. bash splits words at "=" and ":", so --host=a:1 arrives as five words, and
+/// the last three of them are one value.
 const char kTemplate[] = R"(# bash completion for halvexctl
 _halvexctl()
 {
@@ -27,9 +29,16 @@ _halvexctl()
                 ;;
         esac
     done
+    [[ $current == = ]] && awaited=${awaited:-value} current=''
     COMPREPLY=()
     case $awaited in
         '') ;;
+        value)
+            case ${bare[-1]-} in
+                %7) mapfile -t COMPREPLY < <(compgen -W 'on off' -- "$current") ;;
+            esac
+            return
+            ;;
         %2)
             compopt -o default
             return
@@ -58,7 +67,7 @@ QStringList names(const QVector<Option> &options)
     return words;
 }
 
-/// A pattern that matches the options that take a value; with `valueNames`, only one of those.
+/// Returns a pattern of the options that take a value; with `valueNames`, only of these values.
 QString valuedPattern(const QStringList &valueNames = {})
 {
     QVector<Option> all = commonOptions();
@@ -76,25 +85,27 @@ QString valuedPattern(const QStringList &valueNames = {})
     return patterns.join(QStringLiteral(" | "));
 }
 
-QStringList settingWords()
+/// Returns a pattern of the settings that are on or off.
+QString switchPattern()
 {
-    QStringList words;
-    for (const Setting &setting : settingsTable())
-        words.append(setting.name + QLatin1Char('='));
-    return words;
+    QStringList names;
+    for (const client::Setting &setting : client::settingsTable()) {
+        if (setting.kind == client::Setting::Kind::Switch)
+            names.append(setting.name);
+    }
+    return names.join(QStringLiteral(" | "));
 }
 
-/// What is offered behind the words of `command`.
+/// Returns the words and options offered after `command`.
 QString commandCase(const Command &command)
 {
-    const bool takesSettings = command.arguments.contains(QLatin1String("NAME=VALUE"));
-    if (command.options.isEmpty() && !takesSettings)
+    if (command.options.isEmpty() && command.words.isEmpty())
         return {};
     QString result = QStringLiteral("        '%1'*)\n").arg(command.name);
     if (!command.options.isEmpty())
         result += QStringLiteral("            options+=' %1'\n").arg(names(command.options).join(kBlank));
-    if (takesSettings)
-        result += QStringLiteral("            words='%1'\n").arg(settingWords().join(kBlank));
+    if (!command.words.isEmpty())
+        result += QStringLiteral("            words='%1'\n").arg(command.words.join(kBlank));
     return result + QStringLiteral("            ;;\n");
 }
 
@@ -120,7 +131,8 @@ QString bashCompletion()
             QStringLiteral("        1,%1) words='%2' ;;\n").arg(group.key(), group.value().join(kBlank));
     return QString::fromUtf8(kTemplate).arg(
         valuedPattern(), valuedPattern({QStringLiteral("FILE"), QStringLiteral("NAME")}),
-        firstWords.join(kBlank), groupCases, names(commonOptions()).join(kBlank), commandCases);
+        firstWords.join(kBlank), groupCases, names(commonOptions()).join(kBlank), commandCases,
+        switchPattern());
 }
 
 } // namespace help

@@ -2,23 +2,22 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/help.h"
 
-#include <algorithm>
-
 namespace help {
 
 namespace {
 
 constexpr int kIndent = 2;
 constexpr int kTextWidth = 80;
-constexpr int kOverviewColumn = 20;
+constexpr int kCommandColumn = 20;
 constexpr int kOptionColumn = 28;
+constexpr int kStatusColumn = 5;
 
-/// `textToWrap` in lines of at most kTextWidth, all but the first behind `column` blanks.
-QString wrapped(const QString &textToWrap, int column)
+/// Returns the text in lines of at most kTextWidth columns, all but the first indented by `column`.
+QString wrapped(const QString &text, int column)
 {
     QString result;
     int used = column;
-    for (const QString &word : textToWrap.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+    for (const QString &word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         if (used > column && used + 1 + word.size() > kTextWidth) {
             result += QLatin1Char('\n') + QString(column, QLatin1Char(' '));
             used = column;
@@ -32,7 +31,7 @@ QString wrapped(const QString &textToWrap, int column)
     return result;
 }
 
-/// A term and its explanation in two columns; a long term stands on a line of its own.
+/// Returns a term and its explanation in two columns; a long term has a line of its own.
 QString entry(const QString &term, const QString &explanation, int column)
 {
     const QString head = QString(kIndent, QLatin1Char(' ')) + term;
@@ -42,21 +41,73 @@ QString entry(const QString &term, const QString &explanation, int column)
            wrapped(explanation, column) + QLatin1Char('\n');
 }
 
-QString optionEntries(const QVector<Option> &options)
+/// Returns a heading and its entries; nothing without entries.
+QString section(const char *heading, const QVector<Term> &terms, int column = kOptionColumn)
+{
+    if (terms.isEmpty())
+        return {};
+    QString result = QStringLiteral("\n%1:\n").arg(QString::fromUtf8(heading));
+    for (const Term &term : terms)
+        result += entry(term.name, term.text, column);
+    return result;
+}
+
+QString commandEntries(const QVector<Command> &commands)
 {
     QString result;
-    for (const Option &option : options)
-        result += entry(term(option), option.text, kOptionColumn);
+    for (const Command &command : commands)
+        result += entry(usage(command), command.summary, kCommandColumn);
     return result;
 }
 
 } // namespace
 
-QString term(const Option &option)
+QString introduction()
 {
-    QString text = option.letter.isEmpty() ? QString() : QStringLiteral("-%1, ").arg(option.letter);
-    text += QStringLiteral("--") + option.name;
-    return option.valueName.isEmpty() ? text : text + QLatin1Char(' ') + option.valueName;
+    return QStringLiteral("halvexctl shows the drives that a Halvex Service monitors, and controls the "
+                          "service.");
+}
+
+QString defaultService()
+{
+    return QStringLiteral("Without --host, --port and --socket it asks the service on this machine over the "
+                          "local socket.");
+}
+
+QVector<Term> exitStatuses()
+{
+    return {
+        {QStringLiteral("0"), QStringLiteral("Success; with status --check: no drive is above level fine.")},
+        {QStringLiteral("1"),
+         QStringLiteral("The command line is wrong, or the service refuses the request.")},
+        {QStringLiteral("2"),
+         QStringLiteral("No valid reply: no service at this address, time limit reached, the service detects "
+                        "drives or is paused, or another protocol.")},
+        {QStringLiteral("3"), QStringLiteral("status --check: a drive is at level warning.")},
+        {QStringLiteral("4"), QStringLiteral("status --check: a drive is at level critical.")},
+    };
+}
+
+QVector<Term> environment()
+{
+    return {
+        {QStringLiteral("HALVEX_HOME"),
+         QStringLiteral("The home directory of the service whose local socket is the default.")},
+        {QStringLiteral("NO_COLOR"), QStringLiteral("If set and not empty, the output has no colours.")},
+    };
+}
+
+QVector<Term> terms(const QVector<Option> &options)
+{
+    QVector<Term> terms;
+    for (const Option &option : options) {
+        QString name = option.letter.isEmpty() ? QString() : QStringLiteral("-%1, ").arg(option.letter);
+        name += QStringLiteral("--") + option.name;
+        if (!option.valueName.isEmpty())
+            name += QLatin1Char(' ') + option.valueName;
+        terms.append({name, option.text});
+    }
+    return terms;
 }
 
 QString usage(const Command &command)
@@ -64,40 +115,12 @@ QString usage(const Command &command)
     return (command.name + QLatin1Char(' ') + command.arguments).trimmed();
 }
 
-std::optional<Command> findCommand(const QStringList &words)
-{
-    const QVector<Command> all = commands();
-    const auto named = [&all](const QString &name) {
-        return std::find_if(all.cbegin(), all.cend(), [&](const Command &c) { return c.name == name; });
-    };
-    const QString group = words.value(0) + QLatin1Char(' ');
-    auto found = named(group + words.value(1));
-    if (found == all.cend())
-        found = named(words.value(0));
-    if (found == all.cend() && words.size() == 1)
-        found = std::find_if(all.cbegin(), all.cend(),
-                             [&](const Command &c) { return c.name.startsWith(group); });
-    return found == all.cend() ? std::nullopt : std::optional<Command>(*found);
-}
-
-int wordCount(const Command &command, const QStringList &words)
-{
-    return std::min(int(command.name.count(QLatin1Char(' '))) + 1, int(words.size()));
-}
-
 QString overview()
 {
-    QString result = wrapped(introduction(), 0) +
-                     QStringLiteral("\n\nUsage: halvexctl [OPTION]... COMMAND [ARGUMENT]...\n\n") +
-                     wrapped(defaultService(), 0) + QStringLiteral("\n\nCommands:\n");
-    for (const Command &command : commands())
-        result += entry(usage(command), command.summary, kOverviewColumn);
-    result += QStringLiteral("\nOptions:\n") + optionEntries(commonOptions());
-    result += QStringLiteral("\nExit status:\n");
-    for (const ExitStatus &status : exitStatuses())
-        result += entry(QString::number(status.code), status.text, 2 * kIndent + 1);
-    result.chop(1);
-    return result;
+    return wrapped(introduction(), 0) +
+           QStringLiteral("\n\nUsage: halvexctl [OPTION]... COMMAND [ARGUMENT]...\n\n") +
+           wrapped(defaultService(), 0) + QStringLiteral("\n\nCommands:\n") + commandEntries(commands()) +
+           section("Options", terms(commonOptions())) + section("Exit status", exitStatuses(), kStatusColumn);
 }
 
 QString commandHelp(const Command &command)
@@ -106,11 +129,17 @@ QString commandHelp(const Command &command)
                          .arg(usage(command), wrapped(command.summary, 0));
     for (const QString &paragraph : command.description.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
         result += QLatin1Char('\n') + wrapped(paragraph, 0) + QLatin1Char('\n');
-    if (!command.options.isEmpty())
-        result += QStringLiteral("\nOptions of this command:\n") + optionEntries(command.options);
-    result += QStringLiteral("\nOptions of all commands:\n") + optionEntries(commonOptions());
-    result.chop(1);
-    return result;
+    return result + section("Names", command.terms) +
+           section("Options of this command", terms(command.options)) +
+           section("Options of all commands", terms(commonOptions()));
+}
+
+QString groupHelp(const QVector<Command> &group)
+{
+    return QStringLiteral("Usage: halvexctl [OPTION]... COMMAND [ARGUMENT]...\n\nCommands:\n") +
+           commandEntries(group) +
+           QStringLiteral("\nhalvexctl %1 --help shows the options of one of them.\n")
+               .arg(group.first().name);
 }
 
 } // namespace help

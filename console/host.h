@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 
-/// What the console needs of the system it runs on: the terminal, and where the service's local socket is.
-/// One file for each system answers.
+/// The parts of the system that the console uses: the terminal, and the address of the local socket. Each
+/// system has a file that implements them.
 namespace host {
 
 struct TerminalSize
@@ -17,25 +17,25 @@ struct TerminalSize
     int rows = 24;
 };
 
-/// Makes the console take UTF-8, where it would not by itself.
+/// Prepares the console for UTF-8 and terminal sequences where that is not the default.
 void prepareConsole();
 
 [[nodiscard]] bool isOutputTerminal();
 [[nodiscard]] bool isInputTerminal();
 
-/// The output terminal's size now; 80 by 24 when there is none.
+/// Returns the present size of the output terminal; 80 by 24 if there is none.
 [[nodiscard]] TerminalSize terminalSize();
 
-/// Asks for a line that is not shown while it is typed. Nothing when there is no terminal to ask at.
+/// Reads a line from the terminal without echo. Returns nothing if there is no terminal.
 [[nodiscard]] std::optional<QString> readHidden(const QString &prompt);
 
-/// The name or path of the socket of the service on this machine.
+/// Returns the name or path of the local socket of the service on this machine.
 [[nodiscard]] QString localServiceName();
 
-/// What a person at a full screen may press.
+/// The keys of a full screen.
 enum class Key { None, Quit, LineUp, LineDown, PageUp, PageDown, First, Last, Other };
 
-/// The key that writes `character`.
+/// Returns the key of a character.
 [[nodiscard]] constexpr Key keyOfCharacter(char character)
 {
     constexpr char kInterrupt = 3; // Ctrl-C
@@ -60,8 +60,8 @@ enum class Key { None, Quit, LineUp, LineDown, PageUp, PageDown, First, Last, Ot
     }
 }
 
-/// The terminal as a full screen with single key presses, until destroyed; also when the process is
-/// terminated.
+/// Switches the terminal to a full screen with single key presses, and back when destroyed or when the
+/// process is terminated.
 class FullScreen
 {
 public:
@@ -70,8 +70,8 @@ public:
     FullScreen &operator=(const FullScreen &) = delete;
     ~FullScreen();
 
-    /// A key that waits to be read: q, Ctrl-C, the arrows, the page keys, Home and End, or j, k, the space
-    /// bar, b, g and G for who knows them from a pager.
+    /// Returns the next key that was pressed: q, Ctrl-C, the arrows, the page keys, Home and End, or j, k,
+    /// the space bar, b, g and G as in a pager.
     [[nodiscard]] Key takeKey();
 
 private:

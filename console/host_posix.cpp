@@ -23,7 +23,7 @@ constexpr char kEnterScreen[] = "\033[?1049h\033[?25l";
 constexpr char kEscape = '\033';
 constexpr char kLeaveScreen[] = "\033[?25h\033[?1049l";
 
-/// What a signal handler needs to give the terminal back; it can reach nothing but file scope.
+/// Used by the signal handler to restore the terminal; it has no access to an object.
 termios savedAttributes;
 
 void writeAll(const char *text, size_t size)
@@ -43,7 +43,7 @@ void leaveFullScreen()
     writeAll(kLeaveScreen, sizeof kLeaveScreen - 1);
 }
 
-/// The key that sends `sequence` behind an escape (ECMA-48 and what VT220 and xterm made of it).
+/// Returns the key of a sequence after an escape (ECMA-48, VT220 and xterm).
 Key keyOfSequence(const QByteArray &sequence)
 {
     static const QHash<QByteArray, Key> kKeys{
@@ -54,7 +54,7 @@ Key keyOfSequence(const QByteArray &sequence)
     return kKeys.value(sequence, Key::Other);
 }
 
-/// The next character that waits to be read; 0 when there is none.
+/// Returns the next character, or 0 if there is none.
 char takeCharacter()
 {
     char character = 0;
@@ -148,7 +148,7 @@ Key FullScreen::takeKey()
     const char character = takeCharacter();
     if (character != kEscape)
         return character == '\0' ? Key::None : keyOfCharacter(character);
-    // The rest of a sequence arrives together with its escape; a lone escape is a key like any other.
+    // A sequence arrives together with its escape; a lone escape is a key of its own.
     constexpr int kLongestSequence = 8;
     QByteArray sequence(1, takeCharacter());
     do

@@ -61,7 +61,7 @@ struct FullScreen::State
 void prepareConsole()
 {
     SetConsoleOutputCP(CP_UTF8);
-    // Colours and bars are written as terminal sequences; older systems leave them off until asked.
+    // Colours and bars need terminal sequences, which older systems enable only on request.
     DWORD mode = 0;
     if (GetConsoleMode(output(), &mode) != 0)
         SetConsoleMode(output(), mode | ENABLE_PROCESSED_OUTPUT | 0x0004 /* virtual terminal */);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/arguments.h"
-#include "console/commands/command.h"
+#include "console/context.h"
 #include "console/host.h"
 #include "console/output.h"
 
@@ -13,10 +13,15 @@ int run(const Arguments &arguments, Output &output)
 {
     if (arguments.has(QStringLiteral("quiet")))
         output.setQuiet();
-    Context context(arguments, output);
-    const CommandFunction function = commandFunction(arguments.command.name);
-    Q_ASSERT(function);
-    return function(context);
+    try {
+        Context context(arguments, output);
+        arguments.command->run(context);
+    } catch (const CommandFailure &failure) {
+        if (!failure.text.isEmpty())
+            output.complain(failure.text);
+        return failure.exitCode;
+    }
+    return kExitFine;
 }
 
 } // namespace

@@ -6,8 +6,8 @@ namespace help {
 
 namespace {
 
-/// Text as roff takes it: no line begins a macro, no backslash an escape, and what is typed can be copied
-/// from the page character by character.
+/// Returns text for roff: no line begins a macro, no backslash an escape, and what a user types can be copied
+/// from the page unchanged.
 QString roff(const QString &plain)
 {
     QString result = plain;
@@ -20,16 +20,11 @@ QString roff(const QString &plain)
     return result;
 }
 
-QString entry(const QString &what, const QString &explanation)
-{
-    return QStringLiteral(".TP\n.B %1\n%2\n").arg(roff(what), roff(explanation));
-}
-
-QString entries(const QVector<Option> &options)
+QString entries(const QVector<Term> &terms)
 {
     QString result;
-    for (const Option &option : options)
-        result += entry(term(option), option.text);
+    for (const Term &term : terms)
+        result += QStringLiteral(".TP\n.B %1\n%2\n").arg(roff(term.name), roff(term.text));
     return result;
 }
 
@@ -38,7 +33,7 @@ QString section(const Command &command)
     QString result = QStringLiteral(".SS %1\n%2\n").arg(roff(usage(command)), roff(command.summary));
     for (const QString &paragraph : command.description.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
         result += QStringLiteral(".PP\n%1\n").arg(roff(paragraph));
-    return result + entries(command.options);
+    return result + entries(command.terms) + entries(terms(command.options));
 }
 
 } // namespace
@@ -52,16 +47,9 @@ QString manPage()
                        .arg(roff(introduction()), roff(defaultService()));
     for (const Command &command : commands())
         page += section(command);
-    page += QStringLiteral(".SH OPTIONS\n") + entries(commonOptions());
-    page += QStringLiteral(".SH EXIT STATUS\n");
-    for (const ExitStatus &status : exitStatuses())
-        page += entry(QString::number(status.code), status.text);
-    page += QStringLiteral(".SH ENVIRONMENT\n");
-    page +=
-        entry(QStringLiteral("HALVEX_HOME"),
-              QStringLiteral("The home directory of the service whose local socket is asked by default."));
-    page += entry(QStringLiteral("NO_COLOR"),
-                  QStringLiteral("When set and not empty, nothing is written in colour."));
+    page += QStringLiteral(".SH OPTIONS\n") + entries(terms(commonOptions()));
+    page += QStringLiteral(".SH EXIT STATUS\n") + entries(exitStatuses());
+    page += QStringLiteral(".SH ENVIRONMENT\n") + entries(environment());
     page.chop(1);
     return page;
 }

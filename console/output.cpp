@@ -48,7 +48,7 @@ void Output::redraw(const QStringList &lines, int previous)
 
 void Output::fillScreen(const QStringList &lines)
 {
-    // Erased line by line behind the text: a screen cleared first would flicker.
+    // Each line is erased after its text: a screen that is cleared first flickers.
     m_out << "\033[H" << lines.join(QLatin1String(kEraseToLineEnd) + QStringLiteral("\r\n"))
           << kEraseToLineEnd << kEraseToScreenEnd << Qt::flush;
 }

@@ -16,21 +16,21 @@ class Output
 public:
     Output();
 
-    /// What was asked for.
+    /// Writes the result of a command.
     void print(const QString &line);
     void print(const QStringList &lines);
     void print(const QJsonDocument &document);
 
-    /// `lines` over the `previous` lines printed last, on a terminal.
+    /// Writes `lines` on a terminal in place of the `previous` lines that were written last.
     void redraw(const QStringList &lines, int previous);
 
-    /// `lines` from the terminal's upper left corner on, and nothing else.
+    /// Fills the screen of the terminal with `lines`.
     void fillScreen(const QStringList &lines);
 
-    /// What a person may want to know besides; silent after setQuiet().
+    /// Writes a remark for a person to standard error, unless setQuiet() was called.
     void note(const QString &line);
 
-    /// Why something was not done, behind the program's name.
+    /// Writes an error, after the name of the program.
     void complain(const QString &text);
 
     void setQuiet() { m_isQuiet = true; }
@@ -41,5 +41,5 @@ private:
     bool m_isQuiet = false;
 };
 
-/// The style that standard output asks for now: its width follows the terminal.
+/// Returns the style for standard output, with the present width of the terminal.
 [[nodiscard]] render::Style outputStyle();

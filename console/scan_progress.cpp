@@ -25,7 +25,7 @@ void RateMeter::sample(qint64 milliseconds, const client::ScanStatus &status)
 
 std::optional<qint64> secondsLeft(const client::ScanStatus &status, quint64 sectors, double bytesPerSecond)
 {
-    constexpr double kLongestShown = 100.0 * 365 * 86400; // a century: the drive does not answer any more
+    constexpr double kLongestShown = 100.0 * 365 * 86400; // a century: the drive no longer answers
     if (status.state != client::ScanState::Running || bytesPerSecond <= 0 ||
         status.currentSector < status.firstSector)
         return std::nullopt;

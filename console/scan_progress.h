@@ -2,20 +2,20 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "console/client/scans.h"
+#include "client/scans.h"
 
 #include <QString>
 
 #include <optional>
 
-/// How fast a scan goes, from its progress at several moments. The latest count most.
+/// The rate of a scan, computed from its progress at several times. The latest ones have the highest weight.
 class RateMeter
 {
 public:
-    /// `milliseconds` on a clock that never goes back. A scan that has begun anew starts the meter anew.
+    /// `milliseconds` is the time of a monotonic clock. A new scan resets the meter.
     void sample(qint64 milliseconds, const client::ScanStatus &status);
 
-    /// Nothing until two samples of the same scan are known.
+    /// Returns nothing until there are two samples of the same scan.
     [[nodiscard]] std::optional<double> bytesPerSecond() const { return m_rate; }
 
 private:
@@ -30,7 +30,8 @@ private:
     std::optional<double> m_rate;
 };
 
-/// How long a scan on a drive of `sectors` sectors still takes at this rate. Where it ends is not reported:
-/// when the percentage agrees, it is the drive's end; else the percentage itself has to do.
+/// Returns the remaining time of a scan on a drive with `sectors` sectors. The end of its range is not
+/// reported: it is the end of the drive if that agrees with the percentage, else it is computed from the
+/// percentage.
 [[nodiscard]] std::optional<qint64> secondsLeft(const client::ScanStatus &status, quint64 sectors,
                                                 double bytesPerSecond);

@@ -4,190 +4,281 @@
 
 #include "disk/detection.h"
 #include "disk/logging.h"
-#include "disk/smart_sectors.h"
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
-ATA_Smart::ATA_Smart(DriveSystem &drives, QObject *parent)
+namespace {
+
+/// A read that identifies the drive, and reads its S.M.A.R.T. data unless it needs its place in the device
+/// list.
+SmartRead probeOf(int number)
+{
+    SmartRead read;
+    read.path = physicalDrivePath(number);
+    read.index = number;
+    read.probeNumber = number;
+    read.identify = true;
+    return read;
+}
+
+/// A full read by the method that identified the drive.
+SmartRead fullReadOf(const DetectedDrive &device, int index)
+{
+    SmartRead read;
+    read.path = device.path;
+    read.index = index;
+    read.driveNumber = index;
+    read.probeNumber = device.probeNumber;
+    read.method = device.accessMethod;
+    return read;
+}
+
+QString nameOf(const DetectedDrive &drive)
+{
+    return QStringList{QStringLiteral("Drive"), drive.path, drive.model, drive.serial}.join(QLatin1Char(' '));
+}
+
+/// Whether a request has hung.
+bool didNotReturn(const DriveReading &reading)
+{
+    return reading.error == system_error::kSemTimeout || reading.error == system_error::kBusy;
+}
+
+} // namespace
+
+ATA_Smart::ATA_Smart(DriveSystem &drives, Workers &workers, bool leavesAsleep, QObject *parent)
     : QObject(parent)
     , m_drives(drives)
+    , m_workers(workers)
+    , m_leavesAsleep(leavesAsleep)
 {}
-
-ATA_Smart::~ATA_Smart()
-{
-    endReaders();
-    for (std::unique_ptr<SMART_thread> &thread : m_leftBehind) {
-        if (!thread->isFinished())
-            Q_UNUSED(thread.release()); // a running QThread must not be destroyed
-    }
-}
 
 void ATA_Smart::detectDevices()
 {
-    endReaders();
-    m_givenUp.clear();
-    m_devices = detection::detect(m_drives);
-}
-
-void ATA_Smart::setTimeLimits(std::chrono::milliseconds read, std::chrono::milliseconds end)
-{
-    m_readLimit = read;
-    m_endLimit = end;
-}
-
-int ATA_Smart::countFixedDrives()
-{
-    return detection::countFixedDrives(m_drives);
-}
-
-void ATA_Smart::startReaders()
-{
-    endReaders();
-    if (m_devices.isEmpty()) {
-        const auto finish = [this, generation = m_generation] {
-            if (generation == m_generation)
-                Q_EMIT finishedScanSMART();
-        };
-        QMetaObject::invokeMethod(this, finish, Qt::QueuedConnection);
-        return;
+    abandonReaders();
+    m_found.assign(detection::kDetectedNumbers, std::nullopt);
+    m_runningReaders = detection::kDetectedNumbers;
+    const auto rescan = std::make_shared<std::once_flag>();
+    for (int number = 0; number < detection::kDetectedNumbers; ++number) {
+        SmartRead read = probeOf(number);
+        read.rescan = rescan;
+        startReader(std::move(read), [this, number](const DriveReading &reading) {
+            m_found[std::size_t(number)] = reading;
+            S_thread_terminated();
+        });
     }
-    for (int i = 0; i < m_devices.size(); ++i)
-        startReader(i);
 }
 
-void ATA_Smart::startReader(int index)
+void ATA_Smart::readDrives(bool force, std::function<void(const Readings &)> done)
+{
+    std::vector<std::optional<SmartRead>> reads;
+    for (int i = 0; i < m_devices.size(); ++i)
+        reads.push_back(readOf(i, force));
+    readAll(reads, std::move(done));
+}
+
+/// Returns how to read the drive; nullopt if it is left out.
+std::optional<SmartRead> ATA_Smart::readOf(int index, bool force) const
 {
     const DeviceRecord &device = m_devices.at(index);
-    Reader reader;
-    reader.thread =
-        std::make_unique<SMART_thread>(m_drives, SmartRead{device.path, index, device.accessMethod});
-    reader.watchdog = new SMART_timer(index, this);
-    connect(reader.watchdog, &SMART_timer::needTerminated, this, &ATA_Smart::terminate_S_thread);
-    connect(reader.thread.get(), &SMART_thread::finishReadSMART, this,
-            [this, generation = m_generation](int i) {
-                if (generation == m_generation)
-                    finishedReadSMART(i);
-            });
-    reader.thread->start();
-    reader.watchdog->start(m_readLimit);
-    ++m_runningReaders;
-    m_readers.push_back(std::move(reader));
+    SmartRead read = fullReadOf(device, index);
+    read.thresholds = device.smartState < 1;
+    read.leaveAsleep = m_leavesAsleep && !force;
+    read.identify = device.smartState < 0 || device.accessMethod == AccessMethod::None;
+    const bool isRead = device.smartState > 0 ? force || device.monitored != 0
+                                              : !force && device.monitored != 0 && read.identify;
+    return isRead ? std::make_optional(read) : std::nullopt;
 }
 
-void ATA_Smart::endReaders()
+void ATA_Smart::apply(const Readings &readings)
 {
-    ++m_generation;
-    m_runningReaders = 0;
-    for (const Reader &reader : m_readers) {
-        reader.watchdog->stop();
-        reader.watchdog->deleteLater(); // this may be a slot that its timeout has called
-        reader.thread->cancel();
+    for (int i = 0; i < m_devices.size(); ++i) {
+        if (const std::optional<DriveReading> &reading = readings[std::size_t(i)])
+            applyReading(m_devices[i], *reading);
     }
-    const QDeadlineTimer deadline(m_endLimit);
-    for (Reader &reader : m_readers)
-        letGo(std::move(reader.thread), deadline);
-    m_readers.clear();
 }
 
-bool ATA_Smart::leftThreadsBehind() const
+void ATA_Smart::applyReading(DeviceRecord &device, const DriveReading &reading)
 {
-    return std::any_of(m_leftBehind.cbegin(), m_leftBehind.cend(),
-                       [](const auto &thread) { return !thread->isFinished(); });
+    if (reading.device && (reading.sectors || device.accessMethod == AccessMethod::None))
+        static_cast<DetectedDrive &>(device) = *reading.device;
+    if (reading.isAsleep) {
+        device.lastRead = LastRead::Asleep;
+        return;
+    }
+    if (!reading.sectors) {
+        device.lastRead = LastRead::Failed;
+        if (device.smartState > 0 || reading.error != system_error::kNotSupported)
+            m_faults.failed(device.path, nameOf(device), reading.error);
+        return;
+    }
+    if (reading.sectors->thresholds.isEmpty())
+        smart_sectors::applySynchronousRead(device, ByteView(reading.sectors->data));
+    else
+        smart_sectors::applyFullRead(device, *reading.sectors);
+    device.lastRead = LastRead::Answered;
+    m_faults.answered(device.path);
+}
+
+void ATA_Smart::countDrives(std::function<void(int present, bool changed)> done)
+{
+    std::vector<std::optional<SmartRead>> reads(detection::kDetectedNumbers);
+    const auto rescan = std::make_shared<std::once_flag>();
+    for (int number = 0; number < detection::kDetectedNumbers; ++number) {
+        if (number >= detection::kCountedNumbers && !listed(number))
+            continue;
+        SmartRead read = probeOf(number);
+        read.data = false;
+        read.rescan = rescan;
+        reads[std::size_t(number)] = read;
+    }
+    readAll(reads, [this, done = std::move(done)](const Readings &probes) {
+        int present = 0;
+        bool hasNew = false; // a swapped drive may have a number of its own
+        for (int number = 0; number < detection::kCountedNumbers; ++number) {
+            const DriveReading &probe = *probes[std::size_t(number)];
+            present += probe.isFixedDisk || (didNotReturn(probe) && listed(number)) ? 1 : 0;
+            hasNew = hasNew || (probe.isFixedDisk && !listed(number));
+        }
+        done(present, present != m_devices.size() || hasNew || !areSameDrives(probes));
+    });
+}
+
+bool ATA_Smart::areSameDrives(const Readings &probes) const
+{
+    return std::all_of(m_devices.cbegin(), m_devices.cend(), [&probes](const DeviceRecord &device) {
+        const DriveReading &probe = *probes[std::size_t(device.probeNumber)];
+        return !probe.device || didNotReturn(probe) || detection::isSameDrive(device, *probe.device);
+    });
+}
+
+/// Returns null if no listed drive has this number.
+const DeviceRecord *ATA_Smart::listed(int probeNumber) const
+{
+    const auto device =
+        std::find_if(m_devices.cbegin(), m_devices.cend(), [probeNumber](const DeviceRecord &candidate) {
+            return candidate.probeNumber == probeNumber;
+        });
+    return device == m_devices.cend() ? nullptr : &*device;
 }
 
 void ATA_Smart::terminate_S_thread(int i)
 {
-    Reader *const reader = readerUnderWay(i);
-    if (reader == nullptr)
-        return;
-    qCWarning(lcDisk) << reader->thread->path() << "does not bring its S.M.A.R.T. data and is given up";
-    reader->isDone = true;
-    reader->watchdog->stop();
-    reader->thread->cancel();
-    S_thread_terminated();
-}
-
-void ATA_Smart::S_thread_terminated()
-{
-    if (--m_runningReaders == 0)
-        Q_EMIT finishedScanSMART();
+    passReading(i, WorkEnd::TimedOut);
+    m_workers.abandon(i);
 }
 
 void ATA_Smart::finishedReadSMART(int i)
 {
-    Reader *const reader = readerUnderWay(i);
-    if (reader == nullptr)
-        return;
-    reader->isDone = true;
-    reader->watchdog->stop();
-    if (const std::optional<SmartSectors> sectors = reader->thread->takeSectors())
-        smart_sectors::applyFullRead(m_devices[i], *sectors);
-    else
-        qCDebug(lcDisk) << reader->thread->path() << "has no S.M.A.R.T. data to give";
-    S_thread_terminated();
+    passReading(i, WorkEnd::Done);
 }
 
 void ATA_Smart::stopTimer(int i)
 {
-    if (Reader *const reader = readerUnderWay(i))
-        reader->watchdog->stop();
+    m_workers.stopLimit(i);
 }
 
-/// Null when there is no such reader, or when it is done: a finish that was queued when the watchdog gave the
-/// reader up comes too late.
-ATA_Smart::Reader *ATA_Smart::readerUnderWay(int index)
+void ATA_Smart::S_thread_terminated()
 {
-    if (index < 0 || std::size_t(index) >= m_readers.size() || m_readers[std::size_t(index)].isDone)
-        return nullptr;
-    return &m_readers[std::size_t(index)];
+    if (--m_runningReaders > 0)
+        return;
+    if (!m_found.empty())
+        listFoundDrives();
+    if (m_runningReaders > 0)
+        return; // those that need their place in the list are read now
+    m_devices = std::exchange(m_detected, {});
+    Q_EMIT finishedScanSMART();
 }
 
-void ATA_Smart::readSynchronously(bool force)
+/// Fills the new device list, in the order of the numbers.
+void ATA_Smart::listFoundDrives()
 {
-    for (int i = 0; i < m_devices.size(); ++i) {
-        DeviceRecord &device = m_devices[i];
-        if (device.smartState < 1 || (device.monitored == 0 && !force))
-            continue;
-        if (const std::optional<SmartSectors> sectors = readNow(i))
-            smart_sectors::applySynchronousRead(device, ByteView(sectors->data));
+    const Readings found = std::exchange(m_found, {});
+    for (int number = 0; number < detection::kDetectedNumbers; ++number) {
+        DriveReading reading = *found[std::size_t(number)];
+        const DeviceRecord *const former = listed(number);
+        if (!reading.device && reading.error == system_error::kBusy && former)
+            reading.device = *former; // a drive that hangs keeps its place
+        if (reading.device)
+            listDrive(reading);
+        else if (didNotReturn(reading))
+            m_faults.failed(physicalDrivePath(number), QStringLiteral("Drive ") + physicalDrivePath(number),
+                            reading.error);
     }
 }
 
-/// The data sector alone. A thread reads it, so that a drive that hangs costs its time limit and no more.
-std::optional<SmartSectors> ATA_Smart::readNow(int index)
+void ATA_Smart::listDrive(const DriveReading &reading)
 {
-    const DeviceRecord &device = m_devices.at(index);
-    if (isHung(device.path))
-        return std::nullopt; // or each poll would leave one more thread behind
-    auto thread =
-        std::make_unique<SMART_thread>(m_drives, SmartRead{device.path, index, device.accessMethod, false});
-    thread->start();
-    const bool wasGivenUp = m_givenUp.remove(device.path);
-    if (thread->wait(QDeadlineTimer(wasGivenUp ? std::min(m_readLimit, kSecondReadLimit) : m_readLimit)))
-        return thread->takeSectors();
-    if (!wasGivenUp)
-        qCWarning(lcDisk) << device.path << "does not bring its S.M.A.R.T. data and is given up";
-    m_givenUp.insert(device.path);
-    thread->cancel();
-    letGo(std::move(thread), QDeadlineTimer(m_endLimit));
-    return std::nullopt;
-}
-
-bool ATA_Smart::isHung(const QString &path) const
-{
-    return std::any_of(m_leftBehind.cbegin(), m_leftBehind.cend(), [&path](const auto &thread) {
-        return thread->path() == path && !thread->isFinished();
+    const int index = m_detected.size();
+    DeviceRecord device;
+    static_cast<DetectedDrive &>(device) = *reading.device;
+    m_detected.append(device);
+    if (reading.sectors || reading.error != system_error::kNone) {
+        applyReading(m_detected[index], reading);
+        return;
+    }
+    ++m_runningReaders;
+    startReader(fullReadOf(device, index), [this, index](const DriveReading &read) {
+        applyReading(m_detected[index], read);
+        S_thread_terminated();
     });
 }
 
-/// Destroys the thread when it ends in time, else keeps it aside until it does.
-void ATA_Smart::letGo(std::unique_ptr<SMART_thread> thread, QDeadlineTimer deadline)
+void ATA_Smart::startReader(SmartRead read, Done done)
 {
-    m_leftBehind.erase(std::remove_if(m_leftBehind.begin(), m_leftBehind.end(),
-                                      [](const auto &left) { return left->isFinished(); }),
-                       m_leftBehind.end());
-    if (thread->wait(deadline))
+    auto thread = std::make_unique<SMART_thread>(m_drives, std::move(read));
+    SMART_thread *const reader = thread.get();
+    const int number = m_workers.start(std::move(thread), m_workers.limits().request,
+                                       [this](int work, WorkEnd end) { passReading(work, end); });
+    m_readers[number] = {reader, std::move(done)};
+}
+
+/// Starts the reads at the same time; passes their results when the last is done.
+void ATA_Smart::readAll(const std::vector<std::optional<SmartRead>> &reads,
+                        std::function<void(const Readings &)> done)
+{
+    struct Batch
+    {
+        Readings readings;
+        int running;
+        std::function<void(const Readings &)> done;
+    };
+    const auto running =
+        std::count_if(reads.cbegin(), reads.cend(), [](const auto &read) { return bool(read); });
+    const auto batch = std::make_shared<Batch>(Batch{Readings(reads.size()), int(running), std::move(done)});
+    if (running == 0)
+        QMetaObject::invokeMethod(
+            this, [batch] { batch->done(batch->readings); }, Qt::QueuedConnection);
+    for (std::size_t i = 0; i < reads.size(); ++i) {
+        if (!reads[i])
+            continue;
+        startReader(*reads[i], [batch, i](const DriveReading &reading) {
+            batch->readings[i] = reading;
+            if (--batch->running == 0)
+                batch->done(batch->readings);
+        });
+    }
+}
+
+void ATA_Smart::abandonReaders()
+{
+    for (const auto &[number, reader] : std::exchange(m_readers, {}))
+        m_workers.abandon(number);
+    m_detected.clear();
+}
+
+/// Does nothing for a reader that is done or was abandoned.
+void ATA_Smart::passReading(int reader, WorkEnd end)
+{
+    const auto found = m_readers.find(reader);
+    if (found == m_readers.end())
         return;
-    qCCritical(lcDisk) << thread->path() << "hangs in a request; its reader is left behind";
-    m_leftBehind.push_back(std::move(thread));
+    DriveReading reading = found->second.thread->reading();
+    if (end != WorkEnd::Done)
+        reading.error = end == WorkEnd::Hung ? system_error::kBusy : system_error::kSemTimeout;
+    const Done done = std::move(found->second.done);
+    m_readers.erase(found);
+    done(reading);
 }

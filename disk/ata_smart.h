@@ -3,92 +3,87 @@
 #pragma once
 
 #include "disk/device_record.h"
+#include "disk/fault_log.h"
 #include "disk/smart_thread.h"
-#include "disk/smart_timer.h"
-#include "platform/drives.h"
+#include "disk/workers.h"
 
-#include <QDeadlineTimer>
 #include <QObject>
-#include <QSet>
 
-#include <chrono>
-#include <memory>
+#include <functional>
+#include <map>
 #include <optional>
 #include <vector>
 
-/// The inventory of fixed disks and the reading of their S.M.A.R.T. data. Lives on the event loop's thread,
-/// which alone touches the records.
+/// The inventory of fixed disks and the reading of their identity and S.M.A.R.T. data. All drives are read at
+/// the same time, each on a thread of its own, so that drives that hang cost one time limit together. Event
+/// loop's thread only; it alone touches the records.
 class ATA_Smart : public QObject
 {
     Q_OBJECT
 
 public:
-    /// How long a drive may take to bring its sectors before it is given up.
-    static constexpr std::chrono::milliseconds kReadLimit{20000};
-    /// The same at a synchronous read, which holds everything up, when the last one has given the drive up.
-    static constexpr std::chrono::milliseconds kSecondReadLimit{2000};
-    /// How long cancelled readers get to end before they are left behind.
-    static constexpr std::chrono::milliseconds kEndLimit{2000};
+    /// By place in the device list; nullopt for a drive that was not to be read.
+    using Readings = std::vector<std::optional<DriveReading>>;
 
-    /// `drives` outlives this object and every thread that it leaves behind.
-    explicit ATA_Smart(DriveSystem &drives, QObject *parent = nullptr);
-    ~ATA_Smart() override; ///< does what endReaders() does
+    /// `drives` outlives this object and every thread of `workers`. With `leavesAsleep` a poll reads nothing
+    /// from a drive in standby.
+    ATA_Smart(DriveSystem &drives, Workers &workers, bool leavesAsleep = false, QObject *parent = nullptr);
 
     [[nodiscard]] DeviceList &devices() { return m_devices; }
+    [[nodiscard]] const DeviceList &devices() const { return m_devices; }
 
-    /// Fills the device list afresh. Readers of the former list are ended first, without finishedScanSMART().
+    /// Abandons all reads under way, without a call of their `done`; then detects the drives and reads their
+    /// S.M.A.R.T. data. Replaces the device list right before finishedScanSMART().
     void detectDevices();
 
-    /// How many fixed disks are there now, whatever the device list says.
-    [[nodiscard]] int countFixedDrives();
+    /// Reads the S.M.A.R.T. data of the drives whose last full read returned attributes. Unless `force` is
+    /// set, skips drives that are not monitored, and identifies and reads in full those that were never read.
+    void readDrives(bool force, std::function<void(const Readings &)> done);
 
-    /// Reads all drives at once, each on its own thread, into records that have no attributes yet. Ends in
-    /// finishedScanSMART(), from the event loop, also when there is no drive.
-    void startReaders();
+    /// Stores what readDrives() returned and logs which drives started or stopped failing.
+    void apply(const Readings &readings);
 
-    /// Reads one drive after another and returns when all are done or given up. Skips drives whose last full
-    /// read gave nothing and, unless `force` is set, those that are not monitored.
-    void readSynchronously(bool force);
-
-    /// Cancels the readers under way, drops what they bring and waits for them to end, kEndLimit in all.
-    void endReaders();
-
-    /// Whether a thread still hangs in a request that cannot be cut off. Asked after endReaders() it tells
-    /// that the process has to leave without destroying the drives.
-    [[nodiscard]] bool leftThreadsBehind() const;
-
-    void setTimeLimits(std::chrono::milliseconds read, std::chrono::milliseconds end);
+    /// Passes the number of fixed disks among the first detection::kCountedNumbers, and whether they differ
+    /// in number or identity from the device list. A drive that does not answer counts as unchanged.
+    void countDrives(std::function<void(int present, bool changed)> done);
 
 Q_SIGNALS:
-    void finishedScanSMART(); ///< every reader is done or given up
+    void finishedScanSMART(); ///< the detection is complete
 
 public Q_SLOTS:
-    void terminate_S_thread(int i); ///< gives reader i up and counts it as done
-    void S_thread_terminated();     ///< counts one reader as done
-    void finishedReadSMART(int i);  ///< files what reader i brought and counts it as done
+    void terminate_S_thread(int i); ///< gives reader i up, with what it has read so far
+    void S_thread_terminated();     ///< counts one reader of the detection as done
+    void finishedReadSMART(int i);  ///< passes on what reader i has read
     void stopTimer(int i);
 
 private:
+    using Done = std::function<void(const DriveReading &)>;
+
     struct Reader
     {
-        std::unique_ptr<SMART_thread> thread;
-        SMART_timer *watchdog = nullptr; ///< a child of the inventory
-        bool isDone = false;
+        SMART_thread *thread = nullptr; ///< owned by m_workers; valid until the reader is done
+        Done done;
     };
 
-    void startReader(int index);
-    [[nodiscard]] Reader *readerUnderWay(int index);
-    [[nodiscard]] std::optional<SmartSectors> readNow(int index);
-    [[nodiscard]] bool isHung(const QString &path) const;
-    void letGo(std::unique_ptr<SMART_thread> thread, QDeadlineTimer deadline);
+    void startReader(SmartRead read, Done done);
+    void readAll(const std::vector<std::optional<SmartRead>> &reads,
+                 std::function<void(const Readings &)> done);
+    void passReading(int reader, WorkEnd end);
+    void abandonReaders();
+    [[nodiscard]] std::optional<SmartRead> readOf(int index, bool force) const;
+    void applyReading(DeviceRecord &device, const DriveReading &reading);
+    void listFoundDrives();
+    void listDrive(const DriveReading &reading);
+    [[nodiscard]] const DeviceRecord *listed(int probeNumber) const;
+    [[nodiscard]] bool areSameDrives(const Readings &probes) const;
 
     DriveSystem &m_drives;
+    Workers &m_workers;
+    const bool m_leavesAsleep;
     DeviceList m_devices;
-    std::vector<Reader> m_readers; ///< one for each drive, in the device list's order
-    int m_runningReaders = 0;
-    int m_generation = 0; ///< counts the full reads: a signal of an earlier one's reader means nothing
-    std::vector<std::unique_ptr<SMART_thread>> m_leftBehind;
-    QSet<QString> m_givenUp; ///< paths of drives that the last synchronous read has not waited for
-    std::chrono::milliseconds m_readLimit = kReadLimit;
-    std::chrono::milliseconds m_endLimit = kEndLimit;
+    FaultLog m_faults;
+    std::map<int, Reader> m_readers; ///< by the number of their work
+    int m_runningReaders = 0;        ///< of the detection
+    Readings m_found;                ///< by probe number, while a detection looks for drives
+    DeviceList m_detected;           ///< the new list, until the detection is complete
 };

@@ -6,7 +6,7 @@
 #include <QString>
 #include <QTime>
 
-/// How moments are written for QDateTime::toString(): twelve digits, the year as its last two.
+/// The format of moments for QDateTime::toString(): twelve digits, the year as its last two.
 inline const QString kDateTimeFormat = QStringLiteral("yyMMddhhmmss");
 
 /// A date and a time of day of which one may be invalid without the other.
@@ -16,6 +16,6 @@ struct DateAndTime
     QTime time;
 };
 
-/// The moment that the twelve digits "yyMMddhhmmss" write, in the years 2000 to 2099. A pair that is missing
-/// or no number counts as 0, which mostly leaves the date or the time invalid.
+/// Parses "yyMMddhhmmss" in the years 2000 to 2099. A pair that is missing or is not a number leaves its date
+/// or its time of day invalid.
 [[nodiscard]] DateAndTime parseDateTime(const QString &text);

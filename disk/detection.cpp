@@ -12,58 +12,34 @@
 
 namespace {
 
-constexpr int kDetectedNumbers = 99;
-constexpr int kCountedNumbers = 26;
+using Answer = Result<QByteArray, quint32>;
 
-/// The whole answer to a request without input; nullopt when it fails or comes short.
-std::optional<QByteArray> ask(Drive &drive, quint32 code, int answerSize)
+/// Returns the whole answer to a request without input. A short answer is a failure.
+Answer ask(Drive &drive, quint32 code, int answerSize)
 {
     QByteArray answer(answerSize, '\0');
     const ControlReply reply = drive.control(code, ByteView(), MutableBytes(answer));
-    if (!reply.ok() || reply.bytesReturned < quint32(answerSize))
-        return std::nullopt;
+    if (!reply.ok())
+        return reply.error;
+    if (reply.bytesReturned < quint32(answerSize))
+        return system_error::kBadLength;
     return answer;
 }
 
-bool readGeometry(Drive &drive, DeviceRecord &device)
+void setGeometry(ByteView geometry, DetectedDrive &device)
 {
     namespace layout = drive_request::geometry;
-    const std::optional<QByteArray> answer = ask(drive, drive_request::kDriveGeometry, layout::kSize);
-    if (!answer)
-        return false;
-    const ByteView geometry(*answer);
     device.cylinders = qint64(geometry.le64(layout::kCylinders));
     device.mediaType = geometry.le32(layout::kMediaType);
     device.tracksPerCylinder = geometry.le32(layout::kTracksPerCylinder);
     device.sectorsPerTrack = geometry.le32(layout::kSectorsPerTrack);
     device.bytesPerSector = geometry.le32(layout::kBytesPerSector);
-    return true;
 }
 
-bool readCapacity(Drive &drive, DeviceRecord &device)
-{
-    namespace layout = drive_request::partition;
-    const std::optional<QByteArray> answer = ask(drive, drive_request::kPartitionInfo, layout::kSize);
-    if (!answer)
-        return false;
-    device.capacity = ByteView(*answer).le64(layout::kLength);
-    return true;
-}
-
-bool readDeviceNumber(Drive &drive, DeviceRecord &device)
-{
-    namespace layout = drive_request::device_number;
-    const std::optional<QByteArray> answer = ask(drive, drive_request::kDeviceNumber, layout::kSize);
-    if (!answer)
-        return false;
-    device.deviceNumber = qint32(ByteView(*answer).le32(layout::kDeviceNumber));
-    return true;
-}
-
-void readSmartVersion(Drive &drive, DeviceRecord &device)
+void readSmartVersion(Drive &drive, DetectedDrive &device)
 {
     namespace layout = drive_request::smart_version;
-    const std::optional<QByteArray> answer = ask(drive, drive_request::kSmartVersion, layout::kSize);
+    const Answer answer = ask(drive, drive_request::kSmartVersion, layout::kSize);
     if (!answer)
         return;
     device.smartVersion = QString::number(ByteView(*answer).u8(layout::kVersion));
@@ -76,8 +52,8 @@ struct Identification
     QByteArray sector;
 };
 
-/// The IDENTIFY data by the first method that has them.
-Identification identifyDrive(Drive &drive, int number, const std::optional<StorageDescriptor> &descriptor)
+/// Reads the IDENTIFY data by the first method that answers.
+Identification readIdentity(Drive &drive, int number, const std::optional<StorageDescriptor> &descriptor)
 {
     QByteArray sector(ata::kSectorSize, '\0');
     exchange::Registers registers = exchange::identifyDevice();
@@ -92,9 +68,9 @@ Identification identifyDrive(Drive &drive, int number, const std::optional<Stora
     return {};
 }
 
-/// The descriptor's model and firmware stand where it has them; the serial number that the drive itself tells
-/// is the better one.
-void applyIdentify(ByteView sector, DeviceRecord &device)
+/// The descriptor's model and firmware are kept where it has them; the serial number that the drive itself
+/// reports replaces the descriptor's.
+void applyIdentify(ByteView sector, DetectedDrive &device)
 {
     device.smartSupported = identify::smartSupported(sector);
     device.smartEnabled = identify::smartEnabled(sector);
@@ -110,60 +86,67 @@ void applyIdentify(ByteView sector, DeviceRecord &device)
     device.ataVersion = version.text;
 }
 
-void identifyInto(Drive &drive, int number, DeviceRecord &device)
+/// Whether both are known and differ.
+bool differ(const QString &a, const QString &b)
 {
-    const std::optional<StorageDescriptor> descriptor = storage_descriptor::query(drive);
-    if (descriptor) {
-        device.model = descriptor->model();
-        device.firmware = QString::fromLatin1(descriptor->revision.trimmed());
-        device.serial = QString::fromLatin1(descriptor->serial);
-    }
-    readSmartVersion(drive, device);
-    const Identification identification = identifyDrive(drive, number, descriptor);
-    device.accessMethod = identification.method;
-    if (identification.method != AccessMethod::None)
-        applyIdentify(ByteView(identification.sector), device);
+    return !a.isEmpty() && !b.isEmpty() && a != b;
 }
 
 } // namespace
 
-std::optional<DeviceRecord> detection::probe(DriveSystem &drives, int number)
+namespace detection {
+
+Result<void, quint32> readBasics(Drive &drive, DetectedDrive &device)
 {
-    DeviceRecord device;
-    device.path = physicalDrivePath(number);
-    const OpenReply opened = drives.open(device.path);
-    if (!opened.drive)
-        return std::nullopt;
-    Drive &drive = *opened.drive;
-    if (!readGeometry(drive, device) || !readCapacity(drive, device) || !readDeviceNumber(drive, device) ||
-        device.mediaType != drive_request::geometry::kFixedMedia) {
-        qCDebug(lcDisk) << device.path << "is left out: not a fixed disk that answers";
-        return std::nullopt;
+    const Answer geometry = ask(drive, drive_request::kDriveGeometry, drive_request::geometry::kSize);
+    if (!geometry)
+        return geometry.failure();
+    setGeometry(ByteView(*geometry), device);
+    const Answer partition = ask(drive, drive_request::kPartitionInfo, drive_request::partition::kSize);
+    if (!partition)
+        return partition.failure();
+    device.capacity = ByteView(*partition).le64(drive_request::partition::kLength);
+    const Answer number = ask(drive, drive_request::kDeviceNumber, drive_request::device_number::kSize);
+    if (!number)
+        return number.failure();
+    device.deviceNumber = qint32(ByteView(*number).le32(drive_request::device_number::kDeviceNumber));
+    return {};
+}
+
+bool isFixedDisk(const DetectedDrive &device)
+{
+    return device.mediaType == drive_request::geometry::kFixedMedia;
+}
+
+std::optional<StorageDescriptor> describe(Drive &drive, DetectedDrive &device)
+{
+    std::optional<StorageDescriptor> descriptor = storage_descriptor::query(drive);
+    if (descriptor) {
+        device.model = descriptor->model();
+        device.firmware = QString::fromLatin1(descriptor->revision.trimmed());
+        device.serial = QString::fromLatin1(descriptor->serial);
+        device.descriptorSerial = device.serial;
     }
-    identifyInto(drive, number, device);
+    readSmartVersion(drive, device);
+    return descriptor;
+}
+
+void identify(Drive &drive, const std::optional<StorageDescriptor> &descriptor, DetectedDrive &device)
+{
+    const Identification identification = readIdentity(drive, device.probeNumber, descriptor);
+    device.accessMethod = identification.method;
+    if (identification.method != AccessMethod::None)
+        applyIdentify(ByteView(identification.sector), device);
     qCDebug(lcDisk) << device.path << "is" << device.model << "by access method" << int(device.accessMethod);
-    return device;
 }
 
-DeviceList detection::detect(DriveSystem &drives)
+bool isSameDrive(const DetectedDrive &known, const DetectedDrive &found)
 {
-    DeviceList devices;
-    for (int number = 0; number < kDetectedNumbers; ++number) {
-        if (const std::optional<DeviceRecord> device = probe(drives, number))
-            devices.append(*device);
-    }
-    return devices;
+    if (known.capacity != found.capacity || differ(known.model, found.model))
+        return false;
+    if (!known.descriptorSerial.isEmpty() && !found.descriptorSerial.isEmpty())
+        return known.descriptorSerial == found.descriptorSerial;
+    return known.accessMethod != found.accessMethod || !differ(known.serial, found.serial);
 }
 
-int detection::countFixedDrives(DriveSystem &drives)
-{
-    int count = 0;
-    for (int number = 0; number < kCountedNumbers; ++number) {
-        const OpenReply opened = drives.open(physicalDrivePath(number));
-        DeviceRecord device;
-        if (opened.drive && readGeometry(*opened.drive, device) &&
-            device.mediaType == drive_request::geometry::kFixedMedia)
-            ++count;
-    }
-    return count;
-}
+} // namespace detection

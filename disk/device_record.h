@@ -61,31 +61,40 @@ inline constexpr qint32 kWarning = 2;
 inline constexpr qint32 kCritical = 3;
 } // namespace level
 
-/// All that is known of one fixed disk. Its place in the DeviceList is its identity in the protocol.
-struct DeviceRecord
+/// What detection reads from one fixed disk.
+struct DetectedDrive
 {
-    // Set by detection.
     qint32 deviceNumber = -1;
     QString path;
+    int probeNumber = 0; ///< N of the path; the S.M.A.R.T. drive-data request carries it in IDENTIFY
     quint32 mediaType = 0;
     qint64 cylinders = 0;
     quint32 tracksPerCylinder = 0;
     quint32 sectorsPerTrack = 0;
-    quint32 bytesPerSector = 0; ///< scans use kScanSectorSize whatever this is
+    quint32 bytesPerSector = 0;
     AccessMethod accessMethod = AccessMethod::None;
-    qint32 smartSupported = 0; ///< 0 or 1; -1 when IDENTIFY does not tell
+    qint32 smartSupported = 0; ///< 0 or 1; -1 if IDENTIFY does not report it
     qint32 smartEnabled = 0;
     QString smartVersion;
     QString smartRevision;
     QString model;
     QString serial;
+    QString descriptorSerial; ///< as the system keeps it, which answers without the drive; may be empty
     QString firmware;
     quint64 capacity = 0; ///< bytes
     qint32 ataMajor = -1; ///< -1 when not reported
     QString ataVersion;
+};
 
+/// How the latest S.M.A.R.T. read of a drive ended.
+enum class LastRead { None, Answered, Failed, Asleep };
+
+/// All that is known of one fixed disk. Its place in the DeviceList is its identity in the protocol.
+struct DeviceRecord : DetectedDrive
+{
     // Set by S.M.A.R.T. reading.
-    qint32 smartState = -1; ///< -1 never read, 1 the last read gave attributes, 0 it gave none
+    qint32 smartState = -1; ///< -1 never read, 1 the last full read returned attributes, 0 it returned none
+    LastRead lastRead = LastRead::None; ///< unless Answered, the values below are of an earlier read
     bool hasTemperature = false;
     qint32 temperature = 0;     ///< degrees Celsius
     quint64 powerOnRaw = 0;     ///< attribute 9 at the latest read

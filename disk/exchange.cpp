@@ -11,8 +11,8 @@ namespace {
 using exchange::Registers;
 namespace registers = drive_request::registers;
 
-/// Stands in the first data byte before a read. Some drivers report success and the full length without ever
-/// asking the drive; the mark, followed by nothing but zeros, gives them away.
+/// Written to the first data byte before a read. Some drivers report success and the full length without ever
+/// sending the command to the drive: then the mark is still there, followed by zeros only.
 constexpr quint8 kSentinel = 0xCF;
 
 constexpr quint32 kTimeOutSeconds = 10;
@@ -55,11 +55,16 @@ Registers smartCommand(quint8 features)
     return block;
 }
 
-/// Whether a pass-through whose registers and data stand in `buffer` was carried out in full.
-bool succeeded(const ControlReply &reply, ByteView buffer, int registersOffset)
+/// Returns whether a pass-through whose registers are in `buffer` was carried out in full, and its `data`
+/// arrived.
+exchange::Outcome outcomeOf(const ControlReply &reply, ByteView buffer, int registersOffset, ByteView data)
 {
-    return reply.ok() && reply.bytesReturned == quint32(buffer.size()) &&
-           (buffer.u8(registersOffset + registers::kCommand) & registers::kStatusError) == 0;
+    if (!reply.ok())
+        return reply.error;
+    if (reply.bytesReturned != quint32(buffer.size()) || isUntouched(data) ||
+        (buffer.u8(registersOffset + registers::kCommand) & registers::kStatusError) != 0)
+        return system_error::kIoDevice;
+    return {};
 }
 
 } // namespace
@@ -81,41 +86,44 @@ Registers smartReadThresholds()
     return smartCommand(ata::kSmartReadThresholds);
 }
 
-bool ataPassThrough(Drive &drive, Registers &registers, MutableBytes data, Direction direction)
+Outcome ataPassThrough(Drive &drive, Registers &registers, MutableBytes data, Direction direction)
 {
     namespace layout = drive_request::ata_pass_through;
     if (data.size() > ata::kSectorSize)
-        return false;
+        return system_error::kInvalidParameter;
 
-    QByteArray bytes(layout::kDataOffset + data.size(), '\0');
-    const MutableBytes buffer(bytes);
+    const bool hasData = data.size() > 0;
     const bool isRead = direction == Direction::DataIn;
+    QByteArray bytes(hasData ? layout::kDataOffset + data.size() : layout::kHeaderSize, '\0');
+    const MutableBytes buffer(bytes);
     buffer.setLe16(layout::kLength, layout::kHeaderSize);
-    buffer.setLe16(layout::kFlags, isRead ? layout::kFlagDataIn : layout::kFlagDataOut);
     buffer.setLe32(layout::kDataTransferLength, quint32(data.size()));
     buffer.setLe32(layout::kTimeOut, kTimeOutSeconds);
-    buffer.setLe32(layout::kDataBufferOffset, layout::kDataOffset);
     putRegisters(buffer, layout::kCurrentTaskFile, registers);
-    if (!isRead)
-        buffer.copyIn(layout::kDataOffset, data.view());
-    else if (data.size() > 0)
-        buffer.setU8(layout::kDataOffset, kSentinel);
+    if (hasData) {
+        buffer.setLe16(layout::kFlags, isRead ? layout::kFlagDataIn : layout::kFlagDataOut);
+        buffer.setLe32(layout::kDataBufferOffset, layout::kDataOffset);
+        if (isRead)
+            buffer.setU8(layout::kDataOffset, kSentinel);
+        else
+            buffer.copyIn(layout::kDataOffset, data.view());
+    }
 
     const ControlReply reply = drive.control(drive_request::kAtaPassThrough, buffer.view(), buffer);
-    const ByteView answer = buffer.view().mid(layout::kDataOffset, data.size());
-    if (!succeeded(reply, buffer.view(), layout::kCurrentTaskFile) || (isRead && isUntouched(answer)))
-        return false;
-    registers = registersAt(buffer.view(), layout::kCurrentTaskFile);
-    if (isRead)
+    const ByteView answer = isRead ? buffer.view().mid(layout::kDataOffset, data.size()) : ByteView();
+    const Outcome outcome = outcomeOf(reply, buffer.view(), layout::kCurrentTaskFile, answer);
+    if (outcome) {
+        registers = registersAt(buffer.view(), layout::kCurrentTaskFile);
         data.copyIn(0, answer);
-    return true;
+    }
+    return outcome;
 }
 
-bool smartDriveCommand(Drive &drive, int driveNumber, Registers &registers, MutableBytes data)
+Outcome smartDriveCommand(Drive &drive, int driveNumber, Registers &registers, MutableBytes data)
 {
     namespace layout = drive_request::send_command;
     if (data.size() > ata::kSectorSize)
-        return false;
+        return system_error::kInvalidParameter;
 
     const bool isRead = data.size() > 0;
     const bool returnsRegisters = !isRead && registers[registers::kFeatures] == ata::kSmartReturnStatus;
@@ -137,15 +145,17 @@ bool smartDriveCommand(Drive &drive, int driveNumber, Registers &registers, Muta
     const quint32 code = isRead ? drive_request::kSmartReceiveData : drive_request::kSmartSendCommand;
     const ControlReply reply = drive.control(code, input.view(), MutableBytes(output));
     const ByteView answer(output);
-    if (!reply.ok() || answer.u8(layout::kOutputDriverError) != 0)
-        return false;
+    if (!reply.ok())
+        return reply.error;
+    if (answer.u8(layout::kOutputDriverError) != 0)
+        return system_error::kIoDevice;
     if (returnsRegisters)
         registers = registersAt(answer, layout::kOutputHeaderSize);
     data.copyIn(0, answer.mid(layout::kOutputHeaderSize, data.size()));
-    return true;
+    return {};
 }
 
-bool idePassThrough(Drive &drive, Registers &registers, MutableBytes data)
+Outcome idePassThrough(Drive &drive, Registers &registers, MutableBytes data)
 {
     namespace layout = drive_request::ide_pass_through;
     QByteArray bytes(layout::kDataOffset + data.size(), '\0');
@@ -157,21 +167,33 @@ bool idePassThrough(Drive &drive, Registers &registers, MutableBytes data)
 
     const ControlReply reply = drive.control(drive_request::kIdePassThrough, buffer.view(), buffer);
     const ByteView answer = buffer.view().mid(layout::kDataOffset, data.size());
-    if (!succeeded(reply, buffer.view(), layout::kRegisters) || isUntouched(answer))
-        return false;
-    registers = registersAt(buffer.view(), layout::kRegisters);
-    data.copyIn(0, answer);
-    return true;
+    const Outcome outcome = outcomeOf(reply, buffer.view(), layout::kRegisters, answer);
+    if (outcome) {
+        registers = registersAt(buffer.view(), layout::kRegisters);
+        data.copyIn(0, answer);
+    }
+    return outcome;
 }
 
-bool predictFailure(Drive &drive, MutableBytes data)
+Outcome predictFailure(Drive &drive, MutableBytes data)
 {
     namespace layout = drive_request::predict_failure;
     QByteArray output(layout::kSize, '\0');
-    if (!drive.control(drive_request::kPredictFailure, ByteView(), MutableBytes(output)).ok())
-        return false;
+    const ControlReply reply =
+        drive.control(drive_request::kPredictFailure, ByteView(), MutableBytes(output));
+    if (!reply.ok())
+        return reply.error;
     data.copyIn(0, ByteView(output).mid(layout::kVendorSpecific, data.size()));
-    return true;
+    return {};
+}
+
+bool isInStandby(Drive &drive)
+{
+    Registers registers = command(ata::kCheckPowerMode, 0);
+    if (!ataPassThrough(drive, registers, MutableBytes()))
+        return false;
+    const quint8 mode = registers[drive_request::registers::kSectorCount];
+    return mode == ata::kPowerStandby || mode == ata::kPowerStandbyY;
 }
 
 } // namespace exchange

@@ -7,21 +7,20 @@
 
 #include <QByteArray>
 
-/// What a S.M.A.R.T. read brings: ata::kSectorSize bytes each. The thresholds are all zero where the drive's
-/// access method has none.
+/// The data of a S.M.A.R.T. read, ata::kSectorSize bytes each.
 struct SmartSectors
 {
     QByteArray data;
-    QByteArray thresholds;
+    QByteArray thresholds; ///< all zero if the drive does not report them; empty if they were not read
 };
 
 namespace smart_sectors {
 
-/// Files a full read in the record. Attributes are appended: the record comes with none.
+/// Stores a full read in the record, which has no attributes yet.
 void applyFullRead(DeviceRecord &device, const SmartSectors &sectors);
 
-/// Brings a new data sector's current and raw values into the attributes that the last full read left, slot
-/// by slot; all else stays as that read set it.
+/// Stores the current and raw values of a new data sector in the attributes of the last full read, slot by
+/// slot; everything else stays as that read set it.
 void applySynchronousRead(DeviceRecord &device, ByteView data);
 
 } // namespace smart_sectors

@@ -2,98 +2,125 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "disk/smart_thread.h"
 
+#include "disk/detection.h"
 #include "disk/exchange.h"
-
-#include <QMutexLocker>
 
 #include <utility>
 
 namespace {
 
-bool readSector(Drive &drive, const SmartRead &read, exchange::Registers registers, MutableBytes sector)
+exchange::Outcome readSector(Drive &drive, AccessMethod method, int driveNumber,
+                             exchange::Registers registers, QByteArray &sector)
 {
-    switch (read.method) {
+    sector.fill('\0', ata::kSectorSize);
+    switch (method) {
     case AccessMethod::AtaPassThrough:
-        return exchange::ataPassThrough(drive, registers, sector);
+        return exchange::ataPassThrough(drive, registers, MutableBytes(sector));
     case AccessMethod::SmartDriveData:
-        return exchange::smartDriveCommand(drive, read.index, registers, sector);
+        return exchange::smartDriveCommand(drive, driveNumber, registers, MutableBytes(sector));
     case AccessMethod::IdePassThrough:
-        return exchange::idePassThrough(drive, registers, sector);
+        return exchange::idePassThrough(drive, registers, MutableBytes(sector));
     case AccessMethod::StorageDescriptor:
-        return exchange::predictFailure(drive, sector);
+        return exchange::predictFailure(drive, MutableBytes(sector));
     case AccessMethod::None:
         break;
     }
-    return true; // nothing to ask: an empty attribute table
+    return {}; // nothing to ask: an empty attribute table
 }
 
-/// A failure prediction comes without thresholds, and who answers nothing has none either.
+/// A failure prediction comes without thresholds.
 bool hasThresholds(AccessMethod method)
 {
     return method != AccessMethod::StorageDescriptor && method != AccessMethod::None;
 }
 
-std::optional<SmartSectors> readSectors(Drive &drive, const SmartRead &read)
-{
-    SmartSectors sectors{QByteArray(ata::kSectorSize, '\0'), QByteArray(ata::kSectorSize, '\0')};
-    if (!readSector(drive, read, exchange::smartReadData(), MutableBytes(sectors.data)))
-        return std::nullopt;
-    if (read.withThresholds && hasThresholds(read.method) &&
-        !readSector(drive, read, exchange::smartReadThresholds(), MutableBytes(sectors.thresholds)))
-        return std::nullopt;
-    return sectors;
-}
-
 } // namespace
 
-SMART_thread::SMART_thread(DriveSystem &drives, const SmartRead &read, QObject *parent)
-    : QThread(parent)
-    , m_drives(drives)
-    , m_read(read)
+SMART_thread::SMART_thread(DriveSystem &drives, SmartRead read)
+    : DriveWorker(drives, read.path)
+    , m_read(std::move(read))
 {}
 
-void SMART_thread::cancel()
+DriveReading SMART_thread::reading() const
 {
     const QMutexLocker lock(&m_mutex);
-    m_isCancelled = true;
-    m_sectors.reset();
-    if (m_drive)
-        m_drive->cancel();
-}
-
-std::optional<SmartSectors> SMART_thread::takeSectors()
-{
-    const QMutexLocker lock(&m_mutex);
-    return std::exchange(m_sectors, std::nullopt);
-}
-
-void SMART_thread::closeHeader()
-{
-    std::unique_ptr<Drive> closing; // outside the lock: closing a drive may take long
-    const QMutexLocker lock(&m_mutex);
-    closing.swap(m_drive);
+    return m_reading;
 }
 
 void SMART_thread::run()
 {
-    if (Drive *const drive = openDrive()) {
-        std::optional<SmartSectors> sectors = readSectors(*drive, m_read);
-        const QMutexLocker lock(&m_mutex);
-        if (!m_isCancelled)
-            m_sectors = std::move(sectors);
-    }
+    if (m_read.rescan)
+        std::call_once(*m_read.rescan, [this] { drives().rescan(); });
+    DriveWorker::run();
+}
+
+void SMART_thread::work(Drive *drive, quint32 openError)
+{
+    DriveReading reading;
+    reading.error = openError;
+    if (drive)
+        read(*drive, reading);
+    publish(reading);
     Q_EMIT needStopTimer(m_read.index);
-    closeHeader();
     Q_EMIT finishReadSMART(m_read.index);
 }
 
-/// Null when the drive does not open or the read was cancelled meanwhile.
-Drive *SMART_thread::openDrive()
+void SMART_thread::read(Drive &drive, DriveReading &reading)
 {
-    OpenReply opened = m_drives.open(m_read.path);
+    reading.isAsleep = m_read.leaveAsleep && exchange::isInStandby(drive);
+    if (reading.isAsleep)
+        return;
+    if (m_read.identify && !identify(drive, reading))
+        return;
+    const AccessMethod method = m_read.identify ? reading.device->accessMethod : m_read.method;
+    if (!m_read.data || (method == AccessMethod::SmartDriveData && m_read.driveNumber < 0))
+        return;
+    SmartSectors sectors;
+    const exchange::Outcome outcome =
+        readSector(drive, method, m_read.driveNumber, exchange::smartReadData(), sectors.data);
+    if (!outcome) {
+        reading.error = outcome.failure();
+        return;
+    }
+    if (m_read.thresholds) {
+        sectors.thresholds.fill('\0', ata::kSectorSize);
+        reading.sectors = sectors;
+        publish(reading); // thresholds that fail, or do not return, count as 0
+        QByteArray thresholds;
+        if (hasThresholds(method) &&
+            readSector(drive, method, m_read.driveNumber, exchange::smartReadThresholds(), thresholds))
+            sectors.thresholds = thresholds;
+    }
+    reading.sectors = sectors;
+}
+
+/// Returns whether the drive can be listed. Each step is published, because the next may never return.
+bool SMART_thread::identify(Drive &drive, DriveReading &reading)
+{
+    DetectedDrive device;
+    device.path = m_read.path;
+    device.probeNumber = m_read.probeNumber;
+    const Result<void, quint32> basics = detection::readBasics(drive, device);
+    reading.isFixedDisk = detection::isFixedDisk(device);
+    if (!basics || !reading.isFixedDisk) {
+        reading.error = basics ? system_error::kNotSupported : basics.failure();
+        return false;
+    }
+    reading.device = device;
+    publish(reading);
+    const std::optional<StorageDescriptor> descriptor = detection::describe(drive, device);
+    reading.device = device;
+    publish(reading);
+    if (!m_read.data && !device.descriptorSerial.isEmpty())
+        return true; // a drive that sleeps goes on sleeping
+    detection::identify(drive, descriptor, device);
+    reading.device = device;
+    publish(reading);
+    return true;
+}
+
+void SMART_thread::publish(const DriveReading &reading)
+{
     const QMutexLocker lock(&m_mutex);
-    if (m_isCancelled)
-        return nullptr;
-    m_drive = std::move(opened.drive);
-    return m_drive.get();
+    m_reading = reading;
 }

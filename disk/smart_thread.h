@@ -2,62 +2,55 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "disk/device_record.h"
-#include "disk/smart_sectors.h"
-#include "platform/drives.h"
-
-#include <QMutex>
-#include <QString>
-#include <QThread>
+#include "disk/drive_reading.h"
+#include "disk/worker.h"
 
 #include <memory>
-#include <optional>
+#include <mutex>
 
-/// Which drive's sectors to read, and how.
+/// What to read from which drive.
 struct SmartRead
 {
     QString path;
-    int index = 0; ///< in the device list; some drivers are given it as the drive's number
-    AccessMethod method = AccessMethod::None;
-    bool withThresholds = true;
+    int index = 0;         ///< the reader's number in its signals: in the device list, or the probe number
+    int driveNumber = -1;  ///< what the S.M.A.R.T. drive-data request carries: the place in the device list,
+                           ///< or -1 while that is not known, and then such a drive is not read
+    bool identify = false; ///< first reads geometry and identity, and by them the access method
+    int probeNumber = 0;   ///< N of the path; for identify
+    AccessMethod method = AccessMethod::None; ///< if not identify
+    bool data = true;
+    bool thresholds = true;
+    bool leaveAsleep = false; ///< reads nothing from a drive in standby
+    std::shared_ptr<std::once_flag>
+        rescan; ///< set: the first of the reads that share it looks for new drives
 };
 
-/// Reads one drive's S.M.A.R.T. sectors on a thread of its own. It knows nothing of the device list: its
-/// owner takes the sectors when finishReadSMART() has told that the read is over.
-class SMART_thread : public QThread
+/// Reads one drive: its identity, its S.M.A.R.T. sectors, or both.
+class SMART_thread : public DriveWorker
 {
     Q_OBJECT
 
 public:
-    /// `drives` outlives the thread.
-    SMART_thread(DriveSystem &drives, const SmartRead &read, QObject *parent = nullptr);
+    SMART_thread(DriveSystem &drives, SmartRead read);
 
-    [[nodiscard]] const QString &path() const { return m_read.path; }
-
-    /// Makes the read fail soon, as far as the system can cut off a pending request. Any thread.
-    void cancel();
-
-    /// What was read, once; nullopt when the read failed, is not over or was cancelled. Any thread.
-    [[nodiscard]] std::optional<SmartSectors> takeSectors();
+    /// Returns what has been read so far. Any thread.
+    [[nodiscard]] DriveReading reading() const;
 
 Q_SIGNALS:
-    void finishReadSMART(int index); ///< whether it failed or not
+    void finishReadSMART(int index); ///< whether the read failed or not
     void needStopTimer(int index);
-
-public Q_SLOTS:
-    void closeHeader(); ///< closes the drive; for the reading thread
 
 protected:
     void run() override;
+    void work(Drive *drive, quint32 openError) override;
 
 private:
-    [[nodiscard]] Drive *openDrive();
+    void read(Drive &drive, DriveReading &reading);
+    [[nodiscard]] bool identify(Drive &drive, DriveReading &reading);
+    void publish(const DriveReading &reading);
 
-    DriveSystem &m_drives;
     const SmartRead m_read;
 
-    QMutex m_mutex; ///< guards what follows; never held during a request
-    std::unique_ptr<Drive> m_drive;
-    std::optional<SmartSectors> m_sectors;
-    bool m_isCancelled = false;
+    mutable QMutex m_mutex;
+    DriveReading m_reading; ///< guarded by m_mutex
 };

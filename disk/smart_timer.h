@@ -4,7 +4,7 @@
 
 #include <QTimer>
 
-/// The watchdog of one reader.
+/// The deadline of one worker.
 class SMART_timer : public QTimer
 {
     Q_OBJECT
@@ -19,5 +19,5 @@ public Q_SLOTS:
     void itsTime();
 
 private:
-    const int m_index; ///< of the reader's drive in the device list
+    const int m_index;
 };

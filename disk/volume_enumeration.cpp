@@ -16,28 +16,8 @@ QString serialText(quint32 serial)
     return digits.left(4) + QLatin1Char('-') + digits.mid(4);
 }
 
-VolumeEntry describe(VolumeSystem &volumes, const QString &name, int ordinal)
-{
-    VolumeEntry entry;
-    entry.ordinal = ordinal;
-    entry.volumeName = name;
-    entry.fileSystem = QStringLiteral("Unknown");
-    if (const std::optional<VolumeSpace> space = volumes.space(name)) {
-        entry.totalBytes = space->totalBytes;
-        entry.freeBytes = space->freeBytes;
-    }
-    if (const std::optional<VolumeInformation> information = volumes.information(name)) {
-        entry.label = information->label;
-        entry.fileSystem = information->fileSystem;
-        entry.volumeSerial = serialText(information->serial);
-    }
-    const QString devicePath = name.endsWith(QLatin1Char('\\')) ? name.chopped(1) : name;
-    entry.deviceNumber = volumes.deviceNumber(devicePath).value_or(-1);
-    return entry;
-}
-
-/// A volume with several letters keeps the first of them.
-void giveLetters(VolumeSystem &volumes, VolumeList &list)
+/// A volume with several letters gets the first of them.
+void assignLetters(VolumeSystem &volumes, VolumeList &list)
 {
     const quint32 inUse = volumes.logicalDrives();
     for (int i = 0; i < kLetters; ++i) {
@@ -56,8 +36,8 @@ void giveLetters(VolumeSystem &volumes, VolumeList &list)
     }
 }
 
-/// Volumes mounted in a folder, or nowhere.
-void numberTheRest(VolumeList &list)
+/// Gives a running number to volumes that are mounted in a folder, or nowhere.
+void numberOthers(VolumeList &list)
 {
     int number = 1;
     for (VolumeEntry &entry : list) {
@@ -68,20 +48,44 @@ void numberTheRest(VolumeList &list)
 
 } // namespace
 
-VolumeList volume_enumeration::enumerate(VolumeSystem &volumes)
+namespace volume_enumeration {
+
+VolumeList list(VolumeSystem &volumes)
 {
     VolumeList list;
     const QStringList names = volumes.volumeNames();
     for (int ordinal = 0; ordinal < names.size(); ++ordinal) {
-        if (volumes.driveType(names.at(ordinal)) == VolumeSystem::kFixedDrive)
-            list.append(describe(volumes, names.at(ordinal), ordinal));
+        if (volumes.driveType(names.at(ordinal)) != VolumeSystem::kFixedDrive)
+            continue;
+        VolumeEntry entry;
+        entry.ordinal = ordinal;
+        entry.volumeName = names.at(ordinal);
+        entry.fileSystem = QStringLiteral("Unknown");
+        list.append(entry);
     }
-    giveLetters(volumes, list);
-    numberTheRest(list);
+    assignLetters(volumes, list);
+    numberOthers(list);
     return list;
 }
 
-void volume_enumeration::assign(const VolumeList &volumes, DeviceList &devices)
+VolumeEntry describe(VolumeSystem &volumes, VolumeEntry listed)
+{
+    const QString name = listed.volumeName;
+    if (const std::optional<VolumeSpace> space = volumes.space(name)) {
+        listed.totalBytes = space->totalBytes;
+        listed.freeBytes = space->freeBytes;
+    }
+    if (const std::optional<VolumeInformation> information = volumes.information(name)) {
+        listed.label = information->label;
+        listed.fileSystem = information->fileSystem;
+        listed.volumeSerial = serialText(information->serial);
+    }
+    const QString devicePath = name.endsWith(QLatin1Char('\\')) ? name.chopped(1) : name;
+    listed.deviceNumber = volumes.deviceNumber(devicePath).value_or(-1);
+    return listed;
+}
+
+void assign(const VolumeList &volumes, DeviceList &devices)
 {
     for (DeviceRecord &device : devices)
         device.volumes.clear();
@@ -94,3 +98,5 @@ void volume_enumeration::assign(const VolumeList &volumes, DeviceList &devices)
             device->volumes.append(volume);
     }
 }
+
+} // namespace volume_enumeration

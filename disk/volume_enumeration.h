@@ -8,8 +8,12 @@
 
 namespace volume_enumeration {
 
-/// The machine's fixed volumes in the system's order.
-[[nodiscard]] VolumeList enumerate(VolumeSystem &volumes);
+/// Returns the machine's fixed volumes in the system's order, with their names and roots. May block.
+[[nodiscard]] VolumeList list(VolumeSystem &volumes);
+
+/// Returns a listed volume with its space, label, file system, serial and disk. May block while its drive
+/// does not answer.
+[[nodiscard]] VolumeEntry describe(VolumeSystem &volumes, VolumeEntry listed);
 
 /// Replaces every drive's volumes by copies of those in `volumes` that lie on it. A volume goes to the first
 /// drive with its device number, or to none.

@@ -3,16 +3,11 @@
 #include "monitor/alert_mail.h"
 
 #include "disk/device_record.h"
-#include "monitor/monitor_log.h"
-
-#include <QStringList>
 
 namespace {
 
-constexpr int kTestMailFields = 9;
-
-/// Keeps a line of a single dot from ending the mail early. Every line of one character becomes "..", any
-/// character's, but of two in a row only the first does, because the line end between them has been used up.
+/// Keeps a line with a single dot from ending the mail early. Every line of one character becomes "..",
+/// whatever the character; of two such lines in a row only the first, because matches do not overlap.
 QString withDotsDoubled(const QString &text)
 {
     const QString lineEnd = QStringLiteral("\r\n");
@@ -31,19 +26,24 @@ QString withDotsDoubled(const QString &text)
     return result;
 }
 
-/// No empty line parts the headers from the text: receivers expect the mail this way.
+/// Builds the message without an empty line between headers and text: receivers expect it this way.
 QString message(const SmtpMail &mail, const QString &text)
 {
-    QString message = QStringLiteral("From: ") + mail.from + QStringLiteral("\nTo: ") + mail.to +
-                      QStringLiteral("\nSubject: ") + mail.subject + QLatin1Char('\n') + text +
-                      QLatin1Char('\n');
+    QString message = QStringLiteral("From: ") + singleLine(mail.from) + QStringLiteral("\nTo: ") +
+                      singleLine(mail.to) + QStringLiteral("\nSubject: ") + singleLine(mail.subject) +
+                      QLatin1Char('\n') + text + QLatin1Char('\n');
     message.replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
     return withDotsDoubled(message);
 }
 
 } // namespace
 
-SmtpMail alertMail(qint32 alertLevel, const QString &alertText, const Settings &settings,
+QString alertWord(qint32 alertLevel)
+{
+    return alertLevel == level::kCritical ? QStringLiteral("ALARM") : QStringLiteral("WARNING");
+}
+
+SmtpMail alertMail(const QString &word, const QString &text, const Settings &settings,
                    const QString &hostName, const QDateTime &now)
 {
     SmtpMail mail;
@@ -55,29 +55,23 @@ SmtpMail alertMail(qint32 alertLevel, const QString &alertText, const Settings &
     mail.port = quint16(settings.smtpPort);
     mail.user = settings.smtpUser;
     mail.password = settings.smtpPass;
-    const QString prefix =
-        alertLevel == level::kCritical ? QStringLiteral("ALARM from (") : QStringLiteral("WARNING from (");
-    mail.message = message(mail, prefix + hostName + QStringLiteral(") ") +
-                                     now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QLatin1Char('\n') +
-                                     alertText);
+    mail.message =
+        message(mail, word + QStringLiteral(" from (") + hostName + QStringLiteral(") ") +
+                          now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QLatin1Char('\n') + text);
     return mail;
 }
 
-std::optional<SmtpMail> testMail(const QString &parameters)
+SmtpMail testMail(const MailTest &test)
 {
-    const QStringList fields = parameters.split(QStringLiteral("~;"));
-    qCDebug(lcMonitor) << "Numbers of params:" << fields.size();
-    if (fields.size() < kTestMailFields)
-        return std::nullopt;
     SmtpMail mail;
-    mail.port = quint16(fields.at(0).toInt());
-    mail.needAuth = fields.at(1).toInt() != 0;
-    mail.from = fields.at(2);
-    mail.to = fields.at(3);
-    mail.server = fields.at(4);
-    mail.subject = fields.at(5);
-    mail.user = fields.at(6);
-    mail.password = fields.at(7);
-    mail.message = message(mail, fields.at(8));
+    mail.port = test.port;
+    mail.needAuth = test.needAuth;
+    mail.from = test.from;
+    mail.to = test.to;
+    mail.server = test.server;
+    mail.subject = test.subject;
+    mail.user = test.user;
+    mail.password = test.password;
+    mail.message = message(mail, test.text);
     return mail;
 }

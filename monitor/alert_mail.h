@@ -8,13 +8,26 @@
 #include <QDateTime>
 #include <QString>
 
-#include <optional>
+/// Returns the word that begins the mail of an alert at level::kWarning or level::kCritical.
+[[nodiscard]] QString alertWord(qint32 alertLevel);
 
-/// The mail that reports `alertText`, whose lines end in line feeds. `alertLevel` is level::kWarning or
-/// level::kCritical, `now` local time.
-[[nodiscard]] SmtpMail alertMail(qint32 alertLevel, const QString &alertText, const Settings &settings,
+/// Returns the mail that reports `text`, whose lines end in line feeds. Its first line is "WORD from (HOST)
+/// TIME", with `now` as local time.
+[[nodiscard]] SmtpMail alertMail(const QString &word, const QString &text, const Settings &settings,
                                  const QString &hostName, const QDateTime &now);
 
-/// The mail that a console tries its settings with: port, need auth, from, to, server, subject, user,
-/// password and text, separated by "~;". Empty when fields are missing.
-[[nodiscard]] std::optional<SmtpMail> testMail(const QString &parameters);
+/// Settings that a console tries, and the text of the mail.
+struct MailTest
+{
+    quint16 port = 0;
+    bool needAuth = false;
+    QString from;
+    QString to;
+    QString server;
+    QString subject;
+    QString user;
+    QString password;
+    QString text;
+};
+
+[[nodiscard]] SmtpMail testMail(const MailTest &test);

@@ -3,21 +3,15 @@
 #include "monitor/health.h"
 
 #include "monitor/monitor_log.h"
+#include "wire/attribute_limits.h"
 
 #include <algorithm>
 
 namespace {
 
-/// Normalized values at or below these alarm whatever the drive's own threshold is.
-constexpr quint32 kWarningValue = 10;
-constexpr quint32 kCriticalValue = 5;
+using attribute_limits::kCriticalValue;
 
-bool isEvaluated(const DeviceRecord &device)
-{
-    return device.smartState > 0 && device.monitored != 0;
-}
-
-/// Vendors normalize from 253, from 200 or from 100 down; which scale an attribute has, its value tells.
+/// Vendors normalize from 253, from 200 or from 100 down; the scale is inferred from the value.
 qint32 healthPercent(quint32 value)
 {
     if (value > 200)
@@ -27,13 +21,12 @@ qint32 healthPercent(quint32 value)
     return qint32(value);
 }
 
-/// The text of the warning limit alone: with a critical limit below it a drive can be critical without one.
+/// Adds a text for the warning limit alone: with a critical limit below it, a drive can be critical without a
+/// text.
 void rateTemperature(qint32 celsius, const Settings &settings, DriveRating &rating)
 {
     if (celsius >= settings.wTemp) {
-        rating.detail += QStringLiteral("   Temperature=%1 Celsius (%2 Fahrengeit)\n")
-                             .arg(celsius)
-                             .arg(qint64{celsius} * 9 / 5 + 32);
+        rating.detail += temperatureLine(celsius);
         rating.level = level::kWarning;
     }
     if (celsius >= settings.cTemp)
@@ -44,18 +37,11 @@ void rateAttribute(const AttributeEntry &attribute, DriveRating &rating)
 {
     const quint32 value = attribute.current;
     rating.health = std::min(rating.health, healthPercent(value));
-    if (value > attribute.threshold && value > kWarningValue)
+    const qint32 level = attributeLevel(attribute);
+    if (level == level::kFine)
         return;
-    rating.level = std::max(rating.level, value <= kCriticalValue ? level::kCritical : level::kWarning);
-    rating.detail += QStringLiteral("   Parameter ID %1=%2\n").arg(attribute.id).arg(value);
-}
-
-/// Put together without placeholders, because a model is the drive's own text and may hold one. Without any
-/// detail an empty line stands in its place.
-QString alertBlock(const DeviceRecord &device, const DriveRating &rating)
-{
-    return QStringLiteral("ID: ") + QString::number(device.deviceNumber) + QLatin1Char(' ') + device.model +
-           QLatin1Char('\n') + rating.detail.chopped(std::min(rating.detail.size(), 1)) + QLatin1Char('\n');
+    rating.level = std::max(rating.level, level);
+    rating.detail += attributeLine(attribute.id, value);
 }
 
 QString traceLine(const DeviceRecord &device)
@@ -70,6 +56,37 @@ QString traceLine(const DeviceRecord &device)
 }
 
 } // namespace
+
+bool isEvaluated(const DeviceRecord &device)
+{
+    return device.smartState > 0 && device.monitored != 0;
+}
+
+qint32 attributeLevel(const AttributeEntry &attribute)
+{
+    if (!attribute_limits::isFailing(attribute.current, attribute.threshold))
+        return level::kFine;
+    return attribute.current <= kCriticalValue ? level::kCritical : level::kWarning;
+}
+
+QString temperatureLine(qint64 celsius)
+{
+    return QStringLiteral("   Temperature=%1 Celsius (%2 Fahrengeit)\n")
+        .arg(celsius)
+        .arg(celsius * 9 / 5 + 32);
+}
+
+QString attributeLine(quint32 id, qint64 value)
+{
+    return QStringLiteral("   Parameter ID %1=%2\n").arg(id).arg(value);
+}
+
+// Concatenated, because a model is the drive's own text and may contain a placeholder.
+QString alertBlock(qint32 deviceNumber, const QString &model, const QString &detail)
+{
+    return QStringLiteral("ID: ") + QString::number(deviceNumber) + QLatin1Char(' ') + model +
+           QLatin1Char('\n') + detail.chopped(std::min(detail.size(), 1)) + QLatin1Char('\n');
+}
 
 DriveRating rateDrive(const DeviceRecord &device, const Settings &settings)
 {
@@ -95,8 +112,9 @@ HealthReport evaluateHealth(DeviceList &devices, const Settings &settings)
         device.health = rating.health;
         report.alertLevel = std::max(report.alertLevel, rating.level);
         if (rating.level > level::kFine)
-            report.alertText += alertBlock(device, rating);
-        if (device.hasTemperature)
+            report.alertText += alertBlock(device.deviceNumber, device.model, rating.detail);
+        const bool isCurrent = device.lastRead != LastRead::Failed && device.lastRead != LastRead::Asleep;
+        if (device.hasTemperature && isCurrent)
             report.temperatures.append({i, device.temperature});
         qCDebug(lcMonitor) << traceLine(device);
     }

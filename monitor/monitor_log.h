@@ -4,5 +4,5 @@
 
 #include <QLoggingCategory>
 
-/// What rating, alerts, mail and the temperature log have to tell; below warnings only when asked for.
+/// Logs rating, alerts, mail and the temperature log; by default from warnings on.
 Q_DECLARE_LOGGING_CATEGORY(lcMonitor)

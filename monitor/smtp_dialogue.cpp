@@ -2,14 +2,20 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/smtp_dialogue.h"
 
+#include "monitor/mail_run.h"
 #include "monitor/monitor_log.h"
+
+#include <algorithm>
 
 namespace {
 
-/// What stands behind the code of a reply's line: a blank in its last line, a hyphen in those before it.
+constexpr int kReplyCodeLength = 3;
+constexpr int kMaxShownReply = 512; // characters of a reply that logs show
+
+/// Returns the character after the code of a reply's line: a blank in its last line, a hyphen in the others.
 char separatorOf(const QByteArray &line)
 {
-    return line.size() > 3 ? line.at(3) : '\0';
+    return line.size() > kReplyCodeLength ? line.at(kReplyCodeLength) : '\0';
 }
 
 QString line(const QString &text)
@@ -17,23 +23,55 @@ QString line(const QString &text)
     return text + QStringLiteral("\r\n");
 }
 
-QString base64Line(const QString &text)
+QString base64(const QString &text)
 {
-    return line(QString::fromLatin1(text.toLatin1().toBase64()));
+    return QString::fromLatin1(text.toLatin1().toBase64());
+}
+
+/// Returns the texts in which a server could repeat `secret`: as it is, as its Latin-1 bytes look in UTF-8,
+/// and in Base64 with or without padding.
+QStringList formsOf(const QString &secret)
+{
+    const auto unpadded = [](const QByteArray &bytes) {
+        return QString::fromLatin1(bytes.toBase64(QByteArray::OmitTrailingEquals));
+    };
+    QStringList forms{printableText(secret), printableText(QString::fromUtf8(secret.toLatin1())),
+                      unpadded(secret.toLatin1()), unpadded(secret.toUtf8())};
+    forms.removeAll(QString());
+    return forms;
+}
+
+/// "<address>", as MAIL FROM and RCPT TO take it.
+QString path(const QString &address)
+{
+    return QLatin1Char('<') + singleLine(address) + QLatin1Char('>');
 }
 
 } // namespace
 
-SmtpDialogue::SmtpDialogue(const SmtpMail &mail, const QString &hostName)
-    : m_steps{{'2', line(QStringLiteral("EHLO ") + hostName)}}
+QString singleLine(const QString &value)
 {
+    const auto isLineEnd = [](QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n'); };
+    const auto end = std::find_if(value.cbegin(), value.cend(), isLineEnd);
+    return value.left(int(end - value.cbegin()));
+}
+
+SmtpDialogue::SmtpDialogue(const SmtpMail &mail, const QString &hostName, StartTls startTls)
+    : m_steps{{'2', line(QStringLiteral("EHLO ") + hostName)}}
+    , m_secrets(formsOf(mail.password) + formsOf(mail.user))
+{
+    if (startTls == StartTls::Yes) {
+        // What the server said before is not to be trusted: it introduces itself again.
+        m_steps +=
+            {{'2', line(QStringLiteral("STARTTLS"))}, {'2', line(QStringLiteral("EHLO ") + hostName), true}};
+    }
     if (mail.needAuth) {
         m_steps += {{'2', line(QStringLiteral("AUTH LOGIN"))},
-                    {'3', base64Line(mail.user)},
-                    {'3', base64Line(mail.password)}};
+                    {'3', line(base64(mail.user))},
+                    {'3', line(base64(mail.password))}};
     }
-    m_steps += {{'2', line(QStringLiteral("MAIL FROM: <") + mail.from + QLatin1Char('>'))},
-                {'2', line(QStringLiteral("RCPT TO: <") + mail.to + QLatin1Char('>'))},
+    m_steps += {{'2', line(QStringLiteral("MAIL FROM: ") + path(mail.from))},
+                {'2', line(QStringLiteral("RCPT TO: ") + path(mail.to))},
                 {'2', line(QStringLiteral("DATA"))},
                 {'3', mail.message + line(QStringLiteral("."))},
                 {'2', line(QStringLiteral("QUIT"))}};
@@ -54,8 +92,8 @@ QByteArray SmtpDialogue::receive(const QByteArray &bytes)
     return toSend;
 }
 
-/// Moves the lines of one reply from m_unread to the transcript; false while the reply is not complete. It
-/// ends with a line with a blank behind the code; or where the lines run out, if the last one has no hyphen
+/// Moves the lines of one reply from m_unread to the transcript; false while the reply is incomplete. A reply
+/// ends with a line with a blank after the code, or with the last line received unless that has a hyphen
 /// there: some servers send a bare code.
 bool SmtpDialogue::takeReply()
 {
@@ -68,7 +106,7 @@ bool SmtpDialogue::takeReply()
         m_lastLine = m_unread.mid(begin, end - begin);
         m_lastLine.chop(2);
         m_transcript += QString::fromUtf8(m_lastLine) + QLatin1Char('\n');
-        qCDebug(lcMonitor) << "SMTP server:" << m_lastLine;
+        qCDebug(lcMonitor) << "SMTP server:" << lastReply();
         begin = end;
         complete = separatorOf(m_lastLine) == ' ';
     }
@@ -80,11 +118,11 @@ bool SmtpDialogue::takeReply()
     return complete;
 }
 
-/// Checks the reply that m_lastLine ends and takes the step that it leads to.
+/// Checks the reply that m_lastLine ends and returns the bytes of the step that it leads to.
 QByteArray SmtpDialogue::answerReply()
 {
     if (m_step == m_steps.size()) {
-        m_outcome = Outcome::Sent; // whatever the server says to QUIT, it has taken the mail
+        m_outcome = Outcome::Sent; // the mail was accepted, whatever the reply to QUIT is
         return {};
     }
     const Step &step = m_steps.at(m_step);
@@ -92,7 +130,33 @@ QByteArray SmtpDialogue::answerReply()
         m_outcome = Outcome::Failed;
         return {};
     }
-    ++m_step;
-    m_transcript += step.sent;
-    return step.sent.toUtf8();
+    if (step.needsTls) {
+        // Bytes that follow the reply in plain text could be somebody else's.
+        m_outcome = m_unread.isEmpty() ? Outcome::AwaitsTls : Outcome::Failed;
+        return {};
+    }
+    return takeStep();
+}
+
+QByteArray SmtpDialogue::encrypted()
+{
+    if (m_outcome != Outcome::AwaitsTls)
+        return {};
+    m_outcome = Outcome::Open;
+    return takeStep();
+}
+
+QByteArray SmtpDialogue::takeStep()
+{
+    const QString sent = m_steps.at(m_step++).sent;
+    m_transcript += sent;
+    return sent.toUtf8();
+}
+
+QString SmtpDialogue::lastReply() const
+{
+    QString text = printableText(QString::fromUtf8(m_lastLine));
+    for (const QString &secret : m_secrets)
+        text.replace(secret, QStringLiteral("***"), Qt::CaseInsensitive);
+    return text.left(kMaxShownReply);
 }

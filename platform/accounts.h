@@ -5,7 +5,8 @@
 #include <QString>
 #include <QVector>
 
-/// A local user account. `privilege` is 0 for a guest, 1 for a user, 2 for an administrator (lmaccess.h).
+/// A local user account; its name is empty if the system counted the account but did not return it.
+/// `privilege` is 0 for a guest, 1 for a user, 2 for an administrator (lmaccess.h).
 struct Account
 {
     QString name;
@@ -21,6 +22,6 @@ public:
     AccountSystem &operator=(const AccountSystem &) = delete;
     virtual ~AccountSystem() = default;
 
-    /// All normal accounts in the system's order; empty when it cannot tell.
+    /// Returns all normal accounts in the system's order; none if it refuses.
     virtual QVector<Account> accounts() = 0;
 };

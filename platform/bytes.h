@@ -10,7 +10,7 @@
 
 /// Read-only bytes that somebody else owns; little-endian numbers come out by offset.
 /// Reading outside the bytes is allowed and gives 0, so that a short answer of a drive can never be
-/// overrun; who must tell short from zero asks covers() first.
+/// overrun. Call covers() first where a short buffer must be distinguished from zeros.
 class ByteView
 {
 public:
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] int size() const { return m_size; }
     [[nodiscard]] QByteArray toByteArray() const { return QByteArray(m_data, m_size); }
 
-    /// Whether `length` bytes from `offset` on all lie inside.
+    /// Returns whether `length` bytes from `offset` on all lie inside.
     [[nodiscard]] bool covers(int offset, int length) const
     {
         return offset >= 0 && length >= 0 && length <= m_size && offset <= m_size - length;

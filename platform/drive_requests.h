@@ -126,11 +126,15 @@ inline constexpr int kSize = 516;
 
 } // namespace drive_request
 
-/// What the exchanges ask of the drive itself (ATA/ATAPI command set).
+/// The commands that the exchanges send to the drive itself (ATA/ATAPI command set).
 namespace ata {
 
 inline constexpr int kSectorSize = 512;
 inline constexpr quint8 kIdentifyDevice = 0xEC;
+inline constexpr quint8 kCheckPowerMode = 0xE5;
+inline constexpr quint8 kPowerStandby = 0x00; // in the sector count register, after CHECK POWER MODE
+inline constexpr quint8 kPowerStandbyY = 0x01;
+inline constexpr quint8 kPowerActive = 0xFF;
 inline constexpr quint8 kSmart = 0xB0;
 inline constexpr quint8 kSmartReadData = 0xD0;
 inline constexpr quint8 kSmartReadThresholds = 0xD1;

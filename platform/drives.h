@@ -9,7 +9,7 @@
 
 #include <memory>
 
-/// What a control request left behind. `bytesReturned` counts the bytes of the output that the system wrote.
+/// The result of a control request. `bytesReturned` counts the bytes of the output that the system wrote.
 struct ControlReply
 {
     quint32 error = system_error::kNone;
@@ -18,7 +18,7 @@ struct ControlReply
     [[nodiscard]] bool ok() const { return error == system_error::kNone; }
 };
 
-/// What a read left behind; a read at the drive's end may be short without an error.
+/// The result of a read; a read at the drive's end may be short without an error.
 struct ReadReply
 {
     quint32 error = system_error::kNone;
@@ -65,7 +65,12 @@ public:
     DriveSystem &operator=(const DriveSystem &) = delete;
     virtual ~DriveSystem() = default;
 
-    /// Opens for reading and writing, shared with other readers and writers.
+    /// Looks for drives that came or went. Call it before the opens of one detection or count: a system that
+    /// lists its drives then does so once, and not for every open(). Does not wake a drive.
+    virtual void rescan() {}
+
+    /// Opens for reading and writing, shared with other readers and writers. Until the next rescan() a new
+    /// drive may stay unknown; a drive that was swapped is never taken for the one before it.
     virtual OpenReply open(const QString &path) = 0;
 };
 

@@ -4,6 +4,6 @@
 
 #include <QByteArray>
 
-/// Whether a native event, as QAbstractNativeEventFilter gets it, tells the program to end because a user
+/// Returns whether a native event, as QAbstractNativeEventFilter receives it, ends the program because a user
 /// logs off, which is no business of a service.
 [[nodiscard]] bool isLogoffEvent(const QByteArray &eventType, void *message);

@@ -5,6 +5,7 @@
 #include "platform/accounts.h"
 #include "platform/drives.h"
 #include "platform/event_log.h"
+#include "platform/instance_lock.h"
 #include "platform/service_key.h"
 #include "platform/service_manager.h"
 #include "platform/volumes.h"
@@ -20,8 +21,12 @@ struct Platform
     std::unique_ptr<VolumeSystem> volumes;
     std::unique_ptr<AccountSystem> accounts;
     std::unique_ptr<EventLog> eventLog;
+    /// Where the service manager's services log their warnings, which have no standard error there; null on
+    /// systems where they have. Never the simulated machine's. Any thread may report.
+    std::unique_ptr<EventLog> messageLog;
     std::unique_ptr<ServiceKey> serviceKey;
     std::unique_ptr<ServiceManager> serviceManager;
+    std::unique_ptr<InstanceLock> instanceLock;
     QString localSocketName; ///< what the local client socket listens under
     int descriptorLimit = 0; ///< how many files and sockets together may be open; 0 for no limit
 };

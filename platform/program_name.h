@@ -4,6 +4,9 @@
 
 #include <QtGlobal>
 
+/// The service's name: the service manager's, and the source of the events about the service itself.
+inline constexpr char kServiceName[] = "Halvex Service";
+
 /// The service program's file name. The program directory is the service's image path cut by a fixed count,
 /// so that count and both names go together.
 inline constexpr int kProgramNameLength = 22;

@@ -2,7 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "platform/access_error.h"
+#include "wire/result.h"
+
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 #include <memory>
@@ -23,6 +27,9 @@ public:
 
     /// nullopt when the value is missing or of a type that is neither number nor text.
     [[nodiscard]] virtual std::optional<KeyValue> value(const QString &name) const = 0;
+
+    /// Returns the names of all values, of whatever type.
+    [[nodiscard]] virtual QStringList names() const = 0;
 };
 
 struct NamedNumber
@@ -31,7 +38,7 @@ struct NamedNumber
     quint32 value = 0;
 };
 
-/// Where the service's key lives: the registry, or a file of the home directory. The installer makes it.
+/// The storage of the service's key: the registry, or a file in the home directory. The installer creates it.
 class ServiceKey
 {
 public:
@@ -40,9 +47,10 @@ public:
     ServiceKey &operator=(const ServiceKey &) = delete;
     virtual ~ServiceKey() = default;
 
-    /// Opens for reading; null when there is no key or it cannot be read.
-    virtual std::unique_ptr<OpenKey> open() = 0;
+    /// Opens the key for reading. Fails with Kind::Failed if there is a key that cannot be read or
+    /// understood.
+    virtual Result<std::unique_ptr<OpenKey>, AccessError> open() = 0;
 
-    /// Stores the numbers; other values stay as they are. False, with nothing changed, when there is no key.
-    virtual bool write(const QVector<NamedNumber> &values) = 0;
+    /// Stores the numbers; other values stay as they are.
+    virtual Result<void, AccessError> write(const QVector<NamedNumber> &values) = 0;
 };

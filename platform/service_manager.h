@@ -26,7 +26,7 @@ inline constexpr quint32 kLastUserCode = 255;
 
 } // namespace service_control
 
-/// What a service lets the manager send it (winsvc.h); user-defined codes are always accepted.
+/// The controls that a service accepts from the manager (winsvc.h); user-defined codes are always accepted.
 namespace accepted_controls {
 
 inline constexpr quint32 kNone = 0;
@@ -46,15 +46,13 @@ enum class ServiceState : quint32 {
     Paused = 7,
 };
 
-/// What a running service tells the manager about itself.
+/// The state that a running service reports to the manager.
 struct ServiceStatus
 {
     ServiceState state = ServiceState::StartPending;
     quint32 acceptedControls = accepted_controls::kNone;
     std::chrono::milliseconds waitHint{0}; ///< how long a pending state may last
 };
-
-enum class ServiceStartup { Automatic, Manual };
 
 struct ServiceDefinition
 {
@@ -64,10 +62,9 @@ struct ServiceDefinition
     QString
         account; ///< with a machine or domain ("." for this one) before a backslash; empty: the local system
     QString password;
-    ServiceStartup startup = ServiceStartup::Automatic;
 };
 
-/// How a request to the manager ended.
+/// The result of a request to the manager.
 struct ServiceOutcome
 {
     quint32 error = system_error::kNone;
@@ -76,15 +73,23 @@ struct ServiceOutcome
     [[nodiscard]] bool ok() const { return error == system_error::kNone; }
 };
 
-/// How a control request ended.
+/// The facts about a service that this account can see; a fact is nullopt where it cannot.
+struct ServiceView
+{
+    std::optional<bool> isInstalled;
+    std::optional<bool> isRunning;
+    QString obstacle; ///< the reason why a fact is missing; empty if none is
+};
+
+/// The result of a control request.
 struct ControlOutcome
 {
-    bool opened = false; ///< the service was found and opened; `sent` tells nothing without it
+    bool opened = false; ///< the service was found and opened; `sent` means nothing without it
     ServiceOutcome sent;
     ServiceState state = ServiceState::Stopped; ///< what the service reported after the request
 };
 
-/// What the dispatcher calls in the service, on threads of the dispatcher's own.
+/// The calls of the dispatcher into the service, on threads of its own.
 class ServiceClient
 {
 public:
@@ -105,8 +110,8 @@ public:
 class ServiceManager
 {
 public:
-    /// How the program was asked to run: as the installed service, or as a regular application that is
-    /// merely reachable like a service where the system allows it.
+    /// The way in which the program was started: as the installed service, or as a regular application that
+    /// is merely reachable like a service where the system allows it.
     enum class RunMode { Service, Application };
 
     ServiceManager() = default;
@@ -124,6 +129,9 @@ public:
 
     /// nullopt when there is no such service or it cannot be asked.
     [[nodiscard]] virtual std::optional<ServiceState> state(const QString &name) = 0;
+
+    /// Returns what can be seen of a service without any right to control it.
+    [[nodiscard]] virtual ServiceView view(const QString &name) = 0;
 
     /// Stop, pause, continue or a user-defined code, to the service wherever it runs.
     virtual ControlOutcome control(const QString &name, quint32 code) = 0;

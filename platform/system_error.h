@@ -24,6 +24,7 @@ inline constexpr quint32 kNotSupported = 50;
 inline constexpr quint32 kInvalidParameter = 87;
 inline constexpr quint32 kSemTimeout = 121;
 inline constexpr quint32 kInsufficientBuffer = 122;
+inline constexpr quint32 kBusy = 170;
 inline constexpr quint32 kOperationAborted = 995;
 inline constexpr quint32 kServiceRequestTimeout = 1053;
 inline constexpr quint32 kServiceAlreadyRunning = 1056;

@@ -20,7 +20,8 @@ struct VolumeInformation
     quint32 serial = 0;
 };
 
-/// The machine's volumes. Called from the event loop's thread only; a failed question gives nullopt.
+/// The machine's volumes. Any thread may call; a call that fails returns nullopt. The functions block while a
+/// volume's drive does not answer.
 class VolumeSystem
 {
 public:
@@ -31,7 +32,7 @@ public:
     VolumeSystem &operator=(const VolumeSystem &) = delete;
     virtual ~VolumeSystem() = default;
 
-    /// Every volume's name, with its trailing backslash, in the system's order; empty when it cannot tell.
+    /// Every volume's name, with its trailing backslash, in the system's order; empty if it refuses.
     virtual QStringList volumeNames() = 0;
 
     /// The drive type (GetDriveTypeW's numbers) of a volume name or of a letter and colon.

@@ -3,48 +3,81 @@
 #include "platform/whole_file.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
-#include <QThread>
 
 namespace {
 
-/// Windows gives the new file no place while somebody reads the old one, as virus scanners and backups do for
-/// a moment.
-constexpr int kTries = 10;
-constexpr unsigned long kPause = 50; // milliseconds
+AccessError unreadable(const QString &text)
+{
+    return {AccessError::Kind::Failed, text};
+}
+
+Result<void> writeNew(const QString &path, const QByteArray &bytes, QFileDevice::Permissions permissions)
+{
+    QFile::remove(path); // left by a process that was killed
+    QFile file(path);
+    if (const auto opened = regular_file::open(file, QIODevice::WriteOnly | QIODevice::NewOnly); !opened)
+        return Error{opened.failure().text};
+    // By name: on Windows QFile does not know the name of a file that it was given opened.
+    if (!QFile::setPermissions(path, permissions))
+        return Error{QStringLiteral("the permissions cannot be set")};
+    if (file.write(bytes) != bytes.size())
+        return Error{file.errorString()};
+    return regular_file::sync(file);
+}
+
+/// Returns the file that a symbolic link leads to, so that the link stays.
+QString linkTarget(const QString &path)
+{
+    const QString target = QFileInfo(path).canonicalFilePath();
+    return target.isEmpty() ? path : target;
+}
+
+QFileDevice::Permissions defaultPermissions(const QString &path)
+{
+    if (QFileInfo(path).isFile())
+        return QFile::permissions(path);
+    return QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther;
+}
 
 } // namespace
 
-std::optional<QByteArray> readFile(const QString &path, qint64 mostBytes)
+namespace whole_file {
+
+Result<QByteArray, AccessError> read(const QString &path, qint64 maxSize)
 {
     QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > mostBytes)
-        return std::nullopt;
-    // No more than there is: QFile makes room for all that it is asked for.
+    if (const auto opened = regular_file::open(file, QIODevice::ReadOnly); !opened)
+        return opened.failure();
+    if (file.size() > maxSize)
+        return unreadable(QStringLiteral("larger than %1 bytes").arg(maxSize));
+    // QFile allocates as much as it is asked for, so the limit is not a size to ask for.
     QByteArray bytes = file.read(file.size());
     if (file.error() != QFileDevice::NoError)
-        return std::nullopt;
+        return unreadable(file.errorString());
     return bytes;
 }
 
-QString replaceFile(const QString &path, const QByteArray &bytes, QFileDevice::Permissions permissions)
+Result<void> replace(const QString &path, const QByteArray &bytes, QFileDevice::Permissions permissions)
 {
-    for (int tries = 1;; ++tries) {
-        QSaveFile file(path);
-        if (!file.open(QIODevice::WriteOnly))
-            return file.errorString();
-        if (permissions)
-            file.setPermissions(permissions);
-        // commit() flushes as well, but it would put the new file in place after a flush that failed.
-        if (file.write(bytes) != bytes.size() || !file.flush()) {
-            QString reason = file.errorString();
-            file.cancelWriting();
-            return reason;
-        }
-        if (file.commit())
-            return {};
-        if (tries == kTries)
-            return file.errorString();
-        QThread::msleep(kPause);
-    }
+    const QString target = linkTarget(path);
+    const QString newFile = target + QStringLiteral(".new");
+    Result<void> done = writeNew(newFile, bytes, permissions ? permissions : defaultPermissions(target));
+    if (done)
+        done = regular_file::rename(newFile, target);
+    if (!done)
+        QFile::remove(newFile);
+    return done;
 }
+
+Result<QString> setAside(const QString &path, const QDateTime &now)
+{
+    const QString name = path + QStringLiteral(".damaged-") + now.toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    QString freeName = name;
+    for (int i = 2; QFileInfo::exists(freeName) || QFileInfo(freeName).isSymLink(); ++i)
+        freeName = name + QLatin1Char('-') + QString::number(i);
+    if (const auto renamed = regular_file::rename(path, freeName); !renamed)
+        return renamed.failure();
+    return freeName;
+}
+
+} // namespace whole_file

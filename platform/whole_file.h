@@ -2,17 +2,31 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "platform/regular_file.h"
+#include "wire/result.h"
+
 #include <QByteArray>
+#include <QDateTime>
 #include <QFileDevice>
 #include <QString>
 
-#include <optional>
+/// Reading and writing of files that fit into memory, as the service keeps its state in them. Any thread, but
+/// one writer for one file at a time. Callers log failures.
+namespace whole_file {
 
-/// All of the file at `path`; nullopt when it cannot be read, is longer than `mostBytes` or is no file of its
-/// own: opening a pipe or a device in its place could block for ever.
-[[nodiscard]] std::optional<QByteArray> readFile(const QString &path, qint64 mostBytes);
+/// Reads all of the regular file at `path`. Fails with Kind::Missing if there is none, and with Kind::Failed
+/// if something else has this name, if reading fails, or if the file is larger than `maxSize` bytes. Never
+/// blocks on a pipe.
+Result<QByteArray, AccessError> read(const QString &path, qint64 maxSize);
 
-/// Replaces the file at `path` by `bytes` as a whole, or leaves it as it was, also when the disk is full or
-/// the power goes. Empty when it worked, else the reason; may take half a second to find that out.
-[[nodiscard]] QString replaceFile(const QString &path, const QByteArray &bytes,
-                                  QFileDevice::Permissions permissions = {});
+/// Replaces the file at `path` by `bytes` as a whole: after a crash or a power cut there is the old file or
+/// the new one. On failure the old file stays, unless the text says that only the folder could not be synced.
+/// The default permissions are those of the old file, else 0644. Writes to "<path>.new" first. Follows a
+/// symbolic link.
+Result<void> replace(const QString &path, const QByteArray &bytes, QFileDevice::Permissions permissions = {});
+
+/// Renames a file that cannot be used to "<path>.damaged-20261115-003607", for an administrator to look at,
+/// so that a new one can be written. Returns its new path.
+Result<QString> setAside(const QString &path, const QDateTime &now);
+
+} // namespace whole_file

@@ -2,20 +2,34 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "config/service_options.h"
 #include "config/settings.h"
+#include "config/settings_change.h"
 #include "disk/device_record.h"
+#include "monitor/alert_commands.h"
+#include "monitor/alert_mail.h"
+#include "monitor/temperature_history.h"
 #include "platform/accounts.h"
 #include "scan/scan_request.h"
+#include "scan/schedule.h"
 
 #include <QString>
 #include <QVector>
 
 #include <functional>
 
-/// Finds a long text: takes its time, touches nothing of the daemon's, and may be called on any thread.
-using LongText = std::function<QString()>;
+/// Reports that an operation has finished. Called exactly once, on the event loop's thread: before the
+/// operation returns or in a later turn of the event loop. The console that waits may have gone by then.
+using Completion = std::function<void()>;
 
-/// What the connections and the dispatcher need of the daemon. Event loop's thread only.
+/// Milliseconds, at least 1.
+struct PollIntervals
+{
+    qint32 smart = 0;
+    qint32 freeSpace = 0;
+};
+
+/// The operations and data of the daemon that commands use. Event loop's thread only.
 class CommandTarget
 {
 public:
@@ -27,35 +41,45 @@ public:
     [[nodiscard]] virtual bool isPaused() const = 0;
     [[nodiscard]] virtual bool isDetecting() const = 0;
 
-    virtual Settings &settings() = 0;
+    [[nodiscard]] virtual const Settings &settings() const = 0;
+    /// The running timers keep their intervals until they are started again.
+    virtual void setPollIntervals(const PollIntervals &intervals) = 0;
+    /// Stores the new settings and evaluates the drives by them. After a change of the port the listener
+    /// moves there when a TCP client next disconnects.
+    virtual void changeSettings(const SettingsChange &change) = 0;
 
-    /// The device list with the scan state of this moment.
-    virtual const DeviceList &devices() = 0;
+    [[nodiscard]] virtual const DeviceList &devices() const = 0;
+    [[nodiscard]] virtual QVector<Account> accounts() const = 0;
+
+    /// Starts a new detection; does nothing while paused. `started` follows when it is under way.
+    virtual void reset(Completion started) = 0;
+    /// Reads S.M.A.R.T. data and volumes of every drive again.
+    virtual void refresh(Completion finished) = 0;
+
     [[nodiscard]] virtual bool isScanRunning(int device) const = 0;
-
-    virtual void resetInfo() = 0;
-    virtual void refreshInfo() = 0;
-    virtual void checkHealth() = 0;
-    virtual void writeSettings() = 0;
-
-    /// The port has changed: the listener moves to it when a TCP client next disconnects.
-    virtual void requestRebind() = 0;
-
+    /// Updates the progress of the running scans in devices().
+    virtual void publishScanProgress() = 0;
     /// Starts the scan unless the index, the range or the block size is refused or a scan runs already.
     virtual void startScan(const ScanRequest &request) = 0;
-    /// Asks the scan to stop; false when there is no such device.
-    virtual bool stopScan(int device) = 0;
-    /// Takes a schedule payload; one that does not fit changes nothing.
-    virtual void setScanSchedule(const QString &payload) = 0;
+    /// Asks the scan to stop. `finished` follows when it has ended, 100 ms later at the latest; at once when
+    /// there is no such device.
+    virtual void stopScan(int device, Completion finished) = 0;
+    /// Changes a drive's schedule and stores it; a device that does not exist changes nothing.
+    virtual void changeSchedule(const ScheduleChange &change) = 0;
 
-    virtual QVector<Account> accounts() = 0;
+    virtual void findTemperatures(const HistoryPeriod &period, TemperatureHistory::Found found) = 0;
 
-    /// Reads the records of the temperature log between two moments of twelve digits each, as they stand in
-    /// it when it is called.
-    virtual LongText temperatureHistory(const QString &from, const QString &to) = 0;
+    /// Starts a test mail; false if a mail is under way. `finished` is called once with the transcript or the
+    /// error text, in a later turn of the event loop.
+    virtual bool startMailTest(const MailTest &test, std::function<void(const QString &)> finished) = 0;
 
-    /// Starts a test mail from the parameters of SMTPTEST; false when they do not fit or a mail is under
-    /// way. `finished` is called once with the transcript or the error text, in a later turn of the event
-    /// loop; it may be called, or dropped, after the console has gone.
-    virtual bool startSmtpTest(const QString &parameters, std::function<void(const QString &)> finished) = 0;
+    [[nodiscard]] virtual const ServiceOptions &options() const = 0;
+    /// Returns the document of X-ALERTS.
+    [[nodiscard]] virtual QJsonObject alerts() const = 0;
+    /// Returns the number of findings that are acknowledged.
+    virtual Result<int> acknowledgeFindings(const FindingName &finding) = 0;
+    virtual Result<void> forgetDrive(const QString &drive) = 0;
+    /// Tests the alert channels. `finished` is called once, with the outcome of each or the reason why there
+    /// is no test, before this returns or later.
+    virtual void testAlarms(std::function<void(const Result<QJsonArray> &)> finished) = 0;
 };

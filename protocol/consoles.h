@@ -2,75 +2,82 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "protocol/scrambling.h"
+#include "protocol/conversation.h"
+#include "protocol/dispatcher.h"
+#include "wire/scrambling.h"
 
-#include <QByteArray>
 #include <QObject>
-#include <QString>
-#include <QThreadPool>
 
-#include <functional>
+#include <algorithm>
+#include <chrono>
+#include <unordered_map>
 
-class CommandTarget;
-struct Reply;
-
-/// What keeps peers from taking more than their share.
+/// Limits that keep any peer from taking more than its share.
 struct ConnectionLimits
 {
-    int connections = 1000;                   ///< TCP and local together; one more is closed at once
-    qint64 lineBytes = qint64{1024} * 1024;   ///< a longer line closes its connection
-    qint64 unreadBytes = qint64{1024} * 1024; ///< who leaves more unread is not heard until it has read on
+    int connections = 1000;                 ///< TCP and local together
+    qint64 lineBytes = qint64{1024} * 1024; ///< a longer line closes its connection
+    /// Data that all connections hold together. With the allocator's share this is less than 64 MB.
+    qint64 heldBytes = qint64{52} * 1024 * 1024;
+    /// From a request to disconnect to the end of the connection, for a peer that does not read its replies.
+    std::chrono::milliseconds disconnectTime{30000};
 };
 
-/// What all conversations with consoles share: the first line, the answer to a line, the limits. It knows
-/// nothing of a connection; `peer` is the text that stands for its address in replies. Event loop's thread
-/// only.
+/// All connections to consoles, TCP and local, and the limits that they share. Event loop's thread only.
 class Consoles : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Sends a line that comes later, on the event loop's thread.
-    using LateReply = std::function<void(const QByteArray &wire)>;
-
-    /// What a line is answered.
-    struct Answer
-    {
-        QByteArray wire;                  ///< what is sent now; empty when there is nothing
-        std::function<QByteArray()> work; ///< if set, finds what is sent instead; see runElsewhere()
-        bool closes = false;              ///< the connection ends once the answer is sent
-    };
-
     /// `target` outlives this object.
     Consoles(CommandTarget &target, OffsetSource offsets, const ConnectionLimits &limits);
 
-    /// Waits for the work under way.
-    ~Consoles() override;
-
-    /// Counts a new connection until it is destroyed; false, and not counted, when there are too many.
-    [[nodiscard]] bool admit(const QObject &connection);
-
-    /// "PAUSED", "DETECTING" or the greeting.
-    [[nodiscard]] QByteArray firstLine(const QString &peer) const;
-
-    /// Carries out a line as it was received; CR and LF anywhere in it do not count. `lateReply` is called
-    /// when a reply comes that later lines need not wait for.
-    [[nodiscard]] Answer answer(QByteArray line, const QString &peer, const LateReply &lateReply) const;
-
-    /// Has another thread do an answer's work, after what it has been given before, and `done` called with
-    /// the outcome on the event loop's thread; not called when `context` has been destroyed meanwhile.
-    void runElsewhere(std::function<QByteArray()> work, const QObject &context, LateReply done);
+    /// Serves the console at the other end of a connected QTcpSocket or QLocalSocket, which is deleted when
+    /// the connection ends. At the limit of connections the longest idle one of the peer address with the
+    /// most connections is closed first.
+    template <typename Socket>
+    Conversation &serve(Socket &socket, const Peer &peer, LineRule rule)
+    {
+        makeRoom();
+        socket.setReadBufferSize(m_limits.lineBytes + 1);
+        auto *const conversation = new Conversation(
+            *this, socket,
+            {[&socket] { socket.flush(); }, [&socket] { socket.close(); }, [&socket] { socket.abort(); }},
+            peer, rule);
+        connect(&socket, &Socket::readyRead, conversation, &Conversation::read);
+        connect(&socket, &Socket::disconnected, conversation, &Conversation::end);
+        connect(&socket, &Socket::disconnected, &socket, &QObject::deleteLater);
+        m_heldBytes.emplace(conversation, 0);
+        conversation->sendFirstLine();
+        return *conversation;
+    }
 
     [[nodiscard]] const ConnectionLimits &limits() const { return m_limits; }
+    [[nodiscard]] Dispatcher &dispatcher() { return m_dispatcher; }
+    [[nodiscard]] int drawOffset() const { return m_offsets(); }
+
+    /// The number of chunks that a connection writes before others take their turn. With a thousand that
+    /// read, each one waits for the chunks of all others.
+    [[nodiscard]] int chunksAtATime() const
+    {
+        constexpr int kChunksInAll = 64;
+        constexpr int kMostChunks = 16;
+        return std::clamp(kChunksInAll / int(m_heldBytes.size()), 1, kMostChunks);
+    }
+
+    /// Takes account of the memory that a conversation holds now. If all of them hold too much, the one that
+    /// holds the most is closed.
+    void limitMemory(Conversation &changed);
+
+    /// The connection has ended.
+    void remove(Conversation &conversation);
 
 private:
-    [[nodiscard]] Reply reply(const QStringList &fields, const QString &peer,
-                              const LateReply &lateReply) const;
-    [[nodiscard]] Reply smtpTest(const QStringList &fields, const LateReply &lateReply) const;
+    void makeRoom();
 
-    CommandTarget &m_target;
     const OffsetSource m_offsets;
     const ConnectionLimits m_limits;
-    int m_connectionCount = 0;
-    QThreadPool m_worker; ///< of one thread: long texts take much memory while they are made
+    Dispatcher m_dispatcher;
+    std::unordered_map<Conversation *, qint64> m_heldBytes; ///< of every open connection
+    qint64 m_totalBytes = 0;
 };

@@ -2,50 +2,98 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "protocol/peer.h"
+#include "protocol/reply_line.h"
+
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QIODevice>
 #include <QObject>
-#include <QString>
+#include <QPointer>
+#include <QTimer>
+
+#include <deque>
+#include <functional>
+#include <memory>
 
 class Consoles;
 
-/// The service's side of one connection, whatever its transport. Answers go out in the order of the lines,
-/// and a line is not taken before the answer to the one before is on its way and the peer has read most of
-/// what it was sent; it stays where it is until then. Child of the socket; event loop's thread only.
+/// How requests are read from a socket.
+enum class LineRule {
+    OneLinePerArrival, ///< one line each time data arrives; a second one waits until more data arrives
+    ArrivalIsOneLine   ///< all that has arrived counts as one line
+};
+
+/// What sockets of either kind can do beside reading and writing.
+struct SocketActions
+{
+    std::function<void()> flush; ///< passes what the system accepts to it
+    std::function<void()> close; ///< closes the connection when everything written has been sent
+    std::function<void()> abort; ///< closes the connection at once
+};
+
+/// The service's side of one connection. Replies are sent in the order of the requests, and a line is not
+/// accepted before the reply to the one before has been written; it stays in the socket until then. Child of
+/// the socket; event loop's thread only.
 class Conversation : public QObject
 {
     Q_OBJECT
 
 public:
-    /// `socket` is connected. `consoles` outlives it.
-    Conversation(Consoles &consoles, QIODevice &socket, QString peer);
+    /// `socket` is connected. Must not be used after `consoles` has been destroyed.
+    Conversation(Consoles &consoles, QIODevice &socket, SocketActions actions, Peer peer, LineRule rule);
+    ~Conversation() override;
+
+    [[nodiscard]] const Peer &peer() const { return m_peer; }
+    /// Milliseconds since a line was accepted, or a part of a reply was sent.
+    [[nodiscard]] qint64 idleMs() const { return m_lastActivity.elapsed(); }
+
+    /// The memory that the connection holds, in bytes.
+    [[nodiscard]] qint64 heldBytes() const;
 
     void sendFirstLine();
 
-    /// Whether a line may be taken now. If not, mayTakeLineAgain() follows.
-    [[nodiscard]] bool mayTakeLine();
+    /// Discards all further lines. Replies that are due are still sent.
+    void supersede();
 
-    /// Carries out a line as it was received.
-    void answer(const QByteArray &line);
+    /// Closes the connection at once and drops its replies.
+    void abort();
 
-    /// Nothing is taken or sent any more, but for what has been written already.
-    void end() { m_isOver = true; }
-
-Q_SIGNALS:
-    /// A line was refused before, and would be taken now.
-    void mayTakeLineAgain();
-
-    /// The peer has said DIS and been answered.
-    void finished();
+public Q_SLOTS:
+    /// Data has arrived.
+    void read();
+    /// The connection has ended.
+    void end();
 
 private:
-    void send(const QByteArray &wire);
-    void goOn();
+    enum class State {
+        Serving,
+        Disconnecting, ///< the reply to the request to disconnect is being sent
+        Closing,       ///< the socket sends what it still has
+        Ended
+    };
 
-    Consoles &m_consoles;
+    [[nodiscard]] bool isBusy() const { return m_awaitsReply || !m_replies.empty(); }
+    [[nodiscard]] bool canAcceptLine();
+    void accept(const QByteArray &line);
+    void send(std::unique_ptr<ReplySource> source);
+    void writeReplies();
+    void writeChunks();
+    [[nodiscard]] bool hasRoomForChunk() const;
+    void limitTimeToEnd();
+    [[nodiscard]] bool isDisconnectRequestNext() const;
+
+    const QPointer<Consoles> m_consoles;
     QIODevice &m_socket;
-    const QString m_peer;
-    bool m_isOver = false;
-    bool m_awaitsWork = false;
-    bool m_owesTurn = false; ///< a line was refused
+    const SocketActions m_actions;
+    const Peer m_peer;
+    const LineRule m_rule;
+    std::deque<ReplyLine> m_replies; ///< the first one may be written in part
+    QElapsedTimer m_lastActivity;
+    QTimer m_endTimer;          ///< runs from the request to disconnect
+    bool m_awaitsReply = false; ///< the reply to the last line is not known yet
+    bool m_refusedLine = false; ///< data arrived that could not be accepted
+    bool m_isWriting = false;
+    bool m_isSuperseded = false;
+    State m_state = State::Serving;
 };

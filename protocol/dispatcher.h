@@ -2,32 +2,34 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "protocol/command_target.h"
+#include "protocol/peer.h"
+#include "protocol/reply.h"
+#include "protocol/smart_texts.h"
 
+#include <QByteArray>
 #include <QString>
-#include <QStringList>
 
-#include <utility>
+class CommandTarget;
 
-/// Between the fields of a request, and behind the reply word of a list reply.
-inline const QString kRequestSeparator = QStringLiteral("]![");
-
-/// What an unknown command, or one with too few fields, is answered. The list it announces is never sent.
-inline const QString kUnknownCommand = QStringLiteral("UNKNOWN COMMAND - Command list:");
-
-/// What a request is answered: `text`, empty when nothing is to be sent, and behind it what `rest` finds, if
-/// it is set.
-struct Reply
+/// Carries out the requests of all consoles by one table of commands. Event loop's thread only.
+class Dispatcher
 {
-    Reply(QString replyText, LongText replyRest = {}) // NOLINT(google-explicit-constructor): most are a text
-        : text(std::move(replyText))
-        , rest(std::move(replyRest))
+public:
+    /// `target` outlives the dispatcher and its replies.
+    explicit Dispatcher(CommandTarget &target)
+        : m_target(target)
     {}
 
-    QString text;
-    LongText rest;
-};
+    /// Returns the text of the first line of a connection: "PAUSED", "DETECTING" or the greeting.
+    [[nodiscard]] QString firstLine(const Peer &peer) const;
 
-/// Carries out a request, split into its fields (at least one). Synchronous but for a reply's rest: REFRESH
-/// takes as long as reading every drive, STOPSCAN 100 ms.
-[[nodiscard]] Reply processCommand(const QStringList &fields, CommandTarget &target);
+    /// Carries out a line as it was received; CR and LF in it are ignored.
+    [[nodiscard]] Reply answer(const QByteArray &line, const Peer &peer);
+
+    /// Returns whether a line as it was received asks to disconnect.
+    [[nodiscard]] static bool isDisconnectRequest(const QByteArray &line);
+
+private:
+    CommandTarget &m_target;
+    SmartTexts m_smartTexts;
+};

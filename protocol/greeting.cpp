@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "protocol/greeting.h"
 
+#include "wire/separators.h"
+
 #include <QStringList>
 
 QString greeting(const Settings &settings, const QString &hostName, const QString &peer,
@@ -42,5 +44,5 @@ QString versionReply(const Settings &settings, const QString &hostName)
                        QString::number(settings.smartPollInterval),
                        QString::number(settings.freeSpacePollInterval),
                        hostName}
-        .join(QLatin1String("]!["));
+        .join(kRequestSeparator);
 }

@@ -14,13 +14,7 @@ namespace {
 
 constexpr std::chrono::seconds kReopenInterval{1};
 
-/// Stands for the address of a peer on this machine.
-QString localPeer()
-{
-    return QStringLiteral("Local");
-}
-
-/// Whether nobody serves the socket file `name`. A server that is only slow to answer is not gone.
+/// Returns whether no process serves the socket file `name`. A server that is slow to answer still does.
 bool isAbandoned(const QString &name)
 {
     constexpr int probeMs = 500;
@@ -36,10 +30,10 @@ localDaemon::localDaemon(Consoles &consoles, QObject *parent)
     , m_consoles(consoles)
 {
     connect(this, &QLocalServer::newConnection, this, &localDaemon::incommingConnection);
-    // QLocalServer closes itself, and tells nobody, when it has no descriptor for a new connection.
+    // QLocalServer closes itself without a signal when it has no descriptor for a new connection.
     connect(&m_reopenTimer, &QTimer::timeout, this, [this] {
         if (!isListening() && openListener())
-            qCWarning(logProtocol).noquote() << "Listening again under" << m_name;
+            qCWarning(lcProtocol).noquote() << "Listening again under" << m_name;
     });
 }
 
@@ -47,7 +41,7 @@ bool localDaemon::listen(const QString &name)
 {
     m_name = name;
     if (!openListener()) {
-        qCWarning(logProtocol).noquote() << "Cannot listen under" << name << ":" << errorString();
+        qCWarning(lcProtocol).noquote() << "Cannot listen under" << name << ":" << errorString();
         return false;
     }
     m_reopenTimer.start(kReopenInterval);
@@ -67,43 +61,9 @@ void localDaemon::incommingConnection()
     QLocalSocket *const socket = nextPendingConnection();
     if (socket == nullptr)
         return;
-    if (!m_consoles.admit(*socket)) {
-        socket->abort();
-        socket->deleteLater();
-        return;
-    }
-    m_current = socket;
-    socket->setReadBufferSize(m_consoles.limits().lineBytes + 1);
-    auto *const conversation = new Conversation(m_consoles, *socket, localPeer());
-    const auto read = [this, socket, conversation] {
-        if (socket == m_current)
-            readLocalConnection(conversation);
-        else
-            socket->readAll(); // unread bytes would keep us from learning that it has gone
-    };
-    connect(socket, &QLocalSocket::readyRead, this, read);
-    connect(conversation, &Conversation::mayTakeLineAgain, this, read);
-    connect(conversation, &Conversation::finished, socket, &QLocalSocket::disconnectFromServer);
-    connect(socket, &QLocalSocket::disconnected, conversation, &Conversation::end);
-    connect(socket, &QLocalSocket::disconnected, this, [this, socket] { disconnectLocalConnection(socket); });
-    conversation->sendFirstLine();
-    qCDebug(logProtocol, "New Connection from Local");
-}
-
-/// All that has arrived counts as one line: a partial line, or two at once, do not unscramble.
-void localDaemon::readLocalConnection(Conversation *conversation)
-{
-    if (m_current->bytesAvailable() > m_consoles.limits().lineBytes) {
-        qCDebug(logProtocol, "Dropping the local connection for a line too long");
-        m_current->abort();
-    } else if (conversation->mayTakeLine()) {
-        conversation->answer(m_current->readAll());
-    }
-}
-
-void localDaemon::disconnectLocalConnection(QLocalSocket *socket)
-{
-    socket->disconnect(this);
-    socket->deleteLater();
-    qCDebug(logProtocol, "Disconnected Local");
+    if (m_current)
+        m_current->supersede();
+    connect(socket, &QLocalSocket::disconnected, this, [] { qCDebug(lcProtocol, "Disconnected Local"); });
+    qCDebug(lcProtocol, "New Connection from Local");
+    m_current = &m_consoles.serve(*socket, {QStringLiteral("Local"), {}}, LineRule::ArrivalIsOneLine);
 }

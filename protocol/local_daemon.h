@@ -9,10 +9,9 @@
 
 class Consoles;
 class Conversation;
-class QLocalSocket;
 
-/// Serves one console of this machine at a time: a new connection takes over from the one before, which
-/// stays open but is no longer heard.
+/// Serves one console of this machine at a time: a new connection supersedes the one before, which stays open
+/// and receives the replies that are due, but whose further lines are discarded.
 class localDaemon : public QLocalServer
 {
     Q_OBJECT
@@ -21,21 +20,19 @@ public:
     /// `consoles` outlives the server.
     explicit localDaemon(Consoles &consoles, QObject *parent = nullptr);
 
-    /// Listens under `name`. A socket file that a killed service left behind is replaced; one that somebody
-    /// serves is left alone, and listening fails. Once it has succeeded, a listener that Qt closes for want
-    /// of descriptors is opened again as soon as there are some.
+    /// Listens under `name`. A socket file that a killed service left behind is replaced; if another process
+    /// serves it, listening fails. After success a listener that Qt closes for lack of descriptors is opened
+    /// again as soon as there are some.
     bool listen(const QString &name);
 
 private Q_SLOTS:
     void incommingConnection();
-    void readLocalConnection(Conversation *conversation);
-    void disconnectLocalConnection(QLocalSocket *socket);
 
 private:
     bool openListener();
 
     Consoles &m_consoles;
-    QPointer<QLocalSocket> m_current;
+    QPointer<Conversation> m_current;
     QString m_name;
     QTimer m_reopenTimer;
 };

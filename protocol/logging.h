@@ -4,5 +4,5 @@
 
 #include <QLoggingCategory>
 
-/// "halvex.protocol". Peers are named; what they say is not, because it may hold passwords.
-Q_DECLARE_LOGGING_CATEGORY(logProtocol)
+/// "halvex.protocol". Messages name peers, but never contain what they sent: it may hold passwords.
+Q_DECLARE_LOGGING_CATEGORY(lcProtocol)

@@ -3,6 +3,7 @@
 #include "protocol/payloads.h"
 
 #include "disk/date_time_text.h"
+#include "wire/separators.h"
 
 #include <array>
 #include <charconv>
@@ -11,15 +12,12 @@
 
 namespace {
 
-const QLatin1String kFieldSeparator("~;");
-const QLatin1String kItemSeparator("]~[");
-
 /// Writes the fields of one item behind each other. A large machine's S.M.A.R.T. reply has tens of thousands
 /// of numbers, so they are written straight into the text.
 class ItemWriter
 {
 public:
-    ItemWriter(QString &text, QLatin1String separator)
+    ItemWriter(QString &text, const QString &separator)
         : m_text(text)
         , m_separator(separator)
     {}
@@ -52,7 +50,7 @@ private:
     }
 
     QString &m_text;
-    const QLatin1String m_separator;
+    const QString &m_separator;
     bool m_first = true;
 };
 
@@ -73,12 +71,12 @@ void writeVolume(ItemWriter &item, const VolumeEntry &volume)
          << volume.freeBytes;
 }
 
-void writeBadRanges(QString &text, const QVector<SectorRange> &ranges)
+int digitCount(qint64 number)
 {
-    for (const SectorRange &range : ranges) {
-        ItemWriter(text, QLatin1String("-")) << qint64(range.first) << qint64(range.last);
-        text += QLatin1Char(',');
-    }
+    int count = number < 0 ? 2 : 1;
+    while ((number /= 10) != 0)
+        ++count;
+    return count;
 }
 
 QString inBraces(const QString &text)
@@ -166,39 +164,46 @@ QString smartValues(const DeviceRecord &device)
     return inBraces(text);
 }
 
-QString allSmart(const DeviceList &devices)
+QString smartAttributes(int device, const QVector<AttributeEntry> &attributes)
 {
-    if (devices.isEmpty())
-        return QStringLiteral("0");
     QString text;
-    for (int i = 0; i < devices.size(); ++i) {
-        for (const AttributeEntry &attribute : devices[i].attributes) {
-            ItemWriter(text, kFieldSeparator)
-                << i << attribute.id << attribute.flags << attribute.notPrefailure << attribute.flagBit2
-                << attribute.reserved << attribute.current << qint64(attribute.raw) << attribute.worst
-                << attribute.threshold;
-            text += kItemSeparator;
-        }
+    for (const AttributeEntry &attribute : attributes) {
+        ItemWriter(text, kFieldSeparator)
+            << device << attribute.id << attribute.flags << attribute.notPrefailure << attribute.flagBit2
+            << attribute.reserved << attribute.current << qint64(attribute.raw) << attribute.worst
+            << attribute.threshold;
+        text += kItemSeparator;
     }
     text.chop(kItemSeparator.size());
     return text;
 }
 
-QString scanStatus(const DeviceList &devices, const std::function<bool(int)> &isScanRunning)
+QString scanStatus(int index, const DeviceRecord &device, bool isRunning)
 {
     QString text;
-    for (int i = 0; i < devices.size(); ++i) {
-        const DeviceRecord &device = devices[i];
-        ItemWriter(text, QLatin1String(";"))
-            << i << int(scanState(device, isScanRunning(i))) << device.scanPercent << device.scanFirst
-            << device.scanCurrent << device.scanTime.toString(kDateTimeFormat);
-        text += QLatin1Char(';');
-        writeBadRanges(text, device.badRanges);
-        text.chop(1); // the comma of the last range, or the semicolon where there is none
-        text += QLatin1Char('|');
-    }
-    text.chop(1);
+    ItemWriter(text, QLatin1String(";"))
+        << index << int(scanState(device, isRunning)) << device.scanPercent << device.scanFirst
+        << device.scanCurrent << device.scanTime.toString(kDateTimeFormat);
     return text;
+}
+
+QByteArray badRanges(const QVector<SectorRange> &ranges, int begin, int end)
+{
+    QString text;
+    for (int i = begin; i < end; ++i) {
+        text += i == 0 ? QLatin1Char(';') : QLatin1Char(',');
+        ItemWriter(text, QLatin1String("-")) << qint64(ranges[i].first) << qint64(ranges[i].last);
+    }
+    return text.toLatin1();
+}
+
+qint64 badRangesLength(const QVector<SectorRange> &ranges)
+{
+    constexpr int kSeparators = 2;
+    qint64 length = 0;
+    for (const SectorRange &range : ranges)
+        length += kSeparators + digitCount(qint64(range.first)) + digitCount(qint64(range.last));
+    return length;
 }
 
 QString scanSchedule(const DeviceList &devices)
@@ -206,7 +211,7 @@ QString scanSchedule(const DeviceList &devices)
     QString text;
     for (int i = 0; i < devices.size(); ++i) {
         const DeviceRecord &device = devices[i];
-        text += QLatin1String("]![");
+        text += kRequestSeparator;
         ItemWriter(text, kFieldSeparator) << i << device.schedKind << device.schedParam
                                           << device.schedDate.toString(QStringLiteral("yyMMdd"))
                                           << device.schedTime.toString(QStringLiteral("hhmmss"));

@@ -4,12 +4,12 @@
 
 #include "disk/device_record.h"
 
+#include <QByteArray>
 #include <QString>
+#include <QVector>
 
-#include <functional>
-
-/// The texts inside the inventory replies. Numbers are decimal and unpadded, flags 0 or 1, and stored texts
-/// go in as they stand: one that contains a separator makes its payload ambiguous.
+/// The texts inside the inventory replies. Numbers are decimal and unpadded, flags 0 or 1. Stored texts are
+/// included unchanged: one that contains a separator makes its payload ambiguous.
 namespace payload {
 
 [[nodiscard]] QString device(const DeviceRecord &device);
@@ -23,11 +23,15 @@ namespace payload {
 [[nodiscard]] QString smartInformation(const DeviceRecord &device);
 /// The last attribute's current value lacks its last digit; consoles rely on it.
 [[nodiscard]] QString smartValues(const DeviceRecord &device);
-/// Every attribute with the index of its device; "0" without devices, empty with devices but no attributes.
-[[nodiscard]] QString allSmart(const DeviceList &devices);
+/// A device's attributes, each with the device's index, as the reply about all devices contains them.
+[[nodiscard]] QString smartAttributes(int device, const QVector<AttributeEntry> &attributes);
 
-/// State, progress and bad ranges of every device's last scan; `isScanRunning` is asked by device index.
-[[nodiscard]] QString scanStatus(const DeviceList &devices, const std::function<bool(int)> &isScanRunning);
+/// State and progress of a device's last scan.
+[[nodiscard]] QString scanStatus(int index, const DeviceRecord &device, bool isRunning);
+/// The ranges from `begin` to the one before `end`, each led by its separator: they follow scanStatus().
+[[nodiscard]] QByteArray badRanges(const QVector<SectorRange> &ranges, int begin, int end);
+/// The size of all of them, in bytes.
+[[nodiscard]] qint64 badRangesLength(const QVector<SectorRange> &ranges);
 
 /// Every device's schedule, each item led by its "]![".
 [[nodiscard]] QString scanSchedule(const DeviceList &devices);

@@ -3,7 +3,6 @@
 #include "protocol/tcp_server.h"
 
 #include "protocol/command_target.h"
-#include "protocol/conversation.h"
 #include "protocol/logging.h"
 
 #include <QHostAddress>
@@ -18,18 +17,24 @@ namespace {
 
 constexpr std::chrono::seconds kAcceptRetryDelay{1};
 
-/// The peer's IPv4 address as one decimal number, 0 when it has none.
-QString peerText(const QTcpSocket &socket)
+/// Of the system, for each connection: by default a peer that does not read gets megabytes.
+constexpr int kSendBufferBytes = 256 * 1024;
+
+Peer peerOf(const QTcpSocket &socket)
 {
-    return QString::number(socket.peerAddress().toIPv4Address());
+    const QHostAddress address = socket.peerAddress();
+    bool isIpv4 = false;
+    const quint32 ipv4 = address.toIPv4Address(&isIpv4); // also of an IPv4 peer of an IPv6 socket
+    return {QString::number(ipv4), isIpv4 ? QHostAddress(ipv4) : address};
 }
 
 } // namespace
 
-TcpServer::TcpServer(CommandTarget &target, OffsetSource offsets, QObject *parent,
+TcpServer::TcpServer(CommandTarget &target, OffsetSource offsets, const ListenRules &rules, QObject *parent,
                      const ConnectionLimits &limits)
     : QTcpServer(parent)
     , m_target(target)
+    , m_rules(rules)
     , m_consoles(target, std::move(offsets), limits)
 {
     connect(this, &QTcpServer::acceptError, this, &TcpServer::resumeAcceptingLater);
@@ -38,59 +43,45 @@ TcpServer::TcpServer(CommandTarget &target, OffsetSource offsets, QObject *paren
 bool TcpServer::listenOn(quint16 port)
 {
     close();
-    const bool listening = listen(QHostAddress::Any, port);
+    const bool listening = listen(m_rules.address, port);
     if (listening)
-        qCInfo(logProtocol, "Listening port: %d", serverPort());
+        qCInfo(lcProtocol, "Listening port: %d", serverPort());
     else
-        qCWarning(logProtocol).noquote() << "Cannot listen at port" << port << ":" << errorString();
+        qCWarning(lcProtocol).noquote() << "Cannot listen at port" << port << ":" << errorString();
     return listening;
 }
 
 void TcpServer::incomingConnection(qintptr descriptor)
 {
     auto socket = std::make_unique<QTcpSocket>(this);
-    if (!socket->setSocketDescriptor(descriptor) || !m_consoles.admit(*socket))
+    if (!socket->setSocketDescriptor(descriptor))
         return;
-    QTcpSocket *const client = socket.release();
-    auto *const conversation = new Conversation(m_consoles, *client, peerText(*client));
-    const auto read = [this, client, conversation] { readClient(client, conversation); };
-    connect(client, &QTcpSocket::readyRead, this, read);
-    connect(conversation, &Conversation::mayTakeLineAgain, this, read);
-    // Sends what is pending first.
-    connect(conversation, &Conversation::finished, client, &QTcpSocket::close);
-    connect(client, &QTcpSocket::disconnected, conversation, &Conversation::end);
-    connect(client, &QTcpSocket::disconnected, this, [this, client] { discardClient(client); });
-    client->setReadBufferSize(m_consoles.limits().lineBytes + 1);
-    client->setSocketOption(QAbstractSocket::KeepAliveOption, 1); // a peer that lost power goes some day
-    m_rebindPending = false;
-    conversation->sendFirstLine();
-    qCDebug(logProtocol) << "New Connection from" << client->peerAddress();
-}
-
-/// Takes one line: a second one that is here already waits for more data to arrive.
-void TcpServer::readClient(QTcpSocket *socket, Conversation *conversation)
-{
-    if (socket->canReadLine()) {
-        if (conversation->mayTakeLine())
-            conversation->answer(socket->readLine());
-    } else if (socket->bytesAvailable() > m_consoles.limits().lineBytes) {
-        qCDebug(logProtocol) << "Dropping" << socket->peerAddress() << "for a line too long";
-        socket->abort();
+    const Peer peer = peerOf(*socket);
+    if (!m_rules.allowFrom.allows(peer.address)) {
+        qCDebug(lcProtocol) << "Refused a connection from" << peer.address;
+        return;
     }
+    QTcpSocket &client = *socket.release();
+    connect(&client, &QTcpSocket::disconnected, this, [this, peer] { discardClient(peer.address); });
+    client.setSocketOption(QAbstractSocket::KeepAliveOption, 1); // ends a connection whose peer lost power
+    client.setSocketOption(QAbstractSocket::LowDelayOption, 1);  // the last chunk does not wait for the peer
+    client.setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, kSendBufferBytes);
+    m_rebindPending = false;
+    qCDebug(lcProtocol) << "New Connection from" << peer.address;
+    m_consoles.serve(client, peer, LineRule::OneLinePerArrival);
 }
 
-void TcpServer::discardClient(QTcpSocket *socket)
+void TcpServer::discardClient(const QHostAddress &peer)
 {
-    qCDebug(logProtocol) << "Disconnected" << socket->peerAddress();
-    socket->deleteLater();
+    qCDebug(lcProtocol) << "Disconnected" << peer;
     if (std::exchange(m_rebindPending, false))
         listenOn(quint16(m_target.settings().port));
 }
 
-/// When the process runs out of descriptors Qt stops accepting and would never start again.
+/// When the process runs out of descriptors, Qt stops accepting for good.
 void TcpServer::resumeAcceptingLater()
 {
-    qCWarning(logProtocol).noquote() << "Cannot accept a connection:" << errorString();
+    qCWarning(lcProtocol).noquote() << "Cannot accept a connection:" << errorString();
     QTimer::singleShot(kAcceptRetryDelay, this, [this] {
         if (isListening())
             resumeAccepting();

@@ -17,16 +17,18 @@ SectorRange blockAt(quint64 first, quint64 last, quint64 sectorsPerBlock)
     return {first, first + std::min(sectorsPerBlock - 1, last - first)};
 }
 
-quint32 readBlock(Drive &drive, const SectorRange &block, MutableBytes buffer)
+/// Reads a block, extended to whole sectors of the drive: it refuses any other read.
+quint32 readBlock(Drive &drive, const SectorRange &block, quint64 driveSector, MutableBytes buffer)
 {
     if (block.last >= kSeekableSectors)
         return system_error::kInvalidParameter;
-    const int length = int(block.last - block.first + 1) * kScanSectorSize;
-    const ReadReply reply =
-        drive.readAt(block.first * quint64(kScanSectorSize), MutableBytes(buffer.data(), length));
+    const quint64 first = block.first * kScanSectorSize / driveSector * driveSector;
+    const quint64 needed = (block.last + 1) * kScanSectorSize - first;
+    const quint64 length = (needed + driveSector - 1) / driveSector * driveSector;
+    const ReadReply reply = drive.readAt(first, MutableBytes(buffer.data(), int(length)));
     if (!reply.ok())
         return reply.error;
-    return reply.bytesRead == length ? system_error::kNone : system_error::kHandleEof;
+    return quint64(reply.bytesRead) >= needed ? system_error::kNone : system_error::kHandleEof;
 }
 
 qint32 percentAt(quint64 sector, const SectorRange &range)
@@ -39,16 +41,28 @@ qint32 percentAt(quint64 sector, const SectorRange &range)
 
 } // namespace
 
-ScanTotals scanSurface(Drive &drive, const SectorRange &range, MutableBytes buffer,
+quint32 driveSectorSize(quint32 reported)
+{
+    constexpr quint32 kLargest = 65536;
+    const bool isPowerOfTwo = (reported & (reported - 1)) == 0;
+    return reported > kScanSectorSize && reported <= kLargest && isPowerOfTwo ? reported : kScanSectorSize;
+}
+
+int scanBufferSize(const ScanBlocks &blocks)
+{
+    return blocks.size + 2 * int(blocks.driveSector); // a part of one at either end
+}
+
+ScanTotals scanSurface(Drive &drive, const SectorRange &range, const ScanBlocks &blocks, MutableBytes buffer,
                        const std::atomic<bool> &stopRequested, const ScanHooks &hooks)
 {
-    const auto sectorsPerBlock = quint64(buffer.size() / kScanSectorSize);
+    const auto sectorsPerBlock = quint64(blocks.size / kScanSectorSize);
     ScanTotals totals;
     quint64 area = range.first / kAreaSectors;
     bool areaIsBad = false;
     for (quint64 sector = range.first;;) {
         const SectorRange block = blockAt(sector, range.last, sectorsPerBlock);
-        const quint32 error = readBlock(drive, block, buffer);
+        const quint32 error = readBlock(drive, block, blocks.driveSector, buffer);
         const bool stopping = stopRequested;
         if (stopping && error == system_error::kOperationAborted)
             break;

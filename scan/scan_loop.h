@@ -32,8 +32,22 @@ struct ScanHooks
     std::function<void()> pause; ///< once an area, so that the scan does not keep the drive to itself
 };
 
-/// Reads `range`, whose first sector is not beyond its last, from start to end in blocks of the buffer's
-/// whole sectors, at least one. A block that fails is told and passed over. Ends after the block in hand when
-/// a stop is requested; a block whose read was cut off by that stop is none. Nothing is allocated.
-ScanTotals scanSurface(Drive &drive, const SectorRange &range, MutableBytes buffer,
+/// How a surface is read.
+struct ScanBlocks
+{
+    qint32 size = 0; ///< bytes of a block, at least kScanSectorSize
+    quint32 driveSector =
+        kScanSectorSize; ///< bytes of the drive's own sectors, to which each read is extended
+};
+
+/// Returns the drive's sector size as reported, or kScanSectorSize if it cannot be one.
+[[nodiscard]] quint32 driveSectorSize(quint32 reported);
+
+/// Returns the size of the buffer that scanSurface() needs.
+[[nodiscard]] int scanBufferSize(const ScanBlocks &blocks);
+
+/// Reads `range`, whose first sector is not beyond its last, from start to end in blocks of whole scan
+/// sectors. A block that fails is reported and skipped. Ends after the block in progress when a stop is
+/// requested; a block whose read was cancelled by that stop is not reported. Allocates nothing.
+ScanTotals scanSurface(Drive &drive, const SectorRange &range, const ScanBlocks &blocks, MutableBytes buffer,
                        const std::atomic<bool> &stopRequested, const ScanHooks &hooks);

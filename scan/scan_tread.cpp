@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Reads past the system's cache ask for a buffer at a page's start.
+/// Reads past the system's cache need a buffer that starts at a page.
 constexpr std::align_val_t kPageAlignment{4096};
 
 struct PageAlignedDelete
@@ -42,122 +42,95 @@ QString openFailureText(quint32 error)
 
 } // namespace
 
-scan_tread::scan_tread(DriveSystem &drives, qint32 deviceIndex, QString devicePath, QObject *parent)
-    : QThread(parent)
-    , m_drives(drives)
-    , m_deviceIndex(deviceIndex)
-    , m_devicePath(std::move(devicePath))
-{}
-
-void scan_tread::startScan(const SectorRange &range, qint32 blockSize)
+scan_tread::scan_tread(DriveSystem &drives, const DetectedDrive &device, const ScanRequest &request)
+    : DriveWorker(drives, device.path)
+    , m_request(request)
+    , m_blocks{request.blockSize, driveSectorSize(device.bytesPerSector)}
 {
-    Q_ASSERT(!isRunning() && range.first <= range.last && blockSize >= kScanSectorSize);
-    m_blockSize = blockSize;
-    m_firstSector = range.first;
-    m_lastSector = range.last;
-    // Cleared before the thread runs, so that a stop which follows at once is not lost.
-    m_stopRequested = false;
-    m_cancelled = false;
-    m_totals = {};
-    m_progress = ScanProgress();
-    m_progress->first = range.first;
-    m_progress->current = range.first;
-    start();
+    m_progress.first = quint64(request.firstSector);
+    m_progress.current = m_progress.first;
 }
 
-void scan_tread::requestStop()
+void scan_tread::cancel()
 {
-    m_stopRequested = true;
+    requestStop();
+    DriveWorker::cancel();
 }
 
-void scan_tread::cancelRead()
+bool scan_tread::hasAdvanced()
 {
-    const QMutexLocker lock(&m_driveMutex);
-    m_cancelled = true;
-    if (m_driveInHand)
-        m_driveInHand->cancel();
+    return m_hasAdvanced.exchange(false) && !m_stopRequested;
 }
 
-std::optional<ScanProgress> scan_tread::progress() const
+ScanProgress scan_tread::progress() const
 {
-    const QMutexLocker lock(&m_progressMutex);
-    std::optional<ScanProgress> progress = m_progress;
-    // Sharing ends before the lock does: Qt lets the worker write as soon as the reader has let go,
+    const QMutexLocker lock(&m_mutex);
+    ScanProgress progress = m_progress;
+    // Not shared beyond the lock: Qt lets the worker write as soon as the reader has released the list,
     // unordered.
-    if (progress && isRunning())
-        progress->badRanges.detach();
+    if (isRunning())
+        progress.badRanges.detach();
     return progress;
 }
 
 ScanTotals scan_tread::totals() const
 {
-    const QMutexLocker lock(&m_progressMutex);
+    const QMutexLocker lock(&m_mutex);
     return m_totals;
 }
 
-void scan_tread::run()
+void scan_tread::work(Drive *drive, quint32 openError)
 {
-    qCDebug(lcScan).noquote() << QStringLiteral("Try to start Scan Disk %1.").arg(m_devicePath);
-    const OpenReply reply = m_drives.open(m_devicePath);
-    if (!reply.drive) {
-        fail(reply.error);
-        return;
-    }
-    setDriveInHand(reply.drive.get());
-    scan(*reply.drive);
-    setDriveInHand(nullptr);
+    qCDebug(lcScan).noquote() << QStringLiteral("Try to start Scan Disk %1.").arg(subject());
+    if (drive)
+        scan(*drive);
+    else
+        fail(openError);
 }
 
 void scan_tread::scan(Drive &drive)
 {
-    const PageAlignedBuffer buffer = pageAlignedBuffer(m_blockSize);
+    const PageAlignedBuffer buffer = pageAlignedBuffer(scanBufferSize(m_blocks));
     if (!buffer) {
         fail(system_error::kNotEnoughMemory);
         return;
     }
     publishTime();
     qCDebug(lcScan).noquote()
-        << QStringLiteral("Start Scan Disk %1. First sector %2").arg(m_devicePath).arg(m_firstSector);
+        << QStringLiteral("Start Scan Disk %1. First sector %2").arg(subject()).arg(m_request.firstSector);
     const ScanHooks hooks{[this](const ScanBlock &block) { publishBlock(block); },
                           [] { QThread::msleep(kAreaPause); }};
-    const ScanTotals totals = scanSurface(drive, {m_firstSector, m_lastSector},
-                                          MutableBytes(buffer.get(), m_blockSize), m_stopRequested, hooks);
+    const ScanTotals totals =
+        scanSurface(drive, {quint64(m_request.firstSector), quint64(m_request.lastSector)}, m_blocks,
+                    MutableBytes(buffer.get(), scanBufferSize(m_blocks)), m_stopRequested, hooks);
     publishTime();
-    const QMutexLocker lock(&m_progressMutex);
+    const QMutexLocker lock(&m_mutex);
     m_totals = totals;
     qCDebug(lcScan).noquote()
-        << QStringLiteral("Stop Scan Disk %1. Last sector %2").arg(m_devicePath).arg(m_progress->current);
+        << QStringLiteral("Stop Scan Disk %1. Last sector %2").arg(subject()).arg(m_progress.current);
 }
 
 void scan_tread::fail(quint32 error)
 {
-    qCWarning(lcScan).noquote()
-        << QStringLiteral("%1 Scan Disk %2.").arg(openFailureText(error), m_devicePath);
+    qCWarning(lcScan).noquote() << QStringLiteral("%1 Scan Disk %2.").arg(openFailureText(error), subject());
     publishTime();
-    const QMutexLocker lock(&m_progressMutex);
+    const QMutexLocker lock(&m_mutex);
     m_totals.openFailed = true;
-    m_progress->error = 1;
+    m_progress.error = 1;
 }
 
 void scan_tread::publishTime()
 {
-    const QMutexLocker lock(&m_progressMutex);
-    m_progress->time = QDateTime::currentDateTime();
+    const QMutexLocker lock(&m_mutex);
+    m_progress.time = QDateTime::currentDateTime();
 }
 
 void scan_tread::publishBlock(const ScanBlock &block)
 {
-    const QMutexLocker lock(&m_progressMutex);
-    m_progress->current = block.sectors.last;
-    m_progress->percent = block.percent;
+    const QMutexLocker lock(&m_mutex);
+    m_hasAdvanced = true;
+    m_progress.current = block.sectors.last;
+    m_progress.percent = block.percent;
     if (!block.readable)
-        addBadRange(m_progress->badRanges, block.sectors);
-}
-
-void scan_tread::setDriveInHand(Drive *drive)
-{
-    const QMutexLocker lock(&m_driveMutex);
-    m_driveInHand = drive;
-    if (drive && m_cancelled)
-        drive->cancel();
+        addBadRange(m_progress.badRanges, block.sectors);
 }

@@ -2,74 +2,54 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "platform/drives.h"
+#include "disk/worker.h"
 #include "scan/scan_loop.h"
 #include "scan/scan_progress.h"
-
-#include <QMutex>
-#include <QThread>
+#include "scan/scan_request.h"
 
 #include <atomic>
-#include <optional>
 
-/// Reads a drive's surface on a thread of its own, again and again as it is told to. It takes its range when
-/// it starts, touches no record, and publishes how far it is under a lock of its own. All public functions
-/// are for the thread that owns it. Not to be destroyed while it runs.
-class scan_tread : public QThread
+/// One run over a drive's surface. It touches no record, and publishes its progress under a lock of its own.
+class scan_tread : public DriveWorker
 {
     Q_OBJECT
 
 public:
-    static constexpr qint32 kDefaultBlockSize = 65536; ///< bytes
+    /// `request` is over a range whose first sector is not beyond its last, in blocks of at least a sector.
+    scan_tread(DriveSystem &drives, const DetectedDrive &device, const ScanRequest &request);
 
-    /// `drives` must live as long as the thread runs.
-    scan_tread(DriveSystem &drives, qint32 deviceIndex, QString devicePath, QObject *parent = nullptr);
+    /// Ends the run after the block in progress; its limit is not extended any more.
+    void requestStop() override { m_stopRequested = true; }
 
-    [[nodiscard]] qint32 deviceIndex() const { return m_deviceIndex; }
-    [[nodiscard]] QString devicePath() const { return m_devicePath; }
+    /// Also cuts off the read of the block in progress, as far as the system can.
+    void cancel() override;
 
-    /// Starts a run over `range`, whose first sector is not beyond its last, in blocks of `blockSize` bytes,
-    /// at least a sector. Only while no run is under way.
-    void startScan(const SectorRange &range, qint32 blockSize = kDefaultBlockSize);
+    /// Whether a block has ended since the last call.
+    [[nodiscard]] bool hasAdvanced() override;
 
-    /// The run ends after the block in hand.
-    void requestStop();
+    [[nodiscard]] bool runsBeside() const override { return true; }
 
-    /// For a stop that must not wait for the block in hand: cuts off its read, as far as the system can.
-    void cancelRead();
+    /// Returns the progress of this moment, and after the run its result. Any thread.
+    [[nodiscard]] ScanProgress progress() const;
 
-    /// This moment of the run under way, or the end of the last one; nullopt before the first.
-    [[nodiscard]] std::optional<ScanProgress> progress() const;
-
-    /// Of the last run to end.
+    /// Returns zeros before the end of the run. Any thread.
     [[nodiscard]] ScanTotals totals() const;
 
 protected:
-    void run() override;
+    void work(Drive *drive, quint32 openError) override;
 
 private:
     void scan(Drive &drive);
     void fail(quint32 error);
     void publishTime();
     void publishBlock(const ScanBlock &block);
-    void setDriveInHand(Drive *drive);
 
-    DriveSystem &m_drives;
-    const qint32 m_deviceIndex;
-    const QString m_devicePath;
-
-    // Set between runs only.
-    qint32 m_blockSize = kDefaultBlockSize;
-    quint64 m_firstSector = 0;
-    quint64 m_lastSector = 0;
-
+    const ScanRequest m_request;
+    const ScanBlocks m_blocks;
     std::atomic<bool> m_stopRequested{false};
+    std::atomic<bool> m_hasAdvanced{false};
 
-    mutable QMutex m_progressMutex; ///< guards the two below
-    std::optional<ScanProgress> m_progress;
+    mutable QMutex m_mutex; ///< guards what follows
+    ScanProgress m_progress;
     ScanTotals m_totals;
-
-    QMutex m_driveMutex; ///< guards the two below; held over Drive::cancel()
-    Drive *m_driveInHand = nullptr;
-    bool m_cancelled = false;
 };

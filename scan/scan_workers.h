@@ -3,14 +3,13 @@
 #pragma once
 
 #include "disk/device_record.h"
-#include "platform/drives.h"
+#include "disk/workers.h"
+#include "scan/scan_progress.h"
 #include "scan/scan_request.h"
 
-#include <QStringList>
+#include <QObject>
 
-#include <chrono>
-#include <memory>
-#include <vector>
+#include <map>
 
 class scan_tread;
 
@@ -18,53 +17,45 @@ class scan_tread;
 inline constexpr qint32 kMinScanBlockSize = 512;
 inline constexpr qint32 kMaxScanBlockSize = 64 * 1024 * 1024;
 
-/// One scan_tread a device, in the order of the device list. Event loop's thread only.
-class ScanWorkers
+/// The surface scans under way, at most one a device. Event loop's thread only.
+class ScanWorkers : public QObject
 {
+    Q_OBJECT
+
 public:
-    /// How long a stop waits for the blocks in hand, and then for their reads to be cut off.
-    struct Patience
-    {
-        std::chrono::milliseconds beforeCancel{2000};
-        std::chrono::milliseconds afterCancel{3000};
-    };
+    /// `drives` outlives every thread of `workers`.
+    ScanWorkers(DriveSystem &drives, Workers &workers, QObject *parent = nullptr);
 
-    /// `drives` must live as long as any worker runs, those left behind included.
-    explicit ScanWorkers(DriveSystem &drives);
-    ScanWorkers(DriveSystem &drives, Patience patience);
-    ~ScanWorkers();
-    ScanWorkers(const ScanWorkers &) = delete;
-    ScanWorkers &operator=(const ScanWorkers &) = delete;
+    [[nodiscard]] bool isRunning(int device) const { return m_scans.count(device) > 0; }
 
-    /// Makes a worker for each of the drives' paths. Any that there were are stopped and discarded.
-    void create(const QStringList &paths);
+    /// Starts a scan of request.device, whose record is `device`. Does nothing and returns false if the
+    /// device is being scanned, the first sector lies beyond the last or below 0, or the block size is out of
+    /// its range.
+    bool start(const ScanRequest &request, const DeviceRecord &device);
 
-    /// False for a device that is not there.
-    [[nodiscard]] bool isRunning(int device) const;
+    /// Asks the device's scan, if there is one, to end after the block in progress.
+    void requestStop(int device);
 
-    /// False, with nothing changed, when the device is not there or is being scanned, the first sector lies
-    /// beyond the last or below 0, or the block size is out of its range.
-    bool start(const ScanRequest &request);
+    /// Asks all scans to end, and forgets them.
+    void abandonAll();
 
-    /// Asks the device's scan to end after the block in hand; false for a device that is not there.
-    bool requestStop(int device);
-
-    /// Stops every scan, waits until they have ended, publishes how far they came and discards the workers.
-    /// False when a drive does not let go of its request in time: its worker is left behind and runs until
-    /// the drive answers, or the process ends without it.
-    [[nodiscard]] bool stopAll(DeviceList &devices);
-
-    /// Puts the scans' progress into the records of their devices; a device that was not scanned since
-    /// create() keeps what its record has.
+    /// Stores the progress of the running scans in the records of their devices.
     void publish(DeviceList &devices) const;
 
+Q_SIGNALS:
+    /// By itself, by requestStop(), or because the drive does not answer.
+    void ended(int device, const ScanProgress &result);
+
 private:
-    [[nodiscard]] scan_tread *worker(int device) const;
-    bool stopAndWait();
-    [[nodiscard]] bool waitForAll(std::chrono::milliseconds patience) const;
-    void discardAll();
+    struct Scan
+    {
+        int work;           ///< number in m_workers
+        scan_tread *thread; ///< owned by m_workers; valid while the scan is listed here
+    };
+
+    void end(int device, WorkEnd how);
 
     DriveSystem &m_drives;
-    const Patience m_patience;
-    std::vector<std::unique_ptr<scan_tread>> m_workers;
+    Workers &m_workers;
+    std::map<int, Scan> m_scans; ///< by device
 };

@@ -2,14 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "scan/schedule.h"
 
-#include "disk/date_time_text.h"
 #include "scan/logging.h"
-
-#include <QStringList>
 
 namespace {
 
-constexpr int kPayloadFields = 5;              // the fifth must be there and is not read
 constexpr int kDueSeconds = 42;                // two to three turns of the check that runs every 20 s
 constexpr qint32 kScheduledBlockSize = 262144; // bytes
 
@@ -29,16 +25,6 @@ bool isScheduledDay(const DeviceRecord &device, const QDate &today)
 
 } // namespace
 
-std::optional<ScheduleChange> parseScheduleChange(const QString &payload)
-{
-    const QStringList fields = payload.split(QStringLiteral("~;"));
-    qCDebug(lcScan) << "parseSetScanSched Numbers of params:" << fields.size() << "Line:" << payload;
-    if (fields.size() != kPayloadFields)
-        return std::nullopt;
-    const DateAndTime moment = parseDateTime(fields[3]);
-    return ScheduleChange{fields[0].toInt(), fields[1].toInt(), fields[2].toInt(), moment.date, moment.time};
-}
-
 void applyScheduleChange(const ScheduleChange &change, DeviceList &devices)
 {
     if (change.device < 0 || change.device >= devices.size())
@@ -57,12 +43,22 @@ bool isScanDue(const DeviceRecord &device, const QDateTime &now)
            device.schedTime <= time.addSecs(kDueSeconds);
 }
 
-QVector<ScanRequest> dueScans(const DeviceList &devices, const QDateTime &now)
+bool ServedSchedules::isServed(const DeviceRecord &device, const QDate &today) const
+{
+    return m_moments.value(device.path) == QDateTime(today, device.schedTime);
+}
+
+void ServedSchedules::serve(const DeviceRecord &device, const QDate &today)
+{
+    m_moments[device.path] = QDateTime(today, device.schedTime);
+}
+
+QVector<ScanRequest> dueScans(const DeviceList &devices, const ServedSchedules &served, const QDateTime &now)
 {
     QVector<ScanRequest> scans;
     for (int i = 0; i < devices.size(); ++i) {
         const DeviceRecord &device = devices[i];
-        if (!isScanDue(device, now))
+        if (!isScanDue(device, now) || served.isServed(device, now.date()))
             continue;
         qCDebug(lcScan) << "scheduled scan is due: device" << i << "at" << device.schedTime << "now" << now;
         scans.append({i, kScheduledBlockSize, 0, qint64(device.capacity / quint64(kScanSectorSize)) - 1});

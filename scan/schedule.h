@@ -5,7 +5,9 @@
 #include "disk/device_record.h"
 #include "scan/scan_request.h"
 
-#include <optional>
+#include <QDate>
+#include <QDateTime>
+#include <QHash>
 
 /// DeviceRecord::schedKind.
 namespace schedule_kind {
@@ -25,9 +27,6 @@ struct ScheduleChange
     QTime time;       ///< not valid: the schedule is never due
 };
 
-/// The change that a console's payload of five fields asks for; nullopt for any other number of fields.
-[[nodiscard]] std::optional<ScheduleChange> parseScheduleChange(const QString &payload);
-
 /// Gives the device its new schedule; a device that is not there has none to give.
 void applyScheduleChange(const ScheduleChange &change, DeviceList &devices);
 
@@ -35,5 +34,17 @@ void applyScheduleChange(const ScheduleChange &change, DeviceList &devices);
 /// Both ends are times of day: from 23:59:18 on the later one is early in the morning, and nothing is due.
 [[nodiscard]] bool isScanDue(const DeviceRecord &device, const QDateTime &now);
 
-/// A scan of the whole drive for every device whose schedule is due.
-[[nodiscard]] QVector<ScanRequest> dueScans(const DeviceList &devices, const QDateTime &now);
+/// The scheduled moment of each drive that was served last: a moment is due at two or three checks.
+class ServedSchedules
+{
+public:
+    [[nodiscard]] bool isServed(const DeviceRecord &device, const QDate &today) const;
+    void serve(const DeviceRecord &device, const QDate &today);
+
+private:
+    QHash<QString, QDateTime> m_moments; ///< by path
+};
+
+/// Returns a scan of the whole drive for every device whose schedule is due and not served yet.
+[[nodiscard]] QVector<ScanRequest> dueScans(const DeviceList &devices, const ServedSchedules &served,
+                                            const QDateTime &now);

@@ -2,16 +2,16 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-/// What the first argument asks the service host to do.
+/// The action that the first argument selects.
 enum class ServiceOption { Run, Install, Uninstall, Version, Exec, Terminate, Pause, Resume, Command, Help };
 
-/// The option a first argument stands for; anything unknown, and null for none, is Run.
+/// Returns the option of a first argument: Run for an unknown one, and for null (no argument).
 [[nodiscard]] ServiceOption serviceOption(const char *argument);
 
-/// Whether a program started with these arguments would serve, as the service or as a regular application.
+/// Returns whether a program with these arguments serves: as the service, or as a regular application.
 [[nodiscard]] bool wouldServe(int argc, char **argv);
 
-/// The usage text; its one %s is the first program argument.
+/// The usage text. Its one %s is the program's name.
 inline constexpr char kUsageText[] =
     "\n%s -[i|u|e|t|p|r|c|v|h]\n"
     "\t-i(nstall) [account] [password]\t: Install the service, optionally using given account and password\n"

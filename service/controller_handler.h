@@ -6,20 +6,20 @@
 #include <QObject>
 #include <QWaitCondition>
 
-/// Brings control requests to the thread it lives on, the main one, as events of type 1000 plus the control
-/// code, and has the service host carry them out there.
+/// Passes control requests of other threads to the service host on the main thread, where the handler must
+/// be created. Each request is an event of type 1000 plus the control code.
 class QtServiceControllerHandler : public QObject
 {
     Q_OBJECT
 public:
-    /// The host's own code beside those of the manager: start.
+    /// The host's own code for the start, beside the service manager's control codes.
     static constexpr quint32 kStartCode = 256;
 
-    /// Called on other threads. Returns when the request has been carried out; false when the service has
-    /// left its event loop before that.
+    /// Waits until the main thread has carried out the request. Returns false if the service has left its
+    /// event loop before. For any thread but the main one.
     bool deliver(quint32 code);
 
-    /// Ends every wait, now and later: the event loop is left.
+    /// Ends every present and future wait. Called when the event loop has ended.
     void close();
 
 protected:
@@ -28,7 +28,7 @@ protected:
 private:
     QMutex m_mutex; // guards all below
     QWaitCondition m_progress;
-    quint64 m_posted = 0; // events are handled in the order they are posted in, so counting tells them apart
+    quint64 m_posted = 0; // events are handled in the order of posting, so a count identifies each
     quint64 m_handled = 0;
     bool m_closed = false;
 };

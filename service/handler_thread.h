@@ -10,7 +10,7 @@
 
 class QtServiceControllerHandler;
 
-/// Runs the service control dispatcher and hands what it delivers to the main thread.
+/// Runs the service control dispatcher and passes its control requests to the main thread.
 class HandlerThread : public QThread, private ServiceClient
 {
     Q_OBJECT
@@ -18,8 +18,8 @@ public:
     HandlerThread(ServiceManager &manager, QString serviceName, ServiceManager::RunMode mode,
                   QtServiceControllerHandler &handler);
 
-    /// Waits until the manager has started the service, or the dispatcher has ended without that; the
-    /// outcome is then the reason.
+    /// Waits until the manager has started the service. Fails with the reason if the dispatcher has ended
+    /// before.
     ServiceOutcome waitUntilStarted();
 
 protected:

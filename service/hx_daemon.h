@@ -3,16 +3,23 @@
 #pragma once
 
 #include "disk/ata_smart.h"
+#include "disk/volume_reader.h"
+#include "disk/workers.h"
+#include "monitor/alarms.h"
+#include "monitor/alert_delivery.h"
 #include "monitor/smtp_sender.h"
+#include "monitor/temperature_history.h"
 #include "protocol/command_target.h"
 #include "protocol/tcp_server.h"
+#include "scan/scan_progress.h"
 #include "scan/scan_workers.h"
+#include "scan/schedule.h"
+#include "service/refresh_queue.h"
+#include "service/service_context.h"
 
 #include <QTimer>
 
 #include <functional>
-
-struct ServiceContext;
 
 /// The service's centre: owns the inventory, the scan workers, the mail sender, the periodic timers and the
 /// two state flags, and answers what the connections ask. Lives on the event loop's thread.
@@ -30,12 +37,13 @@ public:
     void pause();
     void resume();
 
-    /// Has the drives counted 500 ms from now, and detected again if their number has changed. Asking again
-    /// in the meantime changes nothing.
+    /// Counts the drives 500 ms from now, and detects them again if one came, went or was swapped. Further
+    /// calls in the meantime change nothing.
     void scheduleDriveCount();
 
-    /// Ends the scans and readers and waits for them, with a limit. False when one hangs in a request that
-    /// cannot be cut off: the process must then leave without destroying the drives.
+    /// Ends all work on drives and volumes and waits for it, at most 5 s. Returns false if one hangs in a
+    /// request that cannot be cancelled, or if a name lookup is in progress: the process must then end
+    /// without destroying the drives and static objects.
     bool endWorkers();
 
 public Q_SLOTS:
@@ -44,36 +52,53 @@ public Q_SLOTS:
     void Volume_updateDisplay();
     void update_ALL();
     void set_attr9();
-    void refreshInfo() override;
-    void resetInfo() override;
-    void checkHealth() override;
-    void smtpSenderError(const QString &text);
-    void smtpSenderOk(const QString &text);
+    void refreshInfo();
+    void resetInfo();
+    void checkHealth();
+    void smtpSenderError(const MailRun &run);
+    void smtpSenderOk(const MailRun &run);
     void checkScanScheduler();
     void checkFixedDriveCount();
 
 private:
     [[nodiscard]] bool isPaused() const override { return m_paused; }
     [[nodiscard]] bool isDetecting() const override { return m_detecting; }
-    Settings &settings() override;
-    const DeviceList &devices() override;
+    [[nodiscard]] const Settings &settings() const override;
+    [[nodiscard]] const DeviceList &devices() const override;
     [[nodiscard]] bool isScanRunning(int device) const override;
-    void writeSettings() override;
-    void requestRebind() override;
+    void reset(Completion started) override;
+    void refresh(Completion finished) override;
+    void setPollIntervals(const PollIntervals &intervals) override;
+    void changeSettings(const SettingsChange &change) override;
+    void publishScanProgress() override;
     void startScan(const ScanRequest &request) override;
-    bool stopScan(int device) override;
-    void setScanSchedule(const QString &payload) override;
-    QVector<Account> accounts() override;
-    LongText temperatureHistory(const QString &from, const QString &to) override;
-    bool startSmtpTest(const QString &parameters, std::function<void(const QString &)> reply) override;
+    void stopScan(int device, Completion finished) override;
+    void changeSchedule(const ScheduleChange &change) override;
+    [[nodiscard]] QVector<Account> accounts() const override;
+    void findTemperatures(const HistoryPeriod &period, TemperatureHistory::Found found) override;
+    bool startMailTest(const MailTest &test, std::function<void(const QString &)> finished) override;
+    [[nodiscard]] const ServiceOptions &options() const override { return m_context.options; }
+    [[nodiscard]] QJsonObject alerts() const override { return m_alarms.document(); }
+    Result<int> acknowledgeFindings(const FindingName &finding) override
+    {
+        return m_alarms.acknowledge(finding);
+    }
+    Result<void> forgetDrive(const QString &drive) override { return m_alarms.forget(drive); }
+    void testAlarms(std::function<void(const Result<QJsonArray> &)> finished) override
+    {
+        m_alarms.test(finished);
+    }
 
     void startPeriodicTimers();
     void stopPeriodicTimers();
-    void refreshVolumes();
-    void createScanWorkers();
-    void endScans();
-    [[nodiscard]] QString temperatureLogPath() const;
-    void answerSmtpTest(const QString &text);
+    void startRefresh(int number);
+    void pollDrives(const Completion &done);
+    void pollVolumes(const Completion &done);
+    void storeScan(int device, const ScanProgress &result);
+    void writeSettings();
+    void endMailRun(const MailRun &run);
+    /// Rates the drives after a poll, or after a change of settings.
+    void evaluateDrives(bool isPoll);
 
     ServiceContext &m_context;
     bool m_paused = false;
@@ -82,9 +107,23 @@ private:
     QTimer m_volumeTimer;
     QTimer m_scheduleTimer;
     QTimer m_driveCountTimer;
+    QTimer m_storeTimer; ///< repeats a write that failed
+    QTimer m_lifeTimeTimer;
+    Workers m_workers;
     ATA_Smart m_inventory;
+    VolumeReader m_volumes;
     ScanWorkers m_scans;
-    bool m_hasLeftScans = false;
+    ServedSchedules m_servedSchedules;
+    TemperatureHistory m_temperatures;
+    RefreshQueue m_refreshes;
+    int m_detectionParts = 0;     ///< that a detection still waits for
+    VolumeList m_detectedVolumes; ///< by the latest detection
+    bool m_hasDevices = false;    ///< since the first detection has ended
+    bool m_isPolling = false;     ///< by the timer
+    bool m_isPollingVolumes = false;
+    bool m_isCounting = false;
     smtp_sender m_mail;
-    std::function<void(const QString &)> m_smtpTestReply; ///< set while a test mail is under way
+    AlertDelivery m_alerts;
+    Alarms m_alarms;
+    std::function<void(const QString &)> m_smtpTestReply; ///< set while a test mail is being sent
 };

@@ -4,12 +4,13 @@
 
 #include "config/settings.h"
 #include "platform/platform.h"
+#include "platform/program_name.h"
 #include "protocol/local_daemon.h"
 #include "service/hx_daemon.h"
 #include "service/service_context.h"
 
 HxService::HxService(int argc, char **argv, ServiceContext &context)
-    : QtService<QCoreApplication>(argc, argv, QStringLiteral("Halvex Service"), context.platform)
+    : QtService<QCoreApplication>(argc, argv, QString::fromLatin1(kServiceName), context.platform)
     , m_context(context)
 {
     setServiceDescription(QStringLiteral("Halvex Local Service"));
@@ -52,7 +53,7 @@ void HxService::startLocalServer()
             QStringLiteral("Unable to start the local server. Version: %2").arg(settings.versionText), Error);
 }
 
-// The daemon goes while the application still stands: its workers and sockets end in good order.
+// The daemon's workers and sockets need the application while they end.
 int HxService::runApplication()
 {
     const int result = QtService<QCoreApplication>::runApplication();
@@ -62,7 +63,7 @@ int HxService::runApplication()
     return result;
 }
 
-// Leaving the event loop is the host's business.
+// The host leaves the event loop itself.
 void HxService::stop()
 {
     m_daemon->pause();
@@ -78,7 +79,7 @@ void HxService::resume()
     m_daemon->resume();
 }
 
-// Whatever the command, drives may have come or gone.
+// Every command number requests a drive count.
 void HxService::processCommand(int /*code*/)
 {
     m_daemon->scheduleDriveCount();

@@ -12,7 +12,7 @@ class HxDaemon;
 class localDaemon;
 struct ServiceContext;
 
-/// The service as the host runs it: builds the daemon and the local server when it starts, and forwards
+/// The service that the host runs. Creates the daemon and the local server at the start, and forwards
 /// control requests to the daemon.
 class HxService : public QtService<QCoreApplication>
 {
@@ -20,8 +20,8 @@ public:
     HxService(int argc, char **argv, ServiceContext &context);
     ~HxService() override;
 
-    /// After exec(): whether a worker still hangs in a request to a drive, so that the process has to end
-    /// without destroying what the worker uses.
+    /// Returns, after exec(), whether a worker still hangs in a request to a drive or to a name server, so
+    /// that the process has to end without destroying the objects that the worker uses.
     [[nodiscard]] bool leftThreadsBehind() const { return m_leftThreadsBehind; }
 
 protected:

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "service/service_base.h"
 
+#include "platform/program_arguments.h"
 #include "platform/stop_signals.h"
 #include "service/app_event_filter.h"
 #include "service/command_line.h"
@@ -17,9 +18,8 @@
 namespace {
 
 constexpr int kFailed = -1;
-constexpr int kCouldNotStart = -4;
 
-/// How long a pending state may last before the manager takes the service for hung.
+/// The time after which the manager considers a service hung that reports no progress.
 constexpr std::chrono::milliseconds kPendingHint(30000);
 
 QtServiceBase *theService = nullptr;
@@ -60,7 +60,12 @@ EventType eventType(QtServiceBase::MessageType type)
     return EventType::Success;
 }
 
-/// Hands an outcome on to the exit code and message of the caller, and its reason to who asks for it.
+QString wording(std::optional<bool> fact, const char *yes, const char *no, const char *unknown)
+{
+    return QString::fromLatin1(!fact ? unknown : *fact ? yes : no);
+}
+
+/// Returns whether a request succeeded, and logs the reason if it did not.
 bool succeeded(const ServiceOutcome &outcome)
 {
     if (!outcome.ok())
@@ -130,8 +135,10 @@ int QtServiceBase::install()
         printError("The service %s is already installed\n", m_name);
         return 0;
     }
-    if (!succeeded(service.install(m_description, m_startup, argument(2), argument(3)))) {
+    const ServiceOutcome outcome = service.install(m_description, argument(2), argument(3));
+    if (!outcome.ok()) {
         printError("The service %s could not be installed\n", m_name);
+        printError("%s\n", outcome.text);
         return kFailed;
     }
     std::fprintf(m_io.out, "The service %s has been installed under: %s\n", m_name.toLocal8Bit().constData(),
@@ -156,11 +163,13 @@ int QtServiceBase::uninstall()
 
 int QtServiceBase::printStatus()
 {
-    const QtServiceController service = controller();
+    const ServiceView view = controller().view();
     std::fprintf(m_io.out, "The service\n\t%s\n\t%s\n\n", m_name.toLocal8Bit().constData(),
                  argument(0).toLocal8Bit().constData());
-    std::fprintf(m_io.out, "is %s", service.isInstalled() ? "installed" : "not installed");
-    std::fprintf(m_io.out, " and %s\n\n", service.isRunning() ? "running" : "not running");
+    print("%s", wording(view.isInstalled, "is installed", "is not installed", "may be installed"));
+    print(" and %s\n\n", wording(view.isRunning, "running", "not running", "may be running"));
+    if (!view.obstacle.isEmpty())
+        printError("The state of the service is not fully known: %s\n", view.obstacle);
     return 0;
 }
 
@@ -222,6 +231,7 @@ std::optional<int> QtServiceBase::run(ServiceManager::RunMode mode)
     handler.close();
     stopWatcher.reset();
     application.reset();
+    m_platform.instanceLock.reset();
     reportStatus(ServiceState::Stopped);
     dispatcher.wait();
     return result;
@@ -281,7 +291,7 @@ QtServiceController QtServiceBase::controller() const
 
 QString QtServiceBase::argument(int index) const
 {
-    return index < m_argc ? QString::fromLocal8Bit(m_argv[std::size_t(index)]) : QString();
+    return index < m_argc ? decodeArgument(m_argv[std::size_t(index)]) : QString();
 }
 
 void QtServiceBase::print(const char *format, const QString &text) const

@@ -16,16 +16,16 @@
 #include <optional>
 #include <vector>
 
-/// Where the host prints, and how it waits for another process.
+/// The host's output streams, and its wait for another process.
 struct ServiceHostIo
 {
     std::FILE *out = stdout;
     std::FILE *err = stderr;
-    QtServiceController::Sleep sleep; ///< really sleeps unless set
+    QtServiceController::Sleep sleep; ///< default: sleeps on this thread
 };
 
 /// The service host: carries out the command line, and runs the service under the service manager or as a
-/// regular application. One object a process. All virtual operations are called on the main thread.
+/// regular application. A process has at most one. Virtual operations are called on the main thread.
 class QtServiceBase
 {
 public:
@@ -35,35 +35,37 @@ public:
     };
     Q_DECLARE_FLAGS(ServiceFlags, ServiceFlag)
 
+    /// The exit code of a start that failed.
+    static constexpr int kCouldNotStart = -4;
+
     enum MessageType { Success = 0, Error, Warning, Information };
 
     QtServiceBase(const QtServiceBase &) = delete;
     QtServiceBase &operator=(const QtServiceBase &) = delete;
     virtual ~QtServiceBase();
 
-    /// The host of this process; null when there is none.
+    /// Returns the host of this process; null if there is none.
     [[nodiscard]] static QtServiceBase *instance();
 
-    /// Carries out what the command line asks for and returns the program's exit code.
+    /// Carries out the command line. Returns the program's exit code.
     int exec();
 
     /// Writes to the system's event log under the service's name.
     void writeServiceLog(const QString &message, MessageType type = Success, quint32 id = 0,
                          quint16 category = 0, const QByteArray &data = {});
 
-    /// Carries out a control code or the host's start code, on the main thread. What comes before the start
-    /// or after a stop does nothing; only a stop always ends the event loop.
+    /// Carries out a control code, or the host's start code. A code before the start or after a stop has no
+    /// effect, but a stop always ends the event loop. Must be called on the main thread.
     void carryOut(quint32 code);
 
 protected:
-    /// `platform` and the strings of `argv` must outlive the host. A name that is too long or holds
-    /// backslashes is corrected, with a warning.
+    /// `platform` and the strings of `argv`, as ProgramArguments returns them, must outlive the host. A name
+    /// that is too long or holds backslashes is corrected, with a warning.
     QtServiceBase(int argc, char **argv, const QString &name, Platform &platform, ServiceHostIo io = {});
 
     [[nodiscard]] QString serviceName() const { return m_name; }
     void setServiceDescription(const QString &description) { m_description = description; }
     void setServiceFlags(ServiceFlags flags) { m_flags = flags; }
-    void setStartupType(ServiceStartup startup) { m_startup = startup; }
 
     virtual void start() = 0;
     virtual void stop() = 0;
@@ -81,7 +83,7 @@ private:
     int runAsService();
     int runAsApplication();
 
-    /// The event loop's result; nullopt when the service could not start.
+    /// Returns the event loop's result; nullopt if the service could not start.
     std::optional<int> run(ServiceManager::RunMode mode);
     void reportStatus(ServiceState state);
     [[nodiscard]] QtServiceController controller() const;
@@ -98,13 +100,12 @@ private:
     const QString m_name;
     QString m_description;
     ServiceFlags m_flags = Default;
-    ServiceStartup m_startup = ServiceStartup::Automatic;
     ServiceState m_state = ServiceState::StartPending;
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(QtServiceBase::ServiceFlags)
 
-/// A service whose work runs in the event loop of an `Application`.
+/// A service that runs in the event loop of an `Application`.
 template <typename Application>
 class QtService : public QtServiceBase
 {

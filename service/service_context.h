@@ -2,18 +2,21 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "protocol/scrambling.h"
+#include "disk/workers.h"
+#include "wire/scrambling.h"
 
 struct Platform;
+struct ServiceOptions;
 struct Settings;
 class SettingsStore;
 
-/// What the program entry composes and hands down. The entry owns what the references name and keeps it
-/// until the service has ended.
+/// The objects that the program entry creates. The entry owns them until the service has ended.
 struct ServiceContext
 {
     Platform &platform;
     Settings &settings;
     SettingsStore &store;
-    OffsetSource offsets; ///< for every line that is scrambled
+    const ServiceOptions &options;
+    OffsetSource offsets; ///< of scrambled lines
+    WorkLimits limits = {};
 };

@@ -25,19 +25,18 @@ bool QtServiceController::isInstalled() const
     return m_manager.isInstalled(m_name);
 }
 
-bool QtServiceController::isRunning() const
+ServiceView QtServiceController::view() const
 {
-    return m_manager.state(m_name).value_or(ServiceState::Stopped) != ServiceState::Stopped;
+    return m_manager.view(m_name);
 }
 
-ServiceOutcome QtServiceController::install(const QString &description, ServiceStartup startup,
-                                            const QString &account, const QString &password)
+ServiceOutcome QtServiceController::install(const QString &description, const QString &account,
+                                            const QString &password)
 {
     ServiceDefinition service;
     service.name = m_name;
     service.description = description;
     service.programPath = m_manager.programPath();
-    service.startup = startup;
     service.account = installationAccount(account);
     if (!service.account.isEmpty())
         service.password = password;

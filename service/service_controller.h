@@ -10,33 +10,32 @@
 #include <chrono>
 #include <functional>
 
-/// The account to install under for the one that was asked for: this machine's unless it names another, and
+/// Returns the account in the service manager's form: of this machine unless `wanted` names a domain, and
 /// empty for the local system.
 [[nodiscard]] QString installationAccount(const QString &wanted);
 
-/// Installs, removes, controls and asks about a service by its name, from outside of it.
+/// Installs, removes, controls and queries a service by its name, from another process.
 class QtServiceController
 {
 public:
     using Sleep = std::function<void(std::chrono::milliseconds)>;
 
-    /// `sleep` waits between two looks at a service that is stopping.
+    /// `sleep` waits between two queries of a service that is stopping.
     QtServiceController(ServiceManager &manager, QString name, Sleep sleep);
 
     [[nodiscard]] bool isInstalled() const;
-    [[nodiscard]] bool isRunning() const;
+    [[nodiscard]] ServiceView view() const;
 
-    ServiceOutcome install(const QString &description, ServiceStartup startup, const QString &account,
-                           const QString &password);
+    ServiceOutcome install(const QString &description, const QString &account, const QString &password);
     ServiceOutcome uninstall();
     ServiceOutcome start(const QStringList &arguments = {});
 
-    /// Asks the service to stop and waits up to 2 s until it has; an error if it has not.
+    /// Stops the service. Fails if it has not stopped after 2 s.
     ServiceOutcome stop();
     ServiceOutcome pause();
     ServiceOutcome resume();
 
-    /// A custom command, 0 to 127; another number is refused.
+    /// Sends a custom command, 0 to 127. Fails for another number.
     ServiceOutcome sendCommand(int command);
 
 private:

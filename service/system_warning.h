@@ -5,7 +5,7 @@
 #include <QString>
 #include <QtDebug>
 
-/// A warning on the framework's warning output with the system's words for the error appended.
+/// Logs a warning, followed by the system's text for the error.
 inline void systemWarning(const char *message, const QString &systemErrorText)
 {
     qWarning("%s (%s)", message, qUtf8Printable(systemErrorText));

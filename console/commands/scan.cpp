@@ -1,24 +1,22 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/numbers.h"
-#include "console/client/requests.h"
-#include "console/client/scans.h"
-#include "console/client/short_replies.h"
-#include "console/commands/command.h"
+#include "client/documents.h"
+#include "client/numbers.h"
+#include "client/units.h"
 #include "console/commands/scan_report.h"
+#include "console/context.h"
 #include "console/host.h"
-#include "console/render/units.h"
+#include "console/scan_progress.h"
 
 #include <QElapsedTimer>
-#include <QEventLoop>
-#include <QTimer>
 
 #include <algorithm>
 
 namespace {
 
 using namespace std::chrono_literals;
-using client::Result;
+namespace requests = client::requests;
+using client::Drive;
 using client::ScanState;
 using client::ScanStatus;
 
@@ -27,76 +25,53 @@ constexpr qint32 kSmallestBlock = 512;
 constexpr qint32 kLargestBlock = 64 * 1024 * 1024;
 constexpr qint32 kUsualBlock = 256 * 1024;
 
-struct ScanPlan
+qint32 blockOption(const Context &context)
 {
-    qint32 block = kUsualBlock;
-    std::optional<quint64> first;
-    std::optional<quint64> last;
-};
-
-std::optional<ScanPlan> planOf(const Arguments &arguments)
-{
-    ScanPlan plan;
-    const auto sector = [&](const QString &option, std::optional<quint64> &target) {
-        const auto text = arguments.value(option);
-        if (text)
-            target = client::strictNumber<quint64>(*text);
-        return !text || target.has_value();
-    };
-    if (!sector(QStringLiteral("first"), plan.first) || !sector(QStringLiteral("last"), plan.last))
-        return std::nullopt;
-    if (const auto text = arguments.value(QStringLiteral("block"))) {
-        const auto block = render::parseBlockSize(*text);
-        if (!block || *block < kSmallestBlock || *block > kLargestBlock)
-            return std::nullopt;
-        plan.block = *block;
-    }
-    return plan;
+    const auto text = context.arguments().value(QStringLiteral("block"));
+    const auto block = text ? client::parseBlockSize(*text) : kUsualBlock;
+    if (!block || *block < kSmallestBlock || *block > kLargestBlock)
+        context.refuse(QStringLiteral("--block takes bytes from 512 to 64M"));
+    return *block;
 }
 
-/// What is wrong with scanning `drive` by `plan`, whose gaps are filled; empty when nothing is. The service
-/// itself would say nothing.
-QString completePlan(ScanPlan &plan, const client::Drive &drive)
+/// Returns the sector that `option` gives, or `usual` without the option.
+quint64 sectorOption(const Context &context, const QString &option, quint64 usual)
+{
+    const auto text = context.arguments().value(option);
+    const auto sector = text ? client::strictNumber<quint64>(*text) : usual;
+    if (!sector)
+        context.refuse(QStringLiteral("--%1 takes a sector, not '%2'").arg(option, *text));
+    return *sector;
+}
+
+/// Refuses a range that the service would not scan, because the service itself does not report that.
+client::BadRange checkedRange(const Context &context, const Drive &drive)
 {
     const quint64 sectors = drive.capacity / client::kScanSectorBytes;
     if (sectors == 0)
-        return QStringLiteral("the drive's size is not known; give --first and --last");
-    plan.first = plan.first.value_or(0);
-    plan.last = plan.last.value_or(sectors - 1);
-    if (*plan.first > *plan.last)
-        return QStringLiteral("the first sector lies behind the last");
-    if (*plan.last >= sectors)
-        return QStringLiteral("the drive's last sector is %1").arg(sectors - 1);
-    return {};
+        context.refuse(QStringLiteral("the size of drive %1 is unknown").arg(drive.number));
+    const client::BadRange range{sectorOption(context, QStringLiteral("first"), 0),
+                                 sectorOption(context, QStringLiteral("last"), sectors - 1)};
+    if (range.first > range.last)
+        context.refuse(QStringLiteral("the first sector is above the last"));
+    if (range.last >= sectors)
+        context.refuse(QStringLiteral("the last sector of the drive is %1").arg(sectors - 1));
+    return range;
 }
 
-Result<QVector<ScanStatus>> askScans(Context &context)
+/// Returns whether a scan of the drive is running, by the list of the service.
+bool isRunning(const QVector<ScanStatus> &scans, qint32 drive)
 {
-    return context.session().query(QStringLiteral("GSTATSCAN"), client::parseScanStatus);
+    return std::any_of(scans.cbegin(), scans.cend(), [drive](const ScanStatus &scan) {
+        return scan.drive == drive && scan.state == ScanState::Running;
+    });
 }
 
-/// Whether the scan of `drive` runs, by the service's own list.
-std::optional<bool> isRunning(const QVector<ScanStatus> &scans, qint32 drive)
-{
-    for (const ScanStatus &scan : scans) {
-        if (scan.drive == drive)
-            return scan.state == ScanState::Running;
-    }
-    return std::nullopt;
-}
-
-void pauseFor(std::chrono::milliseconds time)
-{
-    QEventLoop loop;
-    QTimer::singleShot(time, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-/// The scans of the drives to be shown, rated anew at each look.
+/// The scans to be shown. Each look updates their rates.
 class ScanView
 {
 public:
-    ScanView(Context &context, QVector<client::Drive> drives, std::optional<qint32> drive)
+    ScanView(Context &context, QVector<Drive> drives, std::optional<qint32> drive)
         : m_context(context)
         , m_drives(std::move(drives))
         , m_drive(drive)
@@ -105,24 +80,19 @@ public:
         m_clock.start();
     }
 
-    /// Asks once more; the failure when there is no answer.
-    std::optional<client::Failure> look()
+    void look()
     {
-        const auto scans = askScans(m_context);
-        if (!scans)
-            return scans.failure();
         m_reports.clear();
-        for (const ScanStatus &scan : *scans) {
+        for (const ScanStatus &scan : m_context.ask(requests::scans())) {
             if (scan.drive >= m_drives.size())
-                return client::Failure{client::FailureKind::NotUnderstood,
-                                       QStringLiteral("it reports a scan of a drive that it has not")};
+                throw CommandFailure{kExitNoAnswer,
+                                     QStringLiteral("the service detected its drives again meanwhile")};
             if (m_drive && scan.drive != *m_drive)
                 continue;
             RateMeter &meter = m_meters[scan.drive];
             meter.sample(m_clock.elapsed(), scan);
             m_reports.append({scan, m_drives.at(scan.drive), meter.bytesPerSecond()});
         }
-        return std::nullopt;
     }
 
     [[nodiscard]] bool isAnyRunning() const
@@ -134,138 +104,94 @@ public:
 
     [[nodiscard]] const QVector<ScanReport> &reports() const { return m_reports; }
 
+    [[nodiscard]] QVector<ScanStatus> scans() const
+    {
+        QVector<ScanStatus> scans;
+        for (const ScanReport &report : m_reports)
+            scans.append(report.status);
+        return scans;
+    }
+
 private:
     Context &m_context;
-    QVector<client::Drive> m_drives;
+    QVector<Drive> m_drives;
     std::optional<qint32> m_drive;
     QVector<RateMeter> m_meters;
     QVector<ScanReport> m_reports;
     QElapsedTimer m_clock;
 };
 
-/// Waits until it is time to look again. A local console lets others in meanwhile.
-std::optional<client::Failure> pauseBetweenLooks(Context &context)
-{
-    const bool isLocal = context.session().endpoint().isLocal();
-    if (isLocal)
-        context.session().close();
-    pauseFor(kFollowInterval);
-    if (!isLocal)
-        return std::nullopt;
-    const auto greeting = context.greet();
-    return greeting ? std::nullopt : std::optional<client::Failure>(greeting.failure());
-}
-
-/// Shows the scans again and again, in place, until none runs any more.
-std::optional<client::Failure> follow(Context &context, ScanView &view)
+/// Updates the view until no scan is running, and shows it in place on a terminal.
+void follow(Context &context, ScanView &view)
 {
     const bool isLive = context.style().hasGraphics && !context.wantsJson();
-    int shownLines = 0;
-    while (true) {
+    for (int shownLines = 0;; view.look()) {
         if (isLive) {
-            // Lines that have left the screen upwards cannot be written over.
+            // Lines above the screen cannot be written again.
             const QStringList lines =
-                scanLines(view.reports(), outputStyle()).mid(0, host::terminalSize().rows - 1);
+                scanLines(view.reports(), outputStyle(), true).mid(0, host::terminalSize().rows - 1);
             context.output().redraw(lines, shownLines);
             shownLines = int(lines.size());
         }
         if (!view.isAnyRunning())
-            return std::nullopt;
-        if (auto failure = pauseBetweenLooks(context))
-            return failure;
-        if (auto failure = view.look())
-            return failure;
+            return;
+        context.pause(kFollowInterval);
     }
+}
+
+void scanStatus(Context &context)
+{
+    std::optional<qint32> drive;
+    if (!context.arguments().positionals.isEmpty())
+        drive = context.driveArgument();
+    const auto drives = context.ask(requests::allDrives());
+    if (drive && *drive >= drives.size())
+        context.refuse(QStringLiteral("the service has no drive %1").arg(*drive));
+    ScanView view(context, drives, drive);
+    view.look();
+    const bool isFollowing = context.arguments().has(QStringLiteral("follow"));
+    if (isFollowing)
+        follow(context, view);
+    const bool isShown = isFollowing && context.style().hasGraphics;
+    context.show([&] { return client::documents::scans(view.scans(), context.zone()); },
+                 [&] { return isShown ? QStringList() : scanLines(view.reports(), context.style()); });
+}
+
+void startScan(Context &context)
+{
+    const qint32 number = context.driveArgument();
+    const qint32 block = blockOption(context);
+    const auto range = checkedRange(context, context.ask(requests::drive(number)));
+    if (isRunning(context.ask(requests::scans()), number))
+        context.refuse(QStringLiteral("a scan of drive %1 is already running").arg(number));
+    (void)context.ask(requests::startScan(number, block, range.first, range.last));
+    context.confirm(
+        QStringLiteral("scanning sectors %1 to %2 of drive %3").arg(range.first).arg(range.last).arg(number));
+}
+
+void stopScan(Context &context)
+{
+    const qint32 number = context.driveArgument();
+    (void)context.ask(requests::drive(number));
+    if (!isRunning(context.ask(requests::scans()), number))
+        context.refuse(QStringLiteral("no scan of drive %1 is running").arg(number));
+    (void)context.ask(requests::stopScan(number));
+    context.confirm(QStringLiteral("the scan of drive %1 stops after the present block").arg(number));
 }
 
 } // namespace
 
-int runScanStart(Context &context)
+QVector<Command> scanCommands()
 {
-    const auto index = context.driveArgument();
-    auto plan = planOf(context.arguments());
-    if (!index)
-        return context.refuseDrive();
-    if (!plan)
-        return context.refuse(
-            QStringLiteral("--first and --last take sectors, --block bytes from 512 to 64M"));
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    const auto drive = context.askDrive(*index);
-    if (!drive)
-        return context.fail(drive.failure());
-    const QString fault = completePlan(*plan, *drive);
-    if (!fault.isEmpty())
-        return context.refuse(fault);
-    const auto scans = askScans(context);
-    if (!scans)
-        return context.fail(scans.failure());
-    if (isRunning(*scans, *index).value_or(false))
-        return context.refuse(QStringLiteral("a scan of drive %1 runs already").arg(*index));
-
-    const QString confirmation = QStringLiteral("STARTEDSCAN]![%1").arg(*index);
-    const auto started =
-        context.session().query(client::requests::startScan(*index, plan->block, *plan->first, *plan->last),
-                                client::exactly(confirmation));
-    if (!started)
-        return context.fail(started.failure());
-    context.output().note(
-        QStringLiteral("scanning sectors %1 to %2 of drive %3")
-            .arg(QString::number(*plan->first), QString::number(*plan->last), QString::number(*index)));
-    return kExitFine;
-}
-
-int runScanStop(Context &context)
-{
-    const auto index = context.driveArgument();
-    if (!index)
-        return context.refuseDrive();
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    const auto scans = askScans(context);
-    if (!scans)
-        return context.fail(scans.failure());
-    const auto running = isRunning(*scans, *index);
-    if (!running)
-        return context.refuse(QStringLiteral("the service has no drive %1").arg(*index));
-    if (!*running)
-        return context.refuse(QStringLiteral("no scan of drive %1 runs").arg(*index));
-    const auto stopped = context.session().query(
-        client::requests::stopScan(*index), client::exactly(QStringLiteral("STOPEDSCAN]![%1").arg(*index)));
-    if (!stopped)
-        return context.fail(stopped.failure());
-    context.output().note(QStringLiteral("the scan of drive %1 stops after the block in hand").arg(*index));
-    return kExitFine;
-}
-
-int runScanStatus(Context &context)
-{
-    const bool hasDrive = !context.arguments().positionals.isEmpty();
-    const auto index = hasDrive ? context.driveArgument() : std::nullopt;
-    if (hasDrive && !index)
-        return context.refuseDrive();
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    const auto drives = context.session().query(QStringLiteral("ALLDEVINFO"), client::parseAllDrives);
-    if (!drives)
-        return context.fail(drives.failure());
-    if (index && *index >= drives->size())
-        return context.refuse(QStringLiteral("the service has no drive %1").arg(*index));
-
-    ScanView view(context, *drives, index);
-    if (const auto failure = view.look())
-        return context.fail(*failure);
-    const bool isFollowing = context.arguments().has(QStringLiteral("follow"));
-    if (isFollowing) {
-        if (const auto failure = follow(context, view))
-            return context.fail(*failure);
-    }
-    if (context.wantsJson())
-        context.output().print(QJsonDocument(scanArray(view.reports())));
-    else if (!isFollowing || !context.style().hasGraphics)
-        context.output().print(scanLines(view.reports(), context.style()));
-    return kExitFine;
+    return {
+        command("scan status", "[N]", 0, 1, scanStatus, "Show the surface scans of all drives or of drive N.",
+                "", {option("follow", "", "Show progress, speed and time left until no scan is running.")}),
+        command(
+            "scan start", "N", 1, 1, startScan, "Start a surface scan of drive N.",
+            "A sector has 512 bytes, whatever the drive's own sectors have. The default is the whole drive.",
+            {option("first", "SECTOR", "The first sector (0)."),
+             option("last", "SECTOR", "The last sector (the last of the drive)."),
+             option("block", "BYTES", "Bytes to read at a time, such as 65536, 64K or 1M (256K).")}),
+        command("scan stop", "N", 1, 1, stopScan, "Stop the surface scan of drive N."),
+    };
 }

@@ -2,130 +2,131 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/commands/scan_report.h"
 
-#include "console/client/failure.h"
-#include "console/commands/json.h"
+#include "client/columns.h"
+#include "client/failure.h"
+#include "client/units.h"
 #include "console/render/bars.h"
 #include "console/render/text.h"
-#include "console/render/units.h"
+#include "console/scan_progress.h"
 
-#include <QJsonObject>
+#include <algorithm>
 
 namespace {
 
 using client::ScanState;
+using client::Tone;
 
 constexpr int kBarWidth = 20;
 constexpr int kMargin = 4;
-constexpr int kShownRanges = 8; // a dying drive has thousands; --json gives them all
+constexpr int kUsualWidth = 80;
+constexpr int kShownRanges = 32; // on a terminal: a failing drive has thousands
 
 quint64 sectorsOf(const ScanReport &report)
 {
     return report.drive.capacity / client::kScanSectorBytes;
 }
 
-QString progressLine(const ScanReport &report, const render::Style &style)
+/// Returns the range that was read so far; the end of the range is not known.
+QString sectorsText(const client::ScanStatus &status)
+{
+    return QStringLiteral("sectors %1 to %2").arg(status.firstSector).arg(status.currentSector);
+}
+
+QString progressText(const ScanReport &report, const render::Style &style)
 {
     const client::ScanStatus &status = report.status;
-    QStringList parts{scanStateText(status)};
-    if (status.state != ScanState::Failed) {
-        QString percent = QStringLiteral("%1 %").arg(status.percent);
-        if (style.hasGraphics)
-            percent.prepend(render::progressBar(status.percent / 100.0, kBarWidth) + QLatin1Char(' '));
-        parts.append(percent);
-    }
+    if (status.state == ScanState::Failed)
+        return QStringLiteral("failed: the drive could not be opened");
+    QString percent = QStringLiteral("%1 %").arg(status.isComplete() ? 100 : status.percent);
+    if (style.hasGraphics)
+        percent.prepend(render::progressBar(status.percent / 100.0, kBarWidth) + QLatin1Char(' '));
+    const bool isPart = status.firstSector > 0 || status.currentSector + 1 < sectorsOf(report);
+    if (status.isComplete() && isPart)
+        percent += QStringLiteral(" of a part of the drive");
+    QStringList parts{scanStateName(status), percent};
     if (report.bytesPerSecond) {
-        parts.append(render::rateText(*report.bytesPerSecond));
+        parts.append(client::rateText(*report.bytesPerSecond));
         if (const auto left = secondsLeft(status, sectorsOf(report), *report.bytesPerSecond))
-            parts.append(render::durationText(*left) + QStringLiteral(" left"));
-    }
-    if (status.time.isValid()) {
-        const bool isRunning = status.state == ScanState::Running;
-        parts.append((isRunning ? QStringLiteral("since ") : QStringLiteral("ended ")) +
-                     render::timeText(status.time));
+            parts.append(client::durationText(*left) + QStringLiteral(" left"));
     }
     return parts.join(QStringLiteral(", "));
 }
 
-QString rangesLine(const QVector<client::BadRange> &ranges)
+QString timeAndSectors(const client::ScanStatus &status)
 {
-    QStringList texts;
-    for (const client::BadRange &range : ranges.mid(0, kShownRanges))
-        texts.append(QStringLiteral("%1-%2").arg(range.first).arg(range.last));
-    if (ranges.size() > kShownRanges)
-        texts.append(QStringLiteral("and %1 more").arg(ranges.size() - kShownRanges));
-    return QStringLiteral("bad sectors: ") + texts.join(QStringLiteral(", "));
+    const bool isRunning = status.state == ScanState::Running;
+    const QString sectors = sectorsText(status);
+    if (!status.time.isValid())
+        return sectors;
+    return sectors + (isRunning ? QStringLiteral(", since ") : QStringLiteral(", ended ")) +
+           client::timeText(status.time);
+}
+
+/// Returns the bad ranges in lines of at most `width` columns.
+QStringList rangeLines(const QVector<client::BadRange> &ranges, int width, bool isTerminal)
+{
+    QStringList lines{QStringLiteral("bad sectors:")};
+    const int shown = isTerminal ? kShownRanges : int(ranges.size());
+    const auto add = [&lines, width](const QString &text) {
+        if (lines.last().size() + 1 + text.size() > width)
+            lines.append(QStringLiteral(" "));
+        lines.last() += QLatin1Char(' ') + text;
+    };
+    for (const client::BadRange &range : ranges.mid(0, shown))
+        add(QStringLiteral("%1-%2").arg(range.first).arg(range.last));
+    if (ranges.size() > shown)
+        add(QStringLiteral("and %1 more (--json prints all)").arg(ranges.size() - shown));
+    return lines;
+}
+
+QString driveText(const client::Drive &drive)
+{
+    return QStringLiteral("%1  %2, %3")
+        .arg(QString::number(drive.number), client::visible(drive.model), client::sizeText(drive.capacity));
+}
+
+QStringList scanBlock(const ScanReport &report, const render::Style &style)
+{
+    const QString indent(kMargin, QLatin1Char(' '));
+    const int room = style.width > kMargin ? style.width - kMargin : 0;
+    QStringList lines{progressText(report, style), timeAndSectors(report.status)};
+    if (!report.status.badRanges.isEmpty())
+        lines += rangeLines(report.status.badRanges, room > 0 ? room : kUsualWidth, style.hasGraphics);
+    for (QString &line : lines)
+        line = indent + render::cut(line, room);
+    lines.prepend(painted(render::cut(driveText(report.drive), style.width), Tone::Strong, style));
+    if (style.hasGraphics)
+        lines.insert(3, indent + render::surfaceMap(report.status, sectorsOf(report), room, style));
+    return lines;
+}
+
+QString neverScannedText(const QVector<ScanReport> &reports)
+{
+    if (reports.size() == 1)
+        return driveText(reports.first().drive) + QStringLiteral(": never scanned");
+    QStringList numbers;
+    for (const ScanReport &report : reports)
+        numbers.append(QString::number(report.drive.number));
+    return QStringLiteral("never scanned: drives ") + numbers.join(QStringLiteral(", "));
 }
 
 } // namespace
 
-QString scanStateText(const client::ScanStatus &status)
+QStringList scanLines(QVector<ScanReport> reports, const render::Style &style, bool isFollowing)
 {
-    switch (status.state) {
-    case ScanState::Running:
-        return QStringLiteral("running");
-    case ScanState::Failed:
-        return QStringLiteral("failed: the drive could not be opened");
-    case ScanState::Idle:
-        break;
-    }
-    if (!status.hasRun())
-        return QStringLiteral("never scanned");
-    return status.percent == 100 ? QStringLiteral("done") : QStringLiteral("stopped");
-}
-
-QStringList scanLines(const QVector<ScanReport> &reports, const render::Style &style)
-{
-    const QString indent(kMargin, QLatin1Char(' '));
-    const int room = style.width > kMargin ? style.width - kMargin : 0;
+    const auto firstIdle =
+        std::stable_partition(reports.begin(), reports.end(), [isFollowing](const ScanReport &report) {
+            return isFollowing && report.status.state == ScanState::Running;
+        });
+    const auto firstNew = std::stable_partition(
+        firstIdle, reports.end(), [](const ScanReport &report) { return report.status.hasRun(); });
     QStringList lines;
-    bool hasMap = false;
-    for (const ScanReport &report : reports) {
-        const QString name =
-            QStringLiteral("%1  %2, %3")
-                .arg(QString::number(report.status.drive), client::visible(report.drive.model),
-                     render::sizeText(report.drive.capacity));
-        if (!report.status.hasRun()) { // one line is enough
-            lines.append(
-                render::cut(name + QStringLiteral(": ") + scanStateText(report.status), style.width));
-            continue;
-        }
-        lines.append(painted(render::cut(name, style.width), render::Colour::Strong, style));
-        lines.append(indent + render::cut(progressLine(report, style), room));
-        if (style.hasGraphics) {
-            lines.append(indent + render::surfaceMap(report.status, sectorsOf(report), room, style));
-            hasMap = true;
-        }
-        if (!report.status.badRanges.isEmpty())
-            lines.append(indent + render::cut(rangesLine(report.status.badRanges), room));
-    }
-    if (hasMap)
-        lines.append(indent + render::surfaceLegend(style));
+    for (auto report = reports.begin(); report != firstNew; ++report)
+        lines += scanBlock(*report, style);
+    if (style.hasGraphics && firstNew != reports.begin())
+        lines.append(QString(kMargin, QLatin1Char(' ')) + render::surfaceLegend(style));
+    const QVector<ScanReport> neverScanned(firstNew, reports.end());
+    if (!neverScanned.isEmpty() && (!isFollowing || lines.isEmpty()))
+        lines.append(render::cut(neverScannedText(neverScanned), style.width));
     return lines;
-}
-
-QJsonArray scanArray(const QVector<ScanReport> &reports)
-{
-    QJsonArray array;
-    for (const ScanReport &report : reports) {
-        const client::ScanStatus &status = report.status;
-        QJsonArray ranges;
-        for (const client::BadRange &range : status.badRanges)
-            ranges.append(QJsonArray{json::number(range.first), json::number(range.last)});
-        const bool isRunning = status.state == ScanState::Running;
-        QJsonObject object{
-            {QStringLiteral("drive"), status.drive},
-            {QStringLiteral("running"), isRunning},
-            {QStringLiteral("failed"), status.state == ScanState::Failed},
-            {QStringLiteral("badSectors"), ranges},
-        };
-        if (status.hasRun()) {
-            object.insert(QStringLiteral("percent"), status.percent);
-            object.insert(QStringLiteral("firstSector"), json::number(status.firstSector));
-            object.insert(QStringLiteral("currentSector"), json::number(status.currentSector));
-            object.insert(isRunning ? QStringLiteral("started") : QStringLiteral("ended"),
-                          render::isoTime(status.time));
-        }
-        array.append(object);
-    }
-    return array;
 }

@@ -2,18 +2,16 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "console/client/inventory.h"
-#include "console/client/scans.h"
+#include "client/inventory.h"
+#include "client/scans.h"
 #include "console/render/style.h"
-#include "console/scan_progress.h"
 
-#include <QJsonArray>
 #include <QStringList>
 #include <QVector>
 
 #include <optional>
 
-/// A drive's scan with what is known besides.
+/// The scan of a drive.
 struct ScanReport
 {
     client::ScanStatus status;
@@ -21,8 +19,7 @@ struct ScanReport
     std::optional<double> bytesPerSecond;
 };
 
-[[nodiscard]] QStringList scanLines(const QVector<ScanReport> &reports, const render::Style &style);
-[[nodiscard]] QJsonArray scanArray(const QVector<ScanReport> &reports);
-
-/// "running", "failed", "done", "stopped" or "never": what the latest scan came to.
-[[nodiscard]] QString scanStateText(const client::ScanStatus &status);
+/// Returns the text of `scan status`. With `isFollowing`, running scans come first and drives without a scan
+/// are left out. Drives that were never scanned share one line if there is more than one.
+[[nodiscard]] QStringList scanLines(QVector<ScanReport> reports, const render::Style &style,
+                                    bool isFollowing = false);

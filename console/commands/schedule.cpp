@@ -1,198 +1,139 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/requests.h"
-#include "console/client/scans.h"
-#include "console/commands/command.h"
-#include "console/render/table.h"
-
-#include <QJsonArray>
-#include <QJsonObject>
+#include "client/columns.h"
+#include "console/context.h"
 
 #include <algorithm>
 
 namespace {
 
+namespace requests = client::requests;
 using client::ScheduleEntry;
 using client::ScheduleKind;
 
-const QStringList kWeekdays{
-    QStringLiteral("monday"),   QStringLiteral("tuesday"), QStringLiteral("wednesday"),
-    QStringLiteral("thursday"), QStringLiteral("friday"),  QStringLiteral("saturday"),
-    QStringLiteral("sunday"),
-};
+/// The service looks for due scans every 20 s, within the same day. A time closer to midnight is mostly
+/// missed.
+const QTime kEarliest(0, 0, 20);
+const QTime kLatest(23, 59, 40);
 
-const QString kDateForm = QStringLiteral("yyyy-MM-dd");
-const QString kTimeForm = QStringLiteral("HH:mm:ss");
-
-QString kindWord(ScheduleKind kind)
+QTime clockArgument(const Context &context, const QString &text)
 {
-    switch (kind) {
-    case ScheduleKind::None:
-        return QStringLiteral("none");
-    case ScheduleKind::Once:
-        return QStringLiteral("once");
-    case ScheduleKind::Daily:
-        return QStringLiteral("daily");
-    case ScheduleKind::Weekly:
-        return QStringLiteral("weekly");
-    case ScheduleKind::Unknown:
-        break;
-    }
-    return QStringLiteral("unknown");
-}
-
-/// What a person would call the moment; "never" when the service holds one that cannot come.
-QString entryText(const ScheduleEntry &entry)
-{
-    const QString never = QStringLiteral("never: the stored moment does not exist");
-    if (entry.kind == ScheduleKind::None)
-        return QStringLiteral("no scan scheduled");
-    if (entry.kind == ScheduleKind::Unknown)
-        return QStringLiteral("never: the stored kind of schedule does not exist");
-    if (!entry.time.isValid())
-        return never;
-    const QString time = entry.time.toString(kTimeForm);
-    if (entry.kind == ScheduleKind::Daily)
-        return QStringLiteral("daily at ") + time;
-    if (entry.kind == ScheduleKind::Once)
-        return entry.date.isValid() ? QStringLiteral("once, %1 %2").arg(entry.date.toString(kDateForm), time)
-                                    : never;
-    const QString weekday = kWeekdays.value(entry.weekday);
-    return weekday.isEmpty() ? never : QStringLiteral("every %1 at %2").arg(weekday, time);
-}
-
-std::optional<QTime> parseClock(const QString &text)
-{
-    for (const char *form : {"HH:mm:ss", "HH:mm"}) {
+    for (const char *form : {"H:mm:ss", "H:mm"}) {
         const QTime time = QTime::fromString(text, QLatin1String(form));
-        if (time.isValid())
-            return time;
+        if (!time.isValid())
+            continue;
+        if (time < kEarliest || time > kLatest)
+            context.refuse(QStringLiteral("the service can miss a scan between 23:59:41 and 00:00:19; "
+                                          "choose another time"));
+        return time;
     }
-    return std::nullopt;
+    context.refuse(QStringLiteral("'%1' is not a time of day, such as 03:30 or 03:30:00").arg(text));
 }
 
-/// The schedule that the words after the drive's number describe.
-std::optional<ScheduleEntry> parseEntry(qint32 drive, const QStringList &words)
+QDate dateArgument(const Context &context, const QString &text)
+{
+    const QDate date = QDate::fromString(text, QStringLiteral("yyyy-MM-dd"));
+    if (!date.isValid() || date.year() < 2000 || date.year() > 2099)
+        context.refuse(QStringLiteral("'%1' is not a date, such as 2026-11-15").arg(text));
+    return date;
+}
+
+/// Returns an entry with today's date, which every kind needs and only `once` uses.
+ScheduleEntry entryOf(qint32 drive, ScheduleKind kind)
 {
     ScheduleEntry entry;
     entry.drive = drive;
-    entry.date = QDate::currentDate(); // sent with every kind, meant by "once" alone
-    const QString kind = words.value(0);
-    const auto time = parseClock(words.value(words.size() - 1));
-    if (!time)
-        return std::nullopt;
-    entry.time = *time;
-    if (kind == QLatin1String("daily") && words.size() == 2) {
-        entry.kind = ScheduleKind::Daily;
-        return entry;
+    entry.kind = kind;
+    entry.date = QDate::currentDate();
+    entry.time = QTime(0, 0);
+    return entry;
+}
+
+/// Returns the schedule that the words after the drive number describe.
+ScheduleEntry parseEntry(const Context &context, qint32 drive, const QStringList &words)
+{
+    const auto kind = client::scheduleKind(words.value(0)).value_or(ScheduleKind::None);
+    const int expected = kind == ScheduleKind::Daily ? 2 : 3;
+    if (kind == ScheduleKind::None || words.size() != expected)
+        context.refuse(
+            QStringLiteral("a schedule is 'once 2026-11-15 03:30', 'daily 03:30' or 'weekly sunday 03:30'"));
+    ScheduleEntry entry = entryOf(drive, kind);
+    entry.time = clockArgument(context, words.last());
+    if (kind == ScheduleKind::Once)
+        entry.date = dateArgument(context, words.at(1));
+    if (kind == ScheduleKind::Weekly) {
+        const auto weekday = client::weekdayNumber(words.at(1));
+        if (!weekday)
+            context.refuse(QStringLiteral("'%1' is not a weekday, such as sunday").arg(words.at(1)));
+        entry.weekday = *weekday;
     }
-    if (words.size() != 3)
-        return std::nullopt;
-    if (kind == QLatin1String("weekly")) {
-        entry.kind = ScheduleKind::Weekly;
-        entry.weekday = qint32(kWeekdays.indexOf(words.at(1).toLower()));
-        return entry.weekday >= 0 ? std::optional<ScheduleEntry>(entry) : std::nullopt;
-    }
-    entry.kind = ScheduleKind::Once;
-    entry.date = QDate::fromString(words.at(1), kDateForm);
-    const bool isStorable = entry.date.isValid() && entry.date.year() >= 2000 && entry.date.year() <= 2099;
-    return kind == QLatin1String("once") && isStorable ? std::optional<ScheduleEntry>(entry) : std::nullopt;
+    return entry;
 }
 
 bool isSame(const ScheduleEntry &a, const ScheduleEntry &b)
 {
-    return a.drive == b.drive && a.kind == b.kind && a.weekday == b.weekday && a.date == b.date &&
-           a.time == b.time;
-}
-
-QJsonObject entryObject(const ScheduleEntry &entry)
-{
-    QJsonObject object{{QStringLiteral("drive"), entry.drive},
-                       {QStringLiteral("kind"), kindWord(entry.kind)}};
-    if (entry.kind != ScheduleKind::None)
-        object.insert(QStringLiteral("time"), entry.time.toString(kTimeForm));
-    if (entry.kind == ScheduleKind::Once)
-        object.insert(QStringLiteral("date"), entry.date.toString(kDateForm));
-    if (entry.kind == ScheduleKind::Weekly)
-        object.insert(QStringLiteral("weekday"), kWeekdays.value(entry.weekday));
-    return object;
+    // The service may replace the date of a kind that does not use it.
+    const bool isDateSame = a.kind != ScheduleKind::Once || a.date == b.date;
+    return a.drive == b.drive && a.kind == b.kind && a.weekday == b.weekday && isDateSame && a.time == b.time;
 }
 
 void print(Context &context, const QVector<ScheduleEntry> &entries)
 {
-    if (context.wantsJson()) {
-        QJsonArray array;
-        for (const ScheduleEntry &entry : entries)
-            array.append(entryObject(entry));
-        context.output().print(QJsonDocument(array));
-        return;
-    }
-    render::Table table;
-    table.addColumn(QStringLiteral("Drive"), render::Align::Right);
-    table.addColumn(QStringLiteral("Surface scan"));
-    for (const ScheduleEntry &entry : entries)
-        table.addRow({{QString::number(entry.drive)}, {entryText(entry)}});
-    context.output().print(table.lines(context.style()));
+    context.showTable(client::scheduleColumns(), entries, QStringLiteral("there are no drives"));
 }
 
-/// Sends `entry` and checks in the reply that it is what the service now holds: it says nothing when it
-/// refuses one.
-int store(Context &context, const ScheduleEntry &entry)
+/// Sends the entry and checks that the reply contains it, because the service ignores one that does not fit.
+void store(Context &context, const ScheduleEntry &entry)
 {
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    const auto entries = context.session().query(client::requests::setSchedule(entry), client::parseSchedule);
-    if (!entries)
-        return context.fail(entries.failure());
-    const bool isStored = std::any_of(entries->cbegin(), entries->cend(),
+    const auto entries = context.ask(requests::setSchedule(entry));
+    const bool isStored = std::any_of(entries.cbegin(), entries.cend(),
                                       [&](const ScheduleEntry &stored) { return isSame(stored, entry); });
+    if (entry.drive >= entries.size())
+        context.refuse(QStringLiteral("the service has no drive %1").arg(entry.drive));
     if (!isStored)
-        return context.refuse(entry.drive >= entries->size()
-                                  ? QStringLiteral("the service has no drive %1").arg(entry.drive)
-                                  : QStringLiteral("the service has not taken the schedule"));
+        context.refuse(QStringLiteral("the service did not accept the schedule"));
     if (context.wantsJson())
-        print(context, *entries);
+        print(context, entries);
     else
-        context.output().note(
-            QStringLiteral("drive %1: %2").arg(QString::number(entry.drive), entryText(entry)));
-    return kExitFine;
+        context.output().note(QStringLiteral("drive %1: %2").arg(entry.drive).arg(scheduleText(entry)));
+}
+
+void showSchedule(Context &context)
+{
+    print(context, context.ask(requests::schedule()));
+}
+
+void setSchedule(Context &context)
+{
+    const qint32 drive = context.driveArgument();
+    const ScheduleEntry entry = parseEntry(context, drive, context.arguments().positionals.mid(1));
+    if (entry.kind == ScheduleKind::Once) {
+        const QDateTime now = context.greeting().time.toTimeZone(context.zone());
+        if (QDateTime(entry.date, entry.time, context.zone()) <= now)
+            context.refuse(QStringLiteral("this time has passed: the service's clock is at %1")
+                               .arg(now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))));
+    }
+    store(context, entry);
+}
+
+void clearSchedule(Context &context)
+{
+    store(context, entryOf(context.driveArgument(), ScheduleKind::None));
 }
 
 } // namespace
 
-int runScheduleShow(Context &context)
+QVector<Command> scheduleCommands()
 {
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    const auto entries = context.session().query(QStringLiteral("GETSCANSCHED"), client::parseSchedule);
-    if (!entries)
-        return context.fail(entries.failure());
-    print(context, *entries);
-    return kExitFine;
-}
-
-int runScheduleSet(Context &context)
-{
-    const auto drive = context.driveArgument();
-    if (!drive)
-        return context.refuseDrive();
-    const auto entry = parseEntry(*drive, context.arguments().positionals.mid(1));
-    if (!entry)
-        return context.refuse(
-            QStringLiteral("a schedule is 'once 2026-11-15 03:30', 'daily 03:30' or 'weekly sunday 03:30'"));
-    return store(context, *entry);
-}
-
-int runScheduleClear(Context &context)
-{
-    const auto drive = context.driveArgument();
-    if (!drive)
-        return context.refuseDrive();
-    ScheduleEntry entry;
-    entry.drive = *drive;
-    entry.date = QDate::currentDate();
-    entry.time = QTime(0, 0);
-    return store(context, entry);
+    Command set = command("schedule set", "N once DATE TIME | N daily TIME | N weekly DAY TIME", 2, 4,
+                          setSchedule, "Set the time at which the whole of drive N is scanned.",
+                          "For example 'once 2026-11-15 03:30', 'daily 03:30' or 'weekly sunday 03:30', by "
+                          "the service's clock.");
+    set.words = QStringLiteral("once daily weekly monday tuesday wednesday thursday friday saturday sunday")
+                    .split(QLatin1Char(' '));
+    return {
+        command("schedule show", "", 0, 0, showSchedule, "Show the times at which drives are scanned."),
+        set,
+        command("schedule clear", "N", 1, 1, clearSchedule, "Remove the schedule of drive N."),
+    };
 }

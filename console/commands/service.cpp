@@ -1,109 +1,106 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/requests.h"
-#include "console/client/short_replies.h"
-#include "console/commands/command.h"
-#include "console/render/units.h"
-
-#include <QJsonObject>
+#include "client/columns.h"
+#include "client/units.h"
+#include "console/context.h"
+#include "console/help.h"
+#include "console/secret.h"
 
 namespace {
 
-using namespace std::chrono_literals;
+namespace requests = client::requests;
 
-/// A read of all drives is answered when it is done, and a drive may take its time.
-constexpr auto kRefreshPatience = 120s;
-constexpr qint64 kShortestInterval = 1000;
-constexpr qint64 kLongestInterval = 360000 * kShortestInterval; // the service takes no more from its key
-
-int printCount(Context &context, qint32 count)
+void detect(Context &context)
 {
-    if (context.wantsJson())
-        context.output().print(QJsonDocument(QJsonObject{{QStringLiteral("drives"), count}}));
-    else
-        context.output().print(QString::number(count));
-    return kExitFine;
-}
-
-int printIntervals(Context &context, const client::Intervals &intervals)
-{
-    if (context.wantsJson()) {
-        context.output().print(QJsonDocument(
-            QJsonObject{{QStringLiteral("smartMilliseconds"), double(intervals.smart)},
-                        {QStringLiteral("freeSpaceMilliseconds"), double(intervals.freeSpace)}}));
-        return kExitFine;
+    (void)context.ask(requests::detect());
+    if (!context.arguments().wait) {
+        context.confirm(QStringLiteral("the service detects its drives again"));
+        return;
     }
-    context.output().print(QStringLiteral("drives every %1, volumes every %2")
-                               .arg(render::durationText(intervals.smart / 1000),
-                                    render::durationText(intervals.freeSpace / 1000)));
-    return kExitFine;
+    context.disconnect(); // --wait applies to a new connection
+    const qint32 count = context.ask(requests::driveCount());
+    context.show(
+        [&] {
+            return QJsonObject{{QStringLiteral("drives"), count}};
+        },
+        [&] { return QString::number(count); });
 }
 
-std::optional<qint32> intervalArgument(const QString &text)
+void refresh(Context &context)
 {
-    const auto interval = render::parseInterval(text);
-    if (!interval || *interval < kShortestInterval || *interval > kLongestInterval)
-        return std::nullopt;
-    return qint32(*interval);
+    (void)context.ask(requests::refresh());
+    context.confirm(QStringLiteral("drives and volumes have been read"));
+}
+
+void users(Context &context)
+{
+    const qint32 count = context.ask(requests::userCount());
+    QVector<client::UserAccount> users;
+    for (qint32 i = 0; i < count; ++i) {
+        const auto user = context.ask(requests::user(i));
+        if (user.name.isEmpty()) // an account was removed after the count
+            break;
+        users.append(user);
+    }
+    context.showTable(client::userColumns(), users, QStringLiteral("there are no accounts"));
+}
+
+void login(Context &context)
+{
+    const QString user = context.arguments().positionals.first();
+    const auto secret = obtainSecret(context, QStringLiteral("Password of %1: ").arg(user), true);
+    if (!client::isPlainField(user))
+        context.refuse(QStringLiteral("the name contains characters that the protocol cannot carry"));
+    const auto rights = context.ask(requests::authenticate(user, *secret));
+    const QDateTime time = rights.peerAndTime.time;
+    context.show(
+        [&] {
+            return QJsonObject{{QStringLiteral("rights"), rights.rights},
+                               {QStringLiteral("peer"), rights.peerAndTime.peer},
+                               {QStringLiteral("time"), client::isoTime(time.toTimeZone(context.zone()))}};
+        },
+        [&] { return QStringLiteral("rights %1 at %2").arg(rights.rights, client::timeText(time)); });
+}
+
+void raw(Context &context)
+{
+    const auto request = requests::raw(context.arguments().positionals.first());
+    const QString reply = context.ask(request);
+    if (request.hasReply)
+        context.show(
+            [&] {
+                return QJsonObject{{QStringLiteral("reply"), reply}};
+            },
+            [&] { return client::visible(reply); });
+}
+
+void completion(Context &context)
+{
+    context.output().print(help::bashCompletion());
+}
+
+void man(Context &context)
+{
+    context.output().print(help::manPage());
 }
 
 } // namespace
 
-int runCount(Context &context)
+QVector<Command> serviceCommands()
 {
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    const auto count = context.session().query(QStringLiteral("DEVCOUNT"), client::parseDriveCount);
-    return count ? printCount(context, *count) : context.fail(count.failure());
-}
-
-int runDetect(Context &context)
-{
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    const auto begun =
-        context.session().query(QStringLiteral("RESET"), client::exactly(QStringLiteral("RESET_OK")));
-    if (!begun)
-        return context.fail(begun.failure());
-    if (!context.arguments().wait) {
-        context.output().note(QStringLiteral("the service detects its drives anew"));
-        return kExitFine;
-    }
-    return runCount(context);
-}
-
-int runRefresh(Context &context)
-{
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    const auto done =
-        context.session().query(QStringLiteral("REFRESH"), client::exactly(QStringLiteral("REFRESH_OK")),
-                                context.patience(kRefreshPatience));
-    if (!done)
-        return context.fail(done.failure());
-    context.output().note(QStringLiteral("drives and volumes are read anew"));
-    return kExitFine;
-}
-
-int runIntervals(Context &context)
-{
-    const QStringList texts = context.arguments().positionals;
-    const auto smart = intervalArgument(texts.value(0));
-    const auto freeSpace = intervalArgument(texts.value(1));
-    if (!texts.isEmpty() && (!smart || !freeSpace))
-        return context.refuse(
-            QStringLiteral("two times from 1s to 100h are needed: for drives and for volumes"));
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    if (texts.isEmpty()) {
-        const auto version = context.session().query(QStringLiteral("VER"), client::parseVersion);
-        return version ? printIntervals(context, version->intervals) : context.fail(version.failure());
-    }
-    const auto intervals =
-        context.session().query(client::requests::setIntervals(*smart, *freeSpace), client::parseIntervals);
-    return intervals ? printIntervals(context, *intervals) : context.fail(intervals.failure());
+    return {
+        command(
+            "detect", "", 0, 0, detect, "Start a new detection of the drives.",
+            "This ends surface scans. With --wait, wait for the end of the detection and print the number "
+            "of drives."),
+        command("refresh", "", 0, 0, refresh, "Read drives and volumes now."),
+        command("users", "", 0, 0, users, "Show the user accounts of the service's machine."),
+        command("login", "USER", 1, 1, login, "Show the rights that the service grants to a user.",
+                "The terminal is asked for the password.", {passwordFileOption()}),
+        command("raw", "LINE", 1, 1, raw, "Send LINE unchanged and print the reply.",
+                "For users who know the protocol. Control characters in the reply are written as \\u{...}."),
+        command("completion", "", 0, 0, completion, "Print a completion script for bash.",
+                "To use it in this shell: source <(halvexctl completion)"),
+        command("man", "", 0, 0, man, "Print the manual page.", "To read it: halvexctl man | man -l -"),
+    };
 }

@@ -1,74 +1,194 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/requests.h"
-#include "console/client/short_replies.h"
-#include "console/commands/command.h"
-#include "console/render/table.h"
+#include "client/documents.h"
+#include "client/settings_table.h"
+#include "client/units.h"
+#include "console/context.h"
 #include "console/secret.h"
-#include "console/settings_table.h"
-
-#include <QJsonObject>
 
 namespace {
 
-QJsonObject settingsObject(const client::ServiceSettings &settings)
+namespace requests = client::requests;
+using client::Setting;
+
+constexpr qint64 kShortestInterval = 1000;
+constexpr qint64 kLongestInterval = 360000 * kShortestInterval; // the service accepts no more in its key
+
+bool isMailSetting(const Setting &setting)
 {
-    QJsonObject object;
-    for (const Setting &setting : settingsTable())
-        object.insert(setting.name, setting.json(settings));
+    return setting.name.startsWith(QLatin1String("smtp"));
+}
+
+QStringList mailSettingNames()
+{
+    QStringList names;
+    for (const Setting &setting : client::settingsTable()) {
+        if (isMailSetting(setting))
+            names.append(setting.name);
+    }
+    return names;
+}
+
+/// Returns the service's settings with the arguments and the password applied.
+client::ServiceSettings changedSettings(Context &context, const std::optional<QString> &secret,
+                                        const QStringList &names)
+{
+    auto settings = context.valueOf(
+        client::changeSettings(context.greeting().settings, context.arguments().positionals, names));
+    if (secret)
+        settings.smtpPass = *secret;
+    return settings;
+}
+
+void showSettings(Context &context)
+{
+    const auto settings = context.greeting().settings;
+    context.show([&] { return client::documents::settings(settings); },
+                 [&] {
+                     return render::tableLines(client::settingColumns(settings), client::settingsTable(),
+                                               context.style());
+                 });
+}
+
+void setSettings(Context &context)
+{
+    const auto secret = obtainSecret(context, QStringLiteral("Mail password: "));
+    if (context.arguments().positionals.isEmpty() && !secret)
+        context.refuse(QStringLiteral("no setting is named; see halvexctl settings set --help"));
+    const auto settings = changedSettings(context, secret, {});
+    (void)context.ask(requests::setSettings(settings));
+    if (context.wantsJson())
+        context.output().print(QJsonDocument(client::documents::settings(settings)));
+    else
+        context.output().note(QStringLiteral("the service uses these settings now (one that is not installed "
+                                             "forgets them when it ends)"));
+}
+
+QStringList transcriptLines(const QString &text)
+{
+    QStringList lines;
+    for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        lines.append(client::visible(line.trimmed()));
+    return lines;
+}
+
+QJsonObject mailDocument(const client::MailOutcome &outcome, const QStringList &lines, bool showsDialogue)
+{
+    QJsonObject object{{QStringLiteral("sent"), outcome.isSent}};
+    if (!outcome.isSent)
+        object.insert(QStringLiteral("error"), lines.value(0));
+    if (showsDialogue)
+        object.insert(QStringLiteral("dialogue"), QJsonArray::fromStringList(lines));
     return object;
 }
 
-QStringList settingsLines(const client::ServiceSettings &settings, const render::Style &style)
+/// Prints the outcome. The dialogue holds user name and password in Base64 and is printed only on request.
+void report(Context &context, const client::MailOutcome &outcome)
 {
-    render::Table table;
-    table.addColumn(QStringLiteral("Name"));
-    table.addColumn(QStringLiteral("Value"), render::Align::Left, render::Table::Shrink::Yes);
-    table.addColumn(QStringLiteral("Meaning"), render::Align::Left, render::Table::Shrink::Yes);
-    for (const Setting &setting : settingsTable())
-        table.addRow({{setting.name},
-                      {client::visible(setting.text(settings))},
-                      {setting.explanation, render::Colour::Dim}});
-    return table.lines(style);
+    const bool showsDialogue = context.arguments().has(QStringLiteral("dialogue"));
+    const QStringList lines = transcriptLines(outcome.text);
+    if (context.wantsJson())
+        context.output().print(QJsonDocument(mailDocument(outcome, lines, showsDialogue)));
+    else if (showsDialogue)
+        context.output().print(outcome.isSent ? lines : QStringList(lines.mid(1)));
+    if (outcome.isSent) {
+        if (!context.wantsJson())
+            context.output().print(QStringLiteral("the mail server accepted the mail"));
+        return;
+    }
+    const bool hasReply = lines.size() > 1 && !showsDialogue;
+    const QString last = hasReply ? QStringLiteral(" Its last line: ") + lines.last() : QString();
+    throw CommandFailure{kExitUsage, context.wantsJson() ? QString() : lines.value(0) + last};
+}
+
+void testMail(Context &context)
+{
+    const auto secret = obtainSecret(context, QStringLiteral("Mail password: "));
+    const QString body = context.arguments()
+                             .value(QStringLiteral("body"))
+                             .value_or(QStringLiteral("Test mail of the Halvex Service."));
+    if (!client::isPlainField(body))
+        context.refuse(QStringLiteral("the body contains characters that the protocol cannot carry"));
+    const auto settings = changedSettings(context, secret, mailSettingNames());
+    if (settings.smtpServer.isEmpty() || settings.smtpTo.isEmpty())
+        context.refuse(QStringLiteral("smtpServer and smtpTo must be set to send a mail"));
+    const auto outcome = context.tryAsk(requests::testMail(settings, body));
+    if (!outcome && outcome.failure().kind == client::FailureKind::Refused)
+        context.refuse(QStringLiteral("the service is busy with another mail"));
+    report(context, context.valueOf(outcome));
+}
+
+qint32 intervalArgument(const Context &context, int position)
+{
+    const QString text = context.arguments().positionals.value(position);
+    const auto interval = client::parseInterval(text);
+    if (!interval || *interval < kShortestInterval || *interval > kLongestInterval)
+        context.refuse(
+            QStringLiteral("intervals takes two times from 1s to 100h: for drives and for volumes"));
+    return qint32(*interval);
+}
+
+void intervals(Context &context)
+{
+    const bool isChange = !context.arguments().positionals.isEmpty();
+    const auto intervals =
+        isChange
+            ? context.ask(requests::setIntervals(intervalArgument(context, 0), intervalArgument(context, 1)))
+            : context.ask(requests::version()).intervals;
+    context.show(
+        [&] {
+            return QJsonObject{{QStringLiteral("smartPollIntervalMs"), intervals.smart},
+                               {QStringLiteral("freeSpacePollIntervalMs"), intervals.freeSpace}};
+        },
+        [&] {
+            return QStringLiteral("drives every %1, volumes every %2")
+                .arg(client::durationText(intervals.smart / 1000),
+                     client::durationText(intervals.freeSpace / 1000));
+        });
+}
+
+/// Adds the names and ranges of the settings to the help and the completion of a command.
+Command withNames(Command command, bool (*isAccepted)(const Setting &))
+{
+    for (const Setting &setting : client::settingsTable()) {
+        if (!isAccepted(setting))
+            continue;
+        command.words.append(setting.name + QLatin1Char('='));
+        const bool isText = setting.kind == Setting::Kind::Text || setting.kind == Setting::Kind::Secret;
+        const QString range = isText ? QString() : QStringLiteral("; ") + setting.range();
+        command.terms.append({setting.name, setting.help + range});
+    }
+    return command;
 }
 
 } // namespace
 
-int runSettingsShow(Context &context)
+QVector<Command> settingsCommands()
 {
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    if (context.wantsJson())
-        context.output().print(QJsonDocument(settingsObject(greeting->settings)));
-    else
-        context.output().print(settingsLines(greeting->settings, context.style()));
-    return kExitFine;
-}
-
-int runSettingsSet(Context &context)
-{
-    const Secret secret = obtainSecret(context.arguments(), QStringLiteral("Mail password: "));
-    if (!secret.error.isEmpty())
-        return context.refuse(secret.error);
-    if (context.arguments().positionals.isEmpty() && !secret.text)
-        return context.refuse(QStringLiteral("nothing to set; see halvexctl settings set --help"));
-    const auto greeting = context.greet();
-    if (!greeting)
-        return context.fail(greeting.failure());
-    MergedSettings merged = mergeSettings(greeting->settings, context.arguments().positionals);
-    if (!merged.error.isEmpty())
-        return context.refuse(merged.error);
-    if (secret.text)
-        merged.settings.smtpPass = *secret.text;
-
-    const auto done = context.session().query(client::requests::setSettings(merged.settings),
-                                              client::exactly(QStringLiteral("SET_OK")));
-    if (!done)
-        return context.fail(done.failure());
-    if (context.wantsJson())
-        context.output().print(QJsonDocument(settingsObject(merged.settings)));
-    else
-        context.output().note(QStringLiteral("the settings are stored"));
-    return kExitFine;
+    const Option passwordFile = passwordFileOption();
+    const Option askPassword = option("ask-password", "", "Ask for the password at the terminal.");
+    return {
+        command("settings show", "", 0, 0, showSettings, "Show the settings of the service."),
+        withNames(
+            command("settings set", "NAME=VALUE...", 0, -1, setSettings,
+                    "Change settings and keep all others.",
+                    "Intervals have a unit, such as 90s, 3m or 1h. The mail password is not accepted on "
+                    "the command line, except for smtpPass=, which removes it.",
+                    {passwordFile, askPassword}),
+            [](const Setting &) { return true; }),
+        withNames(
+            command(
+                "mail-test", "[NAME=VALUE...]", 0, -1, testMail, "Send a test mail from the service.",
+                "The mail uses the service's mail settings. Settings on the command line apply to this "
+                "mail only.",
+                {option("body", "TEXT", "The text of the mail."),
+                 option("dialogue", "", "Print the dialogue with the mail server, with the login in Base64."),
+                 passwordFile, askPassword}),
+            isMailSetting),
+        command(
+            "intervals", "[DRIVES VOLUMES]", 0, 2, intervals,
+            "Show or set the intervals at which drives and volumes are read.",
+            "For example 'intervals 3m 5m'. They are used from the next detection until the service ends; "
+            "settings set stores them."),
+    };
 }

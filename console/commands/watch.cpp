@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/connection.h"
-#include "console/client/session.h"
-#include "console/commands/command.h"
+#include "client/conversation.h"
+#include "console/context.h"
 #include "console/host.h"
 #include "console/render/watch_screen.h"
 
@@ -15,30 +14,30 @@
 
 namespace {
 
+using Drives = QVector<client::Drive>;
+using Scans = QVector<client::ScanStatus>;
+
 constexpr std::chrono::milliseconds kKeyInterval{50};
 constexpr double kDefaultIntervalSeconds = 2;
 constexpr double kShortestIntervalSeconds = 0.2;
 constexpr double kLongestIntervalSeconds = 3600;
 constexpr int kKeptTemperatures = 60;
 
-/// Asks one service again and again and keeps its latest answers. A service that fails is asked anew after
-/// the interval, for ever: who watches wants to see it come back.
+/// Asks one service at intervals and keeps its latest replies. After a failure it tries again at the next
+/// interval, without a limit.
 class Poller : public QObject
 {
 public:
     Poller(const client::Endpoint &endpoint, std::chrono::milliseconds timeout,
            std::chrono::milliseconds interval)
-        : m_connection(endpoint)
-        , m_timeout(timeout)
+        : m_conversation(endpoint, timeout)
     {
         m_state.endpoint = displayName(endpoint);
-        m_state.problem = QStringLiteral("asked, not answered yet");
-        m_pause.setSingleShot(true);
-        m_pause.setInterval(interval);
-        connect(&m_pause, &QTimer::timeout, this, &Poller::proceed);
-        connect(&m_connection, &client::Connection::lineArrived, this, &Poller::take);
-        connect(&m_connection, &client::Connection::failed, this, &Poller::startOver);
-        proceed();
+        m_state.problem = QStringLiteral("waiting for the first answer");
+        m_timer.setSingleShot(true);
+        m_timer.setInterval(interval);
+        connect(&m_timer, &QTimer::timeout, this, &Poller::poll);
+        poll();
     }
 
     [[nodiscard]] const render::WatchState &state() const { return m_state; }
@@ -47,109 +46,49 @@ public:
     void setListener(std::function<void()> listener) { m_listener = std::move(listener); }
 
 private:
-    enum class Step { Greeting, Drives, Scans };
-
-    void proceed()
+    void poll()
     {
-        switch (m_step) {
-        case Step::Greeting:
-            m_connection.open(m_timeout);
-            break;
-        case Step::Drives:
-            m_connection.ask(QStringLiteral("ALLDEVINFO"), m_timeout);
-            break;
-        case Step::Scans:
-            m_connection.ask(QStringLiteral("GSTATSCAN"), m_timeout);
-            break;
+        m_conversation.ask(client::requests::allDrives(), [this](const client::Result<Drives> &drives) {
+            if (drives)
+                takeDrives(*drives);
+        });
+        m_conversation.ask(client::requests::scans(), [this](const client::Result<Scans> &scans) {
+            m_state.problem = scans ? QString() : scans.failure().text;
+            if (scans) {
+                m_state.greeting = m_conversation.greeting();
+                m_state.scans = *scans;
+                m_state.answered = QDateTime::currentDateTime();
+            }
+            // Other consoles can use the local socket during the interval; a failure needs a new connection.
+            if (!scans || m_conversation.endpoint().isLocal())
+                m_conversation.close();
+            m_timer.start();
+            m_listener();
+        });
+    }
+
+    void takeDrives(const Drives &drives)
+    {
+        if (drives.size() != m_state.drives.size())
+            m_state.temperatures.clear(); // after a detection a number may mean another drive
+        m_state.drives = drives;
+        m_state.temperatures.resize(drives.size());
+        for (const client::Drive &drive : drives) {
+            QVector<int> &values = m_state.temperatures[drive.number];
+            if (drive.temperature)
+                values.append(*drive.temperature);
+            if (values.size() > kKeptTemperatures)
+                values.removeFirst();
         }
     }
 
-    void take(const QString &line)
-    {
-        switch (m_step) {
-        case Step::Greeting:
-            takeGreeting(line);
-            break;
-        case Step::Drives:
-            takeDrives(line);
-            break;
-        case Step::Scans:
-            takeScans(line);
-            break;
-        }
-    }
-
-    void takeGreeting(const QString &line)
-    {
-        const auto greeting = client::greetingOf(line);
-        if (!greeting) {
-            startOver(greeting.failure());
-            return;
-        }
-        m_state.greeting = *greeting;
-        m_step = Step::Drives;
-        proceed();
-    }
-
-    void takeDrives(const QString &line)
-    {
-        const auto drives = client::parseAllDrives(line);
-        if (!drives) {
-            startOver(client::refusal(line).value_or(client::notUnderstood(line)));
-            return;
-        }
-        if (drives->size() != m_state.drives.size())
-            m_state.temperatures.clear(); // detected anew: a number may mean another drive now
-        m_state.drives = *drives;
-        m_state.temperatures.resize(drives->size());
-        for (int i = 0; i < drives->size(); ++i) {
-            if (!drives->at(i).hasTemperature)
-                continue;
-            m_state.temperatures[i].append(drives->at(i).temperature);
-            if (m_state.temperatures.at(i).size() > kKeptTemperatures)
-                m_state.temperatures[i].removeFirst();
-        }
-        m_step = Step::Scans;
-        proceed();
-    }
-
-    void takeScans(const QString &line)
-    {
-        const auto scans = client::parseScanStatus(line);
-        if (!scans) {
-            startOver(client::refusal(line).value_or(client::notUnderstood(line)));
-            return;
-        }
-        m_state.scans = *scans;
-        m_state.problem.clear();
-        m_state.answered = QDateTime::currentDateTime();
-        m_step = Step::Drives;
-        if (m_connection.endpoint().isLocal()) { // leaves the only local connection to others meanwhile
-            m_connection.close();
-            m_step = Step::Greeting;
-        }
-        m_pause.start();
-        m_listener();
-    }
-
-    void startOver(const client::Failure &failure)
-    {
-        m_connection.close();
-        m_state.problem = failure.text;
-        m_step = Step::Greeting;
-        m_pause.start();
-        m_listener();
-    }
-
-    client::Connection m_connection;
-    std::chrono::milliseconds m_timeout;
-    QTimer m_pause;
-    Step m_step = Step::Greeting;
+    client::Conversation m_conversation;
+    QTimer m_timer;
     render::WatchState m_state;
     std::function<void()> m_listener = [] {};
 };
 
-/// By how many drives `key` scrolls, where a page shows `page` of `count`.
+/// Returns the number of drives that `key` scrolls by; a page shows `page` of `count`.
 int stepOf(host::Key key, int page, int count)
 {
     switch (key) {
@@ -190,7 +129,7 @@ public:
     void run() { m_loop.exec(); }
 
 private:
-    /// Keys and the window's size, which no event tells of on all systems alike.
+    /// Polls keys and the window's size, for which not every system has an event.
     void look()
     {
         const host::TerminalSize size = host::terminalSize();
@@ -226,20 +165,28 @@ private:
     int m_firstRow = 0;
 };
 
-} // namespace
-
-int runWatch(Context &context)
+void watch(Context &context)
 {
     bool ok = true;
     const auto text = context.arguments().value(QStringLiteral("interval"));
     const double seconds = text ? text->toDouble(&ok) : kDefaultIntervalSeconds;
     if (!ok || seconds < kShortestIntervalSeconds || seconds > kLongestIntervalSeconds)
-        return context.refuse(QStringLiteral("--interval takes seconds from 0.2 to 3600"));
+        context.refuse(QStringLiteral("--interval takes seconds from 0.2 to 3600"));
     if (!host::isOutputTerminal() || !host::isInputTerminal())
-        return context.refuse(QStringLiteral("watch needs a terminal; halvexctl status --json does not"));
-    Poller poller(context.session().endpoint(), context.arguments().timeout,
+        context.refuse(QStringLiteral("watch needs a terminal; halvexctl status --json does not"));
+    const Arguments &arguments = context.arguments();
+    Poller poller(arguments.endpoints.first(), arguments.timeout,
                   std::chrono::milliseconds(qint64(seconds * 1000)));
-    Watch watch(context.output(), poller);
-    watch.run();
-    return kExitFine;
+    Watch(context.output(), poller).run();
+}
+
+} // namespace
+
+QVector<Command> watchCommands()
+{
+    return {
+        command("watch", "", 0, 0, watch, "Show all drives on a live screen until q is pressed.",
+                "The trend is that of the temperatures since the start. Arrow and page keys scroll.",
+                {option("interval", "SECONDS", "The interval between two updates (2).")}),
+    };
 }

@@ -19,16 +19,16 @@ QString cellText(SurfaceCell cell, const Style &style)
 {
     switch (cell) {
     case SurfaceCell::NotRead:
-        return painted(QStringLiteral("░"), Colour::Dim, style);
+        return painted(QStringLiteral("░"), client::Tone::Dim, style);
     case SurfaceCell::Read:
-        return painted(QStringLiteral("█"), Colour::Good, style);
+        return painted(QStringLiteral("█"), client::Tone::Good, style);
     case SurfaceCell::Bad:
-        return painted(QStringLiteral("▚"), Colour::Bad, style);
+        return painted(QStringLiteral("▚"), client::Tone::Bad, style);
     }
     return {};
 }
 
-/// The cell that holds `sector`. In floating point: the products are beyond 64 bits for large drives.
+/// Returns the cell of a sector. In floating point, because the products exceed 64 bits for large drives.
 int cellOf(quint64 sector, quint64 sectors, int width)
 {
     const double position = double(sector) / double(sectors) * width;
@@ -44,7 +44,7 @@ QString progressBar(double fraction, int width)
     QString bar(eighths / kEighths, kLeftBlocks.at(kEighths));
     if (eighths % kEighths != 0)
         bar += kLeftBlocks.at(eighths % kEighths);
-    return bar.leftJustified(width, QChar(0x2591)); // the light shade of what is not there yet
+    return bar.leftJustified(width, QChar(0x2591)); // light shade
 }
 
 QString sparkline(const QVector<int> &values, int width, int smallestSpan)

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/render/chart.h"
 
-#include "console/render/units.h"
+#include "client/units.h"
 
 #include <algorithm>
 #include <optional>
@@ -12,7 +12,7 @@ namespace render {
 namespace {
 
 constexpr int kEighths = 8;
-constexpr int kSmallestSpan = 4; ///< degrees; less would draw noise as a mountain
+constexpr int kSmallestSpan = 4; ///< degrees, so that small changes look small
 constexpr int kLabelWidth = 7;   ///< "  45 °C"
 const QString kLowerBlocks = QStringLiteral(" ▁▂▃▄▅▆▇█");
 
@@ -21,7 +21,7 @@ struct Scale
     int lowest = 0;
     int highest = 0;
 
-    /// The height of a bar in eighths of a row: at least one, so that a value is never taken for a gap.
+    /// Returns the height of a bar in eighths of a row; at least one, to differ from a gap.
     [[nodiscard]] int eighths(int value, int height) const
     {
         const int span = std::max(highest - lowest, 1);
@@ -38,7 +38,7 @@ Columns spread(const QVector<client::TemperatureRecord> &records, int count)
     Columns columns(count);
     for (const client::TemperatureRecord &record : records) {
         const qint64 offset = record.time.toSecsSinceEpoch() - start;
-        if (!record.temperature || offset < 0 || offset > span) // a clock set back leaves the range
+        if (!record.temperature || offset < 0 || offset > span) // after the clock was set back
             continue;
         std::optional<int> &column = columns[int(offset * (count - 1) / span)];
         column = std::max(column.value_or(*record.temperature), *record.temperature);
@@ -73,8 +73,8 @@ QString label(int row, int height, const Scale &scale)
 
 QString axis(const QVector<client::TemperatureRecord> &records, int count)
 {
-    const QString start = timeText(records.first().time);
-    const QString end = timeText(records.last().time);
+    const QString start = client::timeText(records.first().time);
+    const QString end = client::timeText(records.last().time);
     const int gap = std::max(1, count - int(start.size()) - int(end.size()));
     return QString(kLabelWidth + 1, QLatin1Char(' ')) + start + QString(gap, QLatin1Char(' ')) + end;
 }

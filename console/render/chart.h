@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "console/client/history.h"
+#include "client/history.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -10,9 +10,9 @@
 
 namespace render {
 
-/// The temperatures of one drive over time, `width` columns wide and `height` rows high without the time
-/// axis. A column shows the highest value of its span of time; one without a value stays empty, so that
-/// gaps are seen. Empty when there is nothing to show.
+/// Returns a chart of the temperatures of one drive, `width` columns wide and `height` rows high without the
+/// time axis. A column shows the highest value of its time span, and is empty without one. Returns nothing
+/// without a temperature.
 [[nodiscard]] QStringList temperatureChart(const QVector<client::TemperatureRecord> &records, int width,
                                            int height);
 

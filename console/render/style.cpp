@@ -6,21 +6,23 @@ namespace render {
 
 namespace {
 
-/// The parameters of the terminal's "select graphic rendition" (ECMA-48, 8.3.117).
-QString parameters(Colour colour)
+using client::Tone;
+
+/// Returns the parameters of the terminal's "select graphic rendition" (ECMA-48, 8.3.117).
+QString parameters(Tone tone)
 {
-    switch (colour) {
-    case Colour::Plain:
+    switch (tone) {
+    case Tone::Plain:
         return {};
-    case Colour::Good:
+    case Tone::Good:
         return QStringLiteral("32");
-    case Colour::Warning:
+    case Tone::Warning:
         return QStringLiteral("33");
-    case Colour::Bad:
+    case Tone::Bad:
         return QStringLiteral("1;31");
-    case Colour::Dim:
+    case Tone::Dim:
         return QStringLiteral("2");
-    case Colour::Strong:
+    case Tone::Strong:
         return QStringLiteral("1");
     }
     return {};
@@ -28,11 +30,11 @@ QString parameters(Colour colour)
 
 } // namespace
 
-QString painted(const QString &text, Colour colour, const Style &style)
+QString painted(const QString &text, client::Tone tone, const Style &style)
 {
-    if (!style.hasColour || colour == Colour::Plain || text.isEmpty())
+    if (!style.hasColour || tone == Tone::Plain || text.isEmpty())
         return text;
-    return QStringLiteral("\033[%1m%2\033[0m").arg(parameters(colour), text);
+    return QStringLiteral("\033[%1m%2\033[0m").arg(parameters(tone), text);
 }
 
 } // namespace render

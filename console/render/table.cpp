@@ -2,16 +2,19 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/render/table.h"
 
+#include "console/render/text.h"
+
 #include <algorithm>
 #include <numeric>
-#include <utility>
 
 namespace render {
 
 namespace {
 
 constexpr int kGap = 2;           ///< blanks between columns
-constexpr int kSmallestWidth = 6; ///< of a column that shrinks
+constexpr int kSmallestWidth = 6; ///< of a shrinking column
+
+using Row = QVector<client::Cell>;
 
 QString withoutTrailingBlanks(QString line)
 {
@@ -20,72 +23,75 @@ QString withoutTrailingBlanks(QString line)
     return line;
 }
 
-} // namespace
-
-void Table::addColumn(const QString &heading, Align align, Shrink shrink)
+/// Returns the index of the widest column that can be cut further, or -1.
+int widestShrinking(const QVector<Heading> &headings, const QVector<int> &widths)
 {
-    m_columns.append({heading, align, shrink == Shrink::Yes});
+    int widest = -1;
+    for (int i = 0; i < widths.size(); ++i) {
+        const bool canShrink =
+            headings.at(i).layout == client::Layout::Shrinking && widths.at(i) > kSmallestWidth;
+        if (canShrink && (widest < 0 || widths.at(i) > widths.at(widest)))
+            widest = i;
+    }
+    return widest;
 }
 
-void Table::addRow(QVector<Cell> cells)
-{
-    cells.resize(m_columns.size());
-    m_rows.append(std::move(cells));
-}
-
-QVector<int> Table::widths(int available) const
+QVector<int> columnWidths(const QVector<Heading> &headings, const QVector<Row> &rows, int available)
 {
     QVector<int> widths;
-    for (int i = 0; i < m_columns.size(); ++i) {
-        int width = columns(m_columns.at(i).heading);
-        for (const QVector<Cell> &row : m_rows)
+    for (int i = 0; i < headings.size(); ++i) {
+        int width = columns(headings.at(i).text);
+        for (const Row &row : rows)
             width = std::max(width, columns(row.at(i).text));
         widths.append(width);
     }
     int excess = std::accumulate(widths.cbegin(), widths.cend(), kGap * (int(widths.size()) - 1)) - available;
-    while (available > 0 && excess > 0) {
-        int widest = -1;
-        for (int i = 0; i < widths.size(); ++i) {
-            const bool canShrink = m_columns.at(i).mayShrink && widths.at(i) > kSmallestWidth;
-            if (canShrink && (widest < 0 || widths.at(i) > widths.at(widest)))
-                widest = i;
-        }
+    for (; available > 0 && excess > 0; --excess) {
+        const int widest = widestShrinking(headings, widths);
         if (widest < 0)
             break;
         --widths[widest];
-        --excess;
     }
     return widths;
 }
 
-QStringList Table::lines(const Style &style) const
+QString fitted(const QString &text, int width, client::Layout layout)
 {
-    const QVector<int> widths = this->widths(style.width);
+    if (layout == client::Layout::Right)
+        return padded(text, width, Align::Right);
+    return padded(withoutTrailingBlanks(text), width); // blanks alone are not worth an ellipsis
+}
+
+} // namespace
+
+QStringList tableLines(const QVector<Heading> &headings, const QVector<Row> &rows, const Style &style)
+{
+    const QVector<int> widths = columnWidths(headings, rows, style.width);
     const QString gap(kGap, QLatin1Char(' '));
-    QStringList cells;
-    for (int i = 0; i < m_columns.size(); ++i)
-        cells.append(padded(m_columns.at(i).heading, widths.at(i), m_columns.at(i).align));
-    QStringList result{painted(withoutTrailingBlanks(cells.join(gap)), Colour::Strong, style)};
-    for (const QVector<Cell> &row : m_rows) {
-        cells.clear();
-        for (int i = 0; i < m_columns.size(); ++i) {
-            const QString text = padded(row.at(i).text, widths.at(i), m_columns.at(i).align);
-            cells.append(painted(text, row.at(i).colour, style));
+    QStringList texts;
+    for (int i = 0; i < headings.size(); ++i)
+        texts.append(fitted(headings.at(i).text, widths.at(i), headings.at(i).layout));
+    QStringList result{painted(withoutTrailingBlanks(texts.join(gap)), client::Tone::Strong, style)};
+    for (const Row &row : rows) {
+        texts.clear();
+        for (int i = 0; i < headings.size(); ++i) {
+            const QString text = fitted(row.at(i).text, widths.at(i), headings.at(i).layout);
+            texts.append(painted(text, row.at(i).tone, style));
         }
-        result.append(withoutTrailingBlanks(cells.join(gap)));
+        result.append(withoutTrailingBlanks(texts.join(gap)));
     }
     return result;
 }
 
-QStringList pairLines(const QVector<QPair<QString, QString>> &pairs, const Style &style)
+QStringList pairLines(const QVector<QPair<QString, client::Cell>> &pairs, const Style &style)
 {
     int width = 0;
     for (const auto &pair : pairs)
         width = std::max(width, columns(pair.first));
     QStringList lines;
     for (const auto &pair : pairs)
-        lines.append(painted(padded(pair.first, width), Colour::Dim, style) + QStringLiteral("  ") +
-                     pair.second);
+        lines.append(painted(padded(pair.first, width), client::Tone::Dim, style) + QStringLiteral("  ") +
+                     painted(pair.second.text, pair.second.tone, style));
     return lines;
 }
 

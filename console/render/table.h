@@ -2,48 +2,50 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "client/column.h"
 #include "console/render/style.h"
-#include "console/render/text.h"
 
 #include <QStringList>
 #include <QVector>
 
+#include <algorithm>
+
 namespace render {
 
-struct Cell
+struct Heading
 {
     QString text;
-    Colour colour = Colour::Plain;
+    client::Layout layout = client::Layout::Left;
 };
 
-/// Rows under a heading. Columns are as wide as what they hold; when they do not fit into the style's
-/// width, those that may shrink do.
-class Table
+/// Returns the rows under their headings. Columns are as wide as their content; if they do not fit into the
+/// style's width, the shrinking ones are cut. A row has a cell for each heading.
+[[nodiscard]] QStringList tableLines(const QVector<Heading> &headings,
+                                     const QVector<QVector<client::Cell>> &rows, const Style &style);
+
+/// As above, with the columns that have a heading and a cell that is not empty.
+template <typename Row>
+[[nodiscard]] QStringList tableLines(const client::Columns<Row> &columns, const QVector<Row> &rows,
+                                     const Style &style)
 {
-public:
-    enum class Shrink { No, Yes };
+    QVector<Heading> headings;
+    QVector<QVector<client::Cell>> cells(rows.size());
+    for (const client::Column<Row> &column : columns) {
+        if (column.heading.isEmpty())
+            continue;
+        QVector<client::Cell> texts;
+        for (const Row &row : rows)
+            texts.append(column.cellOfRow(row));
+        if (std::all_of(texts.cbegin(), texts.cend(), [](const auto &cell) { return cell.text.isEmpty(); }))
+            continue;
+        headings.append({column.heading, column.layout});
+        for (int i = 0; i < rows.size(); ++i)
+            cells[i].append(texts.at(i));
+    }
+    return tableLines(headings, cells, style);
+}
 
-    void addColumn(const QString &heading, Align align = Align::Left, Shrink shrink = Shrink::No);
-    /// As many cells as there are columns; missing ones are empty.
-    void addRow(QVector<Cell> cells);
-
-    [[nodiscard]] QStringList lines(const Style &style) const;
-
-private:
-    struct Column
-    {
-        QString heading;
-        Align align = Align::Left;
-        bool mayShrink = false;
-    };
-
-    [[nodiscard]] QVector<int> widths(int available) const;
-
-    QVector<Column> m_columns;
-    QVector<QVector<Cell>> m_rows;
-};
-
-/// Names and values, one pair a line, the values one below the other.
-[[nodiscard]] QStringList pairLines(const QVector<QPair<QString, QString>> &pairs, const Style &style);
+/// Returns names and values, one pair a line.
+[[nodiscard]] QStringList pairLines(const QVector<QPair<QString, client::Cell>> &pairs, const Style &style);
 
 } // namespace render

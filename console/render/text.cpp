@@ -17,7 +17,7 @@ struct Block
     uint last;
 };
 
-/// What Unicode's EastAsianWidth.txt calls wide or full width, in whole blocks.
+/// The wide and full-width characters of Unicode's EastAsianWidth.txt, in whole blocks.
 constexpr Block kWide[] = {
     {0x1100, 0x115F},   // Hangul Jamo, leading consonants
     {0x2E80, 0x303E},   // CJK radicals and punctuation

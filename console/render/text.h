@@ -8,14 +8,14 @@ namespace render {
 
 enum class Align { Left, Right };
 
-/// Columns that `text` takes on a terminal: two for wide East Asian characters and pictographs, none for
-/// marks that combine with the character before them.
+/// Returns the number of columns of `text` on a terminal: two for wide East Asian characters and pictographs,
+/// none for combining marks.
 [[nodiscard]] int columns(const QString &text);
 
-/// `text`, or as much of it as fits into `width` columns with "…" for the rest. 0 and less leave it whole.
+/// Returns `text`, or its beginning and "…" if it is wider than `width`. 0 and less mean no limit.
 [[nodiscard]] QString cut(const QString &text, int width);
 
-/// `text` cut and filled with blanks to exactly `width` columns.
+/// Returns `text` cut or filled with blanks to exactly `width` columns.
 [[nodiscard]] QString padded(const QString &text, int width, Align align = Align::Left);
 
 } // namespace render

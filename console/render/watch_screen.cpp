@@ -2,11 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/render/watch_screen.h"
 
-#include "console/client/failure.h"
+#include "client/columns.h"
+#include "client/failure.h"
+#include "client/units.h"
 #include "console/render/bars.h"
-#include "console/render/level.h"
 #include "console/render/table.h"
-#include "console/render/units.h"
+#include "console/render/text.h"
 
 #include <algorithm>
 
@@ -14,54 +15,79 @@ namespace render {
 
 namespace {
 
+using client::Cell;
+using client::Layout;
+using client::Level;
+using client::Tone;
+
 constexpr int kLinesBesidesDrives = 5; ///< title, alert line, empty line, heading, footer
 constexpr int kTrendWidth = 10;
 constexpr int kTrendSpan = 5; ///< degrees
+constexpr int kTemperatureWidth = 5;
+constexpr int kLevelWidth = 9;
 constexpr int kScanBarWidth = 10;
-constexpr int kWideScreen = 110; ///< columns from which on serial numbers and bars are shown
+constexpr int kScanWidth = 11;
+constexpr int kWideScanWidth = kScanBarWidth + 1 + kScanWidth;
+constexpr int kUsualScreen = 80;
+constexpr int kWideScreen = 110; ///< columns from which serial numbers and bars are shown
 
 QString title(const WatchState &state)
 {
     if (!state.greeting)
-        return QStringLiteral("%1").arg(state.endpoint);
+        return state.endpoint;
     return QStringLiteral("%1 (%2), %3")
         .arg(client::visible(state.greeting->hostName), state.endpoint,
              client::visible(state.greeting->version));
 }
 
-qint32 worstLevel(const QVector<client::Drive> &drives)
+/// Returns the drives of a level: "critical: 2 MODEL, 5 MODEL"; empty if there are none.
+QString levelPart(const QVector<client::Drive> &drives, Level level)
 {
-    qint32 worst = 0;
-    for (const client::Drive &drive : drives)
-        worst = std::max(worst, drive.isRated() ? drive.statusLevel : 0);
-    return worst;
+    QStringList texts;
+    for (const client::Drive &drive : drives) {
+        if (drive.level() == level)
+            texts.append(QStringLiteral("%1 %2").arg(drive.number).arg(client::visible(drive.model)));
+    }
+    return texts.isEmpty() ? QString()
+                           : levelName(level) + QStringLiteral(": ") + texts.join(QStringLiteral(", "));
 }
 
-Cell alert(const WatchState &state)
+/// Returns how many drives are at a level: "2 critical"; empty if there are none.
+QString countPart(const QVector<client::Drive> &drives, Level level)
+{
+    const auto count = std::count_if(drives.cbegin(), drives.cend(),
+                                     [level](const client::Drive &drive) { return drive.level() == level; });
+    return count == 0 ? QString() : QStringLiteral("%1 %2").arg(count).arg(levelName(level));
+}
+
+/// Returns the drives above level fine. Where the screen is too narrow for their names, the counts of both
+/// levels come first, so that a critical drive does not hide the warnings.
+Cell alert(const WatchState &state, int width)
 {
     if (!state.problem.isEmpty()) {
         const QString since = state.answered.isValid()
-                                  ? QStringLiteral(" (last answer %1)").arg(timeText(state.answered))
+                                  ? QStringLiteral(" (last answer %1)").arg(client::timeText(state.answered))
                                   : QString();
-        return {state.problem + since, Colour::Bad};
+        return {state.problem + since, Tone::Bad};
     }
-    const qint32 worst = worstLevel(state.drives);
-    if (worst <= 1)
-        return {worst == 0 ? QStringLiteral("no drive is rated")
-                           : QStringLiteral("all rated drives are fine"),
-                levelColour(worst)};
-    QStringList texts;
-    for (int i = 0; i < state.drives.size(); ++i) {
-        const client::Drive &drive = state.drives.at(i);
-        if (drive.isRated() && drive.statusLevel == worst)
-            texts.append(QStringLiteral("%1 %2").arg(i).arg(client::visible(drive.model)));
-    }
-    const QString number = texts.size() == 1 ? QString() : QStringLiteral(", %1 drives").arg(texts.size());
-    return {levelText(worst) + number + QStringLiteral(": ") + texts.join(QStringLiteral(", ")),
-            levelColour(worst)};
+    Level worst = Level::NotRated;
+    for (const client::Drive &drive : state.drives)
+        worst = std::max(worst, drive.level());
+    if (worst <= Level::Fine)
+        return {worst == Level::NotRated ? QStringLiteral("no drive is rated")
+                                         : QStringLiteral("all rated drives are fine"),
+                levelTone(worst)};
+    QStringList counts{countPart(state.drives, Level::Critical), countPart(state.drives, Level::Warning)};
+    QStringList parts{levelPart(state.drives, Level::Critical), levelPart(state.drives, Level::Warning)};
+    counts.removeAll(QString());
+    parts.removeAll(QString());
+    QString text = parts.join(QStringLiteral("; "));
+    if (columns(text) > width)
+        text.prepend(counts.join(QStringLiteral(", ")) + QStringLiteral("; "));
+    return {text, levelTone(worst)};
 }
 
-/// How far the scan of `drive` is, and what the last one has found; a bar where there is room for it.
+/// Returns the progress and the findings of a drive's latest scan, with a bar where there is space for it.
 Cell scanCell(const WatchState &state, int drive, bool isWide)
 {
     const auto scan =
@@ -78,37 +104,60 @@ Cell scanCell(const WatchState &state, int drive, bool isWide)
         parts.append(QStringLiteral("%1 bad").arg(scan->badRanges.size()));
     if (isWide && scan->state == client::ScanState::Running)
         parts.prepend(progressBar(scan->percent / 100.0, kScanBarWidth));
-    return {parts.join(QLatin1Char(' ')), scan->badRanges.isEmpty() ? Colour::Plain : Colour::Bad};
+    return {parts.join(QLatin1Char(' ')), scan->badRanges.isEmpty() ? Tone::Plain : Tone::Bad};
 }
 
+/// Returns the column of `key` in other tables of drives.
+client::Column<client::Drive> shared(const char *key)
+{
+    const auto &all = client::driveColumns();
+    return *std::find_if(all.cbegin(), all.cend(), [key](const client::Column<client::Drive> &column) {
+        return column.key == QLatin1String(key);
+    });
+}
+
+/// Returns `column` with cells of at least `width` columns, so that new values do not move the others.
+client::Column<client::Drive> atLeast(int width, client::Column<client::Drive> column)
+{
+    const Align align = column.layout == Layout::Right ? Align::Right : Align::Left;
+    column.cell = [width, align, column](const client::Drive &drive) {
+        Cell cell = column.cellOfRow(drive);
+        if (columns(cell.text) < width)
+            cell.text = padded(cell.text, width, align);
+        return cell;
+    };
+    return column;
+}
+
+client::Columns<client::Drive> watchColumns(const WatchState &state, int width)
+{
+    const bool isWide = width >= kWideScreen;
+    const int scanWidth = isWide ? kWideScanWidth : width >= kUsualScreen ? kScanWidth : 0;
+    const auto trend = [&state](const client::Drive &drive) {
+        return Cell{sparkline(state.temperatures.value(drive.number), kTrendWidth, kTrendSpan)};
+    };
+    const auto scan = [&state, isWide](const client::Drive &drive) {
+        return scanCell(state, drive.number, isWide);
+    };
+    client::Columns<client::Drive> columns{shared("number"), shared("model")};
+    if (isWide)
+        columns.append(shared("serial"));
+    columns += client::Columns<client::Drive>{
+        shared("capacityBytes"),
+        atLeast(kTemperatureWidth, shared("temperatureCelsius")),
+        atLeast(kTrendWidth, client::cells<client::Drive>("Trend", Layout::Shrinking, trend)),
+        shared("healthPercent"),
+        atLeast(kLevelWidth, shared("level")),
+        atLeast(scanWidth, client::cells<client::Drive>("Scan", Layout::Shrinking, scan)),
+    };
+    return columns;
+}
+
+/// Returns the heading and `count` drives. All drives are laid out, so that scrolling does not move columns.
 QStringList driveLines(const WatchState &state, int first, int count, const Style &style)
 {
-    const bool isWide = style.width >= kWideScreen;
-    Table table;
-    table.addColumn(QStringLiteral("No"), Align::Right);
-    table.addColumn(QStringLiteral("Model"), Align::Left, Table::Shrink::Yes);
-    if (isWide)
-        table.addColumn(QStringLiteral("Serial"), Align::Left, Table::Shrink::Yes);
-    table.addColumn(QStringLiteral("Size"), Align::Right);
-    table.addColumn(QStringLiteral("Temp"), Align::Right);
-    table.addColumn(QStringLiteral("Trend"), Align::Left, Table::Shrink::Yes);
-    table.addColumn(QStringLiteral("Health"), Align::Right);
-    table.addColumn(QStringLiteral("Level"));
-    table.addColumn(QStringLiteral("Scan"), Align::Left, Table::Shrink::Yes);
-    for (int i = first; i < std::min(first + count, int(state.drives.size())); ++i) {
-        const client::Drive &drive = state.drives.at(i);
-        QVector<Cell> row{{QString::number(i)}, {client::visible(drive.model)}};
-        if (isWide)
-            row.append({client::visible(drive.serial)});
-        row += QVector<Cell>{{sizeText(drive.capacity)},
-                             temperatureCell(drive),
-                             {sparkline(state.temperatures.value(i), kTrendWidth, kTrendSpan)},
-                             healthCell(drive),
-                             levelCell(drive),
-                             scanCell(state, i, isWide)};
-        table.addRow(row);
-    }
-    return table.lines(style);
+    const QStringList lines = tableLines(watchColumns(state, style.width), state.drives, style);
+    return lines.mid(0, 1) + lines.mid(1 + first, count);
 }
 
 QString footer(const WatchState &state, int first, int shown)
@@ -120,7 +169,7 @@ QString footer(const WatchState &state, int first, int shown)
                     .arg(first + shown - 1)
                     .arg(state.drives.size());
     if (state.answered.isValid())
-        text += QStringLiteral(", %1").arg(timeText(state.answered));
+        text += QStringLiteral(", %1").arg(client::timeText(state.answered));
     return text;
 }
 
@@ -136,12 +185,12 @@ QStringList watchScreen(const WatchState &state, int rows, int firstRow, const S
     const int count = int(state.drives.size());
     const int shown = std::min(count, watchCapacity(rows));
     const int first = std::clamp(firstRow, 0, count - shown);
-    const Cell alertCell = alert(state);
-    QStringList lines{painted(cut(title(state), style.width), Colour::Strong, style),
-                      painted(cut(alertCell.text, style.width), alertCell.colour, style), QString()};
+    const Cell alertCell = alert(state, style.width);
+    QStringList lines{painted(cut(title(state), style.width), Tone::Strong, style),
+                      painted(cut(alertCell.text, style.width), alertCell.tone, style), QString()};
     if (count > 0)
         lines += driveLines(state, first, shown, style);
-    lines.append(painted(cut(footer(state, first, shown), style.width), Colour::Dim, style));
+    lines.append(painted(cut(footer(state, first, shown), style.width), Tone::Dim, style));
     return lines.mid(0, rows);
 }
 

@@ -2,9 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "console/client/greeting.h"
-#include "console/client/inventory.h"
-#include "console/client/scans.h"
+#include "client/greeting.h"
+#include "client/inventory.h"
+#include "client/scans.h"
 #include "console/render/style.h"
 
 #include <QDateTime>
@@ -15,7 +15,7 @@
 
 namespace render {
 
-/// What the live screen shows: the latest answers, or what keeps them from coming.
+/// The content of the live screen: the latest replies, and the problem if there is one.
 struct WatchState
 {
     QString endpoint;
@@ -23,15 +23,15 @@ struct WatchState
     QVector<client::Drive> drives;
     QVector<client::ScanStatus> scans;  ///< may lack drives
     QVector<QVector<int>> temperatures; ///< of each drive, oldest first
-    QDateTime answered;                 ///< invalid before the first answer
+    QDateTime answered;                 ///< invalid before the first reply
     QString problem;                    ///< empty while the service answers
 };
 
-/// The screen, at most `rows` lines of at most `style.width` columns. `firstRow` is the drive on top when
-/// not all of them fit; it is brought into range.
+/// Returns at most `rows` lines of at most `style.width` columns. `firstRow` is the first drive if not all of
+/// them fit; it is limited to the range.
 [[nodiscard]] QStringList watchScreen(const WatchState &state, int rows, int firstRow, const Style &style);
 
-/// How many drives fit on a screen of `rows` lines.
+/// Returns the number of drives that fit on a screen of `rows` lines.
 [[nodiscard]] int watchCapacity(int rows);
 
 } // namespace render

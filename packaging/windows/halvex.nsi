@@ -69,23 +69,38 @@ Function ${prefix}StopService
     Abort
 FunctionEnd
 
-; Copies the number $2 of the key $0 to the key $1, if it is there.
-Function ${prefix}CopyNumber
-    ClearErrors
-    ReadRegDWORD $3 HKLM "$0" "$2"
-    ${IfNot} ${Errors}
-        WriteRegDWORD HKLM "$1" "$2" $3
-    ${EndIf}
-FunctionEnd
-
-; Copies what an administrator may have set in the key $0 to the key $1.
-Function ${prefix}CopyNumbers
-    StrCpy $2 "Port"
-    Call ${prefix}CopyNumber
-    StrCpy $2 "SMARTPollInterval"
-    Call ${prefix}CopyNumber
-    StrCpy $2 "FreeSpacePollInterval"
-    Call ${prefix}CopyNumber
+; Copies the values of the key $0 to the key $1, but those of the service manager: whatever an administrator has
+; set stays, and so does what the installer does not know.
+Function ${prefix}CopyValues
+    StrCpy $5 0
+    ${Do}
+        EnumRegValue $2 HKLM "$0" $5
+        ${If} $2 == ""
+            ${ExitDo}
+        ${EndIf}
+        IntOp $5 $5 + 1
+        ${If} $2 == "Type"
+        ${OrIf} $2 == "Start"
+        ${OrIf} $2 == "ErrorControl"
+        ${OrIf} $2 == "ImagePath"
+        ${OrIf} $2 == "DisplayName"
+        ${OrIf} $2 == "Description"
+        ${OrIf} $2 == "ObjectName"
+        ${OrIf} $2 == "WOW64"
+            ${Continue}
+        ${EndIf}
+        ClearErrors
+        ReadRegDWORD $3 HKLM "$0" "$2"
+        ${IfNot} ${Errors}
+            WriteRegDWORD HKLM "$1" "$2" $3
+            ${Continue}
+        ${EndIf}
+        ClearErrors
+        ReadRegStr $3 HKLM "$0" "$2"
+        ${IfNot} ${Errors}
+            WriteRegStr HKLM "$1" "$2" $3
+        ${EndIf}
+    ${Loop}
 FunctionEnd
 
 Function ${prefix}RemoveFirewallRule
@@ -111,14 +126,14 @@ FunctionEnd
 Section "Service and console" SectionService
     SectionIn RO
     SetRegView ${WIDTH}
-    ; An older installation ends here, wherever it is. Its numbers stay.
+    ; An older installation ends here, wherever it is. Its values stay.
     ReadRegStr $0 HKLM "${UNINSTALL_KEY}" InstallLocation
     ${If} $0 != ""
         Call StopService
         StrCpy $4 $0
         StrCpy $0 "${SERVICE_KEY}"
         StrCpy $1 "${KEPT_KEY}"
-        Call CopyNumbers
+        Call CopyValues
         nsExec::ExecToLog '"$4\${PROGRAM}" -uninstall'
         Pop $0
     ${EndIf}
@@ -150,7 +165,7 @@ Section "Service and console" SectionService
     ${EndIf}
     StrCpy $0 "${KEPT_KEY}"
     StrCpy $1 "${SERVICE_KEY}"
-    Call CopyNumbers
+    Call CopyValues
     DeleteRegKey HKLM "${KEPT_KEY}"
 SectionEnd
 
@@ -199,7 +214,7 @@ Section "un.Service and console" SectionUninstall
     Call un.StopService
     StrCpy $0 "${SERVICE_KEY}"
     StrCpy $1 "${KEPT_KEY}"
-    Call un.CopyNumbers
+    Call un.CopyValues
     nsExec::ExecToLog '"$INSTDIR\${PROGRAM}" -uninstall'
     Pop $0
     Call un.RemoveFirewallRule

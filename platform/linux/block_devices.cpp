@@ -48,7 +48,8 @@ QString decoded(const char *bytes)
     return QString::fromUtf8(plain).trimmed();
 }
 
-/// A disk has hardware behind it, which mapped, loop and RAM devices have not; an optical drive is none.
+/// Returns whether hardware backs the device, unlike mapped, loop and RAM devices, and it is not an optical
+/// drive.
 bool isRealDisk(udev_device *device)
 {
     const QByteArray name(udev_device_get_sysname(device));
@@ -60,29 +61,66 @@ bool isRealDisk(udev_device *device)
            !name.contains("rpmb");
 }
 
-/// The kernel gives the drives behind its own translation this vendor, and cuts their model and revision
-/// short; IDENTIFY tells them whole.
+/// The vendor that INQUIRY reports for ATA drives behind a translation. Such a drive's INQUIRY holds only 16
+/// characters of its model and 4 of its revision, wherever they come from; IDENTIFY has all of them.
 constexpr char kTranslatedVendor[] = "ATA";
 
-/// The first of the disk's own answers: udev's property, else the kernel's attribute of the device behind it.
-QString identity(udev_device *device, const char *encodedProperty, const char *property,
-                 const char *attribute)
+QString attribute(udev_device *device, const char *name)
 {
-    if (const char *value =
-            encodedProperty ? udev_device_get_property_value(device, encodedProperty) : nullptr)
+    return device ? text(udev_device_get_sysattr_value(device, name)) : QString();
+}
+
+QString property(udev_device *device, const char *name)
+{
+    return text(udev_device_get_property_value(device, name));
+}
+
+/// Returns udev's property, which may be kept in an encoded form too, else the kernel's attribute of the
+/// device that the disk belongs to.
+QString reported(udev_device *device, const char *encodedProperty, const char *plainProperty,
+                 const char *kernelAttribute)
+{
+    if (const char *value = udev_device_get_property_value(device, encodedProperty))
         return decoded(value);
-    if (const char *value = property ? udev_device_get_property_value(device, property) : nullptr)
+    if (const char *value = udev_device_get_property_value(device, plainProperty))
         return text(value);
-    udev_device *parent = udev_device_get_parent(device); // borrowed from `device`
-    if (!parent || !attribute ||
-        text(udev_device_get_sysattr_value(parent, "vendor")) == QLatin1String(kTranslatedVendor))
-        return {};
-    return text(udev_device_get_sysattr_value(parent, attribute));
+    return attribute(udev_device_get_parent(device), kernelAttribute); // the parent belongs to `device`
 }
 
 bool removableAttribute(udev_device *disk)
 {
-    return QByteArray(udev_device_get_sysattr_value(disk, "removable")).trimmed() == "1";
+    return attribute(disk, "removable") == QLatin1String("1");
+}
+
+/// Returns the name that stays with the drive. The kernel's comes first because it is there as soon as the
+/// node is, while udev's properties follow later; for drives with a world wide name both are the same.
+QString identityOf(udev_device *device, const BlockDisk &disk)
+{
+    for (udev_device *holder : {udev_device_get_parent(device), device}) { // SCSI, NVMe
+        const QString name = attribute(holder, "wwid").simplified();
+        if (!name.isEmpty())
+            return name;
+    }
+    QString name = property(device, "ID_WWN");
+    if (name.startsWith(QLatin1String("0x")))
+        return name.replace(0, 2, QStringLiteral("naa."));
+    if (!name.isEmpty())
+        return name;
+    const QString model = disk.product.isEmpty() ? property(device, "ID_MODEL") : disk.product;
+    return QStringList{model, disk.serial}.join(QLatin1Char(' ')).simplified();
+}
+
+/// Returns the serial number that the kernel read when it attached the drive: from page 80h of the vital
+/// product data, after a header of four bytes, else from the USB bridge.
+QString unitSerial(udev_device *device)
+{
+    constexpr qint64 kMaxPage = 256;
+    constexpr int kHeader = 4;
+    udev_device *holder = udev_device_get_parent(device);
+    QFile page(holder ? text(udev_device_get_syspath(holder)) + QStringLiteral("/vpd_pg80") : QString());
+    if (page.open(QIODevice::ReadOnly))
+        return QString::fromLatin1(page.read(kMaxPage).mid(kHeader)).trimmed();
+    return attribute(udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device"), "serial");
 }
 
 BlockDisk describe(udev_device *device)
@@ -91,16 +129,27 @@ BlockDisk describe(udev_device *device)
     disk.node = text(udev_device_get_devnode(device));
     disk.device = udev_device_get_devnum(device);
     disk.isRemovable = removableAttribute(device);
-    disk.vendor = identity(device, "ID_VENDOR_ENC", "ID_VENDOR", "vendor");
-    if (disk.vendor == QLatin1String(kTranslatedVendor))
+    disk.vendor = reported(device, "ID_VENDOR_ENC", "ID_VENDOR", "vendor");
+    disk.product = reported(device, "ID_MODEL_ENC", "ID_MODEL", "model");
+    disk.revision = reported(device, "ID_REVISION", "ID_REVISION", "rev");
+    disk.serial = property(device, "ID_SERIAL_SHORT");
+    if (disk.serial.isEmpty())
+        disk.serial = unitSerial(device);
+    disk.identity = identityOf(device, disk);
+    if (disk.vendor == QLatin1String(kTranslatedVendor)) {
         disk.vendor.clear();
-    disk.product = identity(device, "ID_MODEL_ENC", "ID_MODEL", "model");
-    disk.revision = identity(device, nullptr, "ID_REVISION", "rev");
-    disk.serial = identity(device, nullptr, "ID_SERIAL_SHORT", nullptr);
+        // udev's ata_id reads IDENTIFY, and sets no vendor.
+        const bool isWhole =
+            property(device, "ID_VENDOR").isEmpty() && !property(device, "ID_MODEL").isEmpty();
+        if (!isWhole) {
+            disk.product.clear();
+            disk.revision.clear();
+        }
+    }
     return disk;
 }
 
-/// The whole disk that a block device is, or is a partition of.
+/// Returns the whole disk that a block device is, or is a partition of.
 dev_t wholeDiskOf(dev_t device)
 {
     const Udev udev(udev_new());
@@ -111,7 +160,7 @@ dev_t wholeDiskOf(dev_t device)
     return disk ? udev_device_get_devnum(disk) : device;
 }
 
-/// The devices that a mapped device (dm, md) is made of. udev does not tell them; the kernel's tree does.
+/// Returns the devices that a mapped device (dm, md) is made of. Only the kernel's tree has them.
 QVector<dev_t> slavesOf(dev_t device)
 {
     QVector<dev_t> slaves;
@@ -129,20 +178,22 @@ QVector<dev_t> slavesOf(dev_t device)
 
 constexpr int kDeepestMapping = 8; // encryption over volumes over arrays; deeper than anyone stacks them
 
-std::optional<BlockDisk> diskBelow(dev_t device, const QVector<BlockDisk> &disks, int depth)
+int placeBelow(dev_t device, const QVector<dev_t> &disks, int depth)
 {
-    const dev_t whole = wholeDiskOf(device);
-    const auto found = std::find_if(disks.cbegin(), disks.cend(),
-                                    [whole](const BlockDisk &disk) { return disk.device == whole; });
-    if (found != disks.cend())
-        return *found;
-    if (depth >= kDeepestMapping)
-        return std::nullopt;
+    int place = int(disks.indexOf(wholeDiskOf(device)));
+    if (place >= 0 || depth >= kDeepestMapping)
+        return place;
     for (const dev_t slave : slavesOf(device)) {
-        if (std::optional<BlockDisk> disk = diskBelow(slave, disks, depth + 1))
-            return disk;
+        place = placeBelow(slave, disks, depth + 1);
+        if (place >= 0)
+            break;
     }
-    return std::nullopt;
+    return place;
+}
+
+bool isListed(udev_device *device)
+{
+    return device && udev_device_get_devnode(device) && isRealDisk(device);
 }
 
 } // namespace
@@ -160,7 +211,7 @@ QVector<BlockDisk> BlockDevices::wholeDisks()
     for (udev_list_entry *entry = udev_enumerate_get_list_entry(enumeration.get()); entry != nullptr;
          entry = udev_list_entry_get_next(entry)) {
         const UdevDevice device(udev_device_new_from_syspath(udev.get(), udev_list_entry_get_name(entry)));
-        if (device && udev_device_get_devnode(device.get()) && isRealDisk(device.get()))
+        if (isListed(device.get()))
             disks.append(describe(device.get()));
     }
     std::sort(disks.begin(), disks.end(), [](const BlockDisk &a, const BlockDisk &b) {
@@ -169,9 +220,16 @@ QVector<BlockDisk> BlockDevices::wholeDisks()
     return disks;
 }
 
-std::optional<BlockDisk> BlockDevices::diskOf(dev_t device)
+std::optional<BlockDisk> BlockDevices::wholeDisk(dev_t device)
 {
-    return diskBelow(device, wholeDisks(), 0);
+    const Udev udev(udev_new());
+    const UdevDevice entry(udev ? udev_device_new_from_devnum(udev.get(), 'b', device) : nullptr);
+    return isListed(entry.get()) ? std::optional<BlockDisk>(describe(entry.get())) : std::nullopt;
+}
+
+int BlockDevices::diskBelow(dev_t device, const QVector<dev_t> &disks)
+{
+    return placeBelow(device, disks, 0);
 }
 
 QString BlockDevices::property(dev_t device, const char *name)

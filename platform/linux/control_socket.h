@@ -29,8 +29,8 @@ struct Exchange
     Answer answer;
 };
 
-/// One request to the service behind `path`. Waits for the answer as long as the Windows service manager
-/// would, 30 s.
+/// Sends one request to the service that listens at `path`. Waits for the answer as long as the Windows
+/// service manager would, 30 s.
 [[nodiscard]] Exchange request(const QString &path, quint32 code);
 
 /// The service's end.
@@ -42,7 +42,7 @@ public:
     Server &operator=(const Server &) = delete;
     ~Server(); ///< removes the socket file
 
-    /// Binds so that only the owner can connect, in place of a socket that a killed service left behind.
+    /// Binds so that only the owner can connect, in place of a socket that a killed service left.
     /// An errno value; EADDRINUSE when another service answers there.
     [[nodiscard]] int listen(const QString &path);
 

@@ -3,25 +3,50 @@
 #pragma once
 
 #include "platform/linux/block_devices.h"
+#include "platform/linux/number_assignment.h"
 
 #include <QMutex>
-#include <QStringList>
 
 #include <optional>
 
-/// The numbers of the machine's disks: their places in BlockDevices::wholeDisks() at first, and theirs for
-/// good while this object lives. A disk that is pulled leaves a gap, so that no other is ever taken for it;
-/// one that comes gets the next number, or the one that its node had before. Any thread may call.
+/// The machine's whole disks under their numbers, which stay with their identity (number_assignment.h). Any
+/// thread may call.
 class DiskNumbers
 {
 public:
-    /// The disk that has `number` now.
+    /// Keeps the numbers in the file at `path`, which is written when a new disk appears. Without a path they
+    /// last as long as this object. A damaged file is set aside, and the numbers start afresh.
+    explicit DiskNumbers(QString path = {});
+
+    /// Lists the machine's disks afresh.
+    void rescan();
+
+    /// Returns the disk that has `number`, as of the latest rescan().
     [[nodiscard]] std::optional<BlockDisk> disk(int number);
 
-    /// The number of the disk at a node ("/dev/sda").
-    [[nodiscard]] int numberOf(const QString &node);
+    /// Returns the number of the disk that holds a block device, as of the latest rescan(); nullopt if the
+    /// device lies on no whole disk.
+    [[nodiscard]] std::optional<int> numberOf(dev_t device);
 
 private:
-    QMutex m_mutex;      // guards m_nodes
-    QStringList m_nodes; // a node's place is its disk's number
+    struct NumberedDisk
+    {
+        int number = 0;
+        BlockDisk disk;
+    };
+
+    QVector<NumberedDisk> present();
+    void load();
+    void setAside(const QString &reason);
+    void store();
+
+    const QString m_path;
+    QMutex m_scanMutex; // held during a whole rescan; guards what follows
+    QVector<number_assignment::Entry> m_entries;
+    QByteArray m_stored; // what the file holds
+    bool m_isLoaded = false;
+    bool m_isWritable = true;
+
+    QMutex m_mutex; // guards m_present, and is held only for a moment
+    std::optional<QVector<NumberedDisk>> m_present;
 };

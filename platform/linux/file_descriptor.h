@@ -31,6 +31,8 @@ public:
 
     [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
     [[nodiscard]] int get() const { return m_descriptor; }
+    /// Passes the ownership to the caller.
+    [[nodiscard]] int release() { return std::exchange(m_descriptor, -1); }
 
 private:
     int m_descriptor = -1;

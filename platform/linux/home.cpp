@@ -33,6 +33,16 @@ QString controlSocketPath(const QString &home)
     return home + QStringLiteral("/control");
 }
 
+QString lockPath(const QString &home)
+{
+    return home + QStringLiteral("/lock");
+}
+
+QString driveNumbersPath(const QString &home)
+{
+    return home + QStringLiteral("/drive-numbers.json");
+}
+
 QString imagePath(const QString &home)
 {
     return home + QLatin1Char('/') + QLatin1String(kProgramName);

@@ -13,12 +13,14 @@ inline constexpr char kDefaultDirectory[] = "/var/lib/halvex";
 /// Absolute, without a slash at its end.
 [[nodiscard]] QString directory();
 
-/// What the local client socket listens under: a path in the home directory when $HALVEX_HOME is set, else
+/// Returns the name of the local client socket: a path in the home directory when $HALVEX_HOME is set, else
 /// the plain name.
 [[nodiscard]] QString localSocketName();
 
 [[nodiscard]] QString serviceKeyPath(const QString &home);
 [[nodiscard]] QString controlSocketPath(const QString &home);
+[[nodiscard]] QString lockPath(const QString &home);
+[[nodiscard]] QString driveNumbersPath(const QString &home);
 /// The image path that goes into the service's key, so that the program directory is the home directory.
 [[nodiscard]] QString imagePath(const QString &home);
 

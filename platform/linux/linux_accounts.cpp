@@ -13,7 +13,7 @@ namespace {
 constexpr quint32 kUser = 1;          // USER_PRIV_USER
 constexpr quint32 kAdministrator = 2; // USER_PRIV_ADMIN
 
-/// Who belongs to a group that may act as root: as its member, or because it is the account's own group.
+/// Returns the accounts that may act as root by a group: as members, or because it is their own group.
 struct Administrators
 {
     QSet<gid_t> groups;

@@ -16,7 +16,8 @@ struct UidRange
 /// UID_MIN and UID_MAX of login.defs(5); what it does not set to a decimal number keeps its default.
 [[nodiscard]] UidRange uidRangeOf(const QByteArray &loginDefs);
 
-/// Whether an account is root's or a person's: people have an id of the range and a shell to log in with.
+/// Returns whether an account is root's or a person's: people have an id of the range and a shell to log in
+/// with.
 [[nodiscard]] bool isNormalAccount(quint32 uid, const QByteArray &shell, UidRange people);
 
 /// Root and the people among the machine's accounts; root and the members of the groups sudo, wheel and

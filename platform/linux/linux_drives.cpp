@@ -9,9 +9,12 @@
 #include "platform/linux/logging.h"
 #include "platform/linux/sg_io.h"
 
+#include <QFile>
+
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -90,7 +93,7 @@ std::optional<quint64> LinuxDrive::lengthInBytes() const
     return length;
 }
 
-/// Cylinders follow from the length: what HDIO_GETGEO tells stops at 16 bits.
+/// Computes the cylinders from the length, because those of HDIO_GETGEO stop at 16 bits.
 ControlReply LinuxDrive::geometry(MutableBytes output) const
 {
     constexpr quint32 kTracks = 255;
@@ -170,7 +173,7 @@ ReadReply LinuxDrive::readAt(quint64 offset, MutableBytes buffer)
     return {system_error::kNone, int(length)};
 }
 
-/// N of "\\.\PhysicalDriveN"; -1 for any other path.
+/// Returns N of "\\.\PhysicalDriveN"; -1 for any other path.
 int numberIn(const QString &path)
 {
     const QString prefix = QStringLiteral("\\\\.\\PhysicalDrive");
@@ -179,7 +182,32 @@ int numberIn(const QString &path)
     return isNumber ? number : -1;
 }
 
+/// O_DIRECT so that a scan reads the drive and not the cache; read-only because closing a device that was
+/// open for writing makes udev probe it again.
+FileDescriptor openNode(const QString &node)
+{
+    return FileDescriptor(
+        ::open(QFile::encodeName(node).constData(), O_RDONLY | O_DIRECT | O_NONBLOCK | O_CLOEXEC));
+}
+
+/// Returns whether the opened device is the disk that it is taken for: the kernel reuses nodes.
+bool isDisk(const FileDescriptor &descriptor, const BlockDisk &disk)
+{
+    struct stat status
+    {
+    };
+    if (::fstat(descriptor.get(), &status) != 0)
+        return false;
+    const std::optional<BlockDisk> found = BlockDevices::wholeDisk(status.st_rdev);
+    return found && found->identity == disk.identity;
+}
+
 } // namespace
+
+void LinuxDrives::rescan()
+{
+    m_numbers->rescan();
+}
 
 OpenReply LinuxDrives::open(const QString &path)
 {
@@ -187,17 +215,18 @@ OpenReply LinuxDrives::open(const QString &path)
     const std::optional<BlockDisk> disk = m_numbers->disk(number);
     if (!disk)
         return {nullptr, system_error::kFileNotFound};
-    // O_DIRECT so that a scan sees the drive and not the cache; for reading only, because closing a device
-    // that was open for writing makes udev probe it again.
-    FileDescriptor descriptor(
-        ::open(disk->node.toLocal8Bit().constData(), O_RDONLY | O_DIRECT | O_NONBLOCK | O_CLOEXEC));
+    FileDescriptor descriptor = openNode(disk->node);
     if (!descriptor.isOpen()) {
         const int error = errno;
-        qCInfo(logPlatform, "%s cannot be opened: %s%s", qPrintable(disk->node), strerror(error),
+        qCInfo(lcPlatform, "%s cannot be opened: %s%s", qPrintable(disk->node), strerror(error),
                error == EACCES || error == EPERM
                    ? " (the service needs root, or the node's group and CAP_SYS_RAWIO)"
                    : "");
         return {nullptr, systemErrorOf(error)};
+    }
+    if (!isDisk(descriptor, *disk)) {
+        qCInfo(lcPlatform, "%s is not drive %d any more", qPrintable(disk->node), number);
+        return {nullptr, system_error::kDeviceNotConnected};
     }
     return {std::make_unique<LinuxDrive>(std::move(descriptor), number, *disk), system_error::kNone};
 }

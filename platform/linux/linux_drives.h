@@ -8,9 +8,9 @@
 #include <memory>
 #include <utility>
 
-/// The machine's whole disks: PhysicalDriveN is the disk that DiskNumbers calls N. Geometry, length,
-/// number and descriptor come from the kernel and udev; ATA commands go through SG_IO, which wants
-/// CAP_SYS_RAWIO. Opening and the requests that are no ATA commands leave a sleeping drive asleep.
+/// The machine's whole disks: PhysicalDriveN is the disk with number N in DiskNumbers. Geometry, length,
+/// number and descriptor come from the kernel and udev; ATA commands go through SG_IO, which needs
+/// CAP_SYS_RAWIO. Opening a drive, and any request but an ATA command, leaves a sleeping drive asleep.
 class LinuxDrives : public DriveSystem
 {
 public:
@@ -18,6 +18,7 @@ public:
         : m_numbers(std::move(numbers))
     {}
 
+    void rescan() override;
     OpenReply open(const QString &path) override;
 
 private:

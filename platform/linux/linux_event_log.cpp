@@ -10,7 +10,7 @@
 #include <sys/uio.h>
 #include <syslog.h>
 
-#define SD_JOURNAL_SUPPRESS_LOCATION // where in the source an event is written tells an administrator nothing
+#define SD_JOURNAL_SUPPRESS_LOCATION // the place in the source means nothing to an administrator
 #include <systemd/sd-journal.h>
 
 namespace {
@@ -48,7 +48,7 @@ QVector<QByteArray> journalFields(const Event &event)
     return fields;
 }
 
-/// sd_journal_sendv(3) also tells success where there is no journal.
+/// sd_journal_sendv(3) also reports success where there is no journal.
 bool sendToJournal(const Event &event)
 {
     if (!QFileInfo::exists(QLatin1String(kJournalSocket)))

@@ -15,19 +15,29 @@ namespace {
 
 constexpr qint64 kMaxFileSize = 1 << 20; // bytes
 
-/// nullopt when the file is not there or is anything else than a JSON object of a sensible size.
-std::optional<QJsonObject> readObject(const QString &path)
+using Object = Result<QJsonObject, AccessError>;
+
+/// Fails with a text that names the file.
+Object readObject(const QString &path)
 {
-    const QJsonDocument document =
-        QJsonDocument::fromJson(readFile(path, kMaxFileSize).value_or(QByteArray()));
-    if (!document.isObject())
-        return std::nullopt;
-    return document.object();
+    const auto content = whole_file::read(path, kMaxFileSize);
+    if (!content)
+        return AccessError{content.failure().kind, path + QStringLiteral(": ") + content.failure().text};
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(*content, &error);
+    if (document.isObject())
+        return document.object();
+    const QString reason =
+        error.error == QJsonParseError::NoError ? QStringLiteral("not a JSON object") : error.errorString();
+    return AccessError{AccessError::Kind::Failed, path + QStringLiteral(": ") + reason};
 }
 
-bool writeObject(const QString &path, const QJsonObject &object)
+/// An option may hold a secret: the file is readable for its owner alone.
+Result<void> writeObject(const QString &path, const QJsonObject &object)
 {
-    return replaceFile(path, QJsonDocument(object).toJson()).isEmpty();
+    const auto written = whole_file::replace(path, QJsonDocument(object).toJson(),
+                                             QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    return written ? written : Error{path + QStringLiteral(": ") + written.failure().text};
 }
 
 class JsonKey : public OpenKey
@@ -50,6 +60,8 @@ public:
         return quint32(number);
     }
 
+    [[nodiscard]] QStringList names() const override { return m_object.keys(); }
+
 private:
     QJsonObject m_object;
 };
@@ -60,23 +72,33 @@ LinuxServiceKey::LinuxServiceKey(QString path)
     : m_path(std::move(path))
 {}
 
-std::unique_ptr<OpenKey> LinuxServiceKey::open()
+Result<std::unique_ptr<OpenKey>, AccessError> LinuxServiceKey::open()
 {
-    std::optional<QJsonObject> object = readObject(m_path);
-    return object ? std::make_unique<JsonKey>(*std::move(object)) : nullptr;
-}
-
-bool LinuxServiceKey::write(const QVector<NamedNumber> &values)
-{
-    std::optional<QJsonObject> object = readObject(m_path);
+    Object object = readObject(m_path);
     if (!object)
-        return false;
-    for (const NamedNumber &number : values)
-        object->insert(number.name, qint64(number.value));
-    return writeObject(m_path, *object);
+        return object.failure();
+    return std::unique_ptr<OpenKey>(std::make_unique<JsonKey>(*std::move(object)));
 }
 
-bool LinuxServiceKey::create(const QString &imagePath)
+Result<void, AccessError> LinuxServiceKey::write(const QVector<NamedNumber> &values)
 {
-    return writeObject(m_path, {{QStringLiteral("ImagePath"), imagePath}});
+    const Object read = readObject(m_path);
+    if (!read)
+        return read.failure();
+    QJsonObject object = *read;
+    for (const NamedNumber &number : values)
+        object.insert(number.name, qint64(number.value));
+    if (const auto written = writeObject(m_path, object); !written)
+        return AccessError{AccessError::Kind::Failed, written.failure().text};
+    return {};
+}
+
+Result<void> LinuxServiceKey::create(const QString &imagePath)
+{
+    const Object read = readObject(m_path);
+    if (!read && read.failure().kind == AccessError::Kind::Failed)
+        return Error{read.failure().text};
+    QJsonObject values = read ? *read : QJsonObject();
+    values.insert(QStringLiteral("ImagePath"), imagePath);
+    return writeObject(m_path, values);
 }

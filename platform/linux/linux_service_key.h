@@ -10,11 +10,12 @@ class LinuxServiceKey : public ServiceKey
 public:
     explicit LinuxServiceKey(QString path);
 
-    std::unique_ptr<OpenKey> open() override;
-    bool write(const QVector<NamedNumber> &values) override;
+    Result<std::unique_ptr<OpenKey>, AccessError> open() override;
+    Result<void, AccessError> write(const QVector<NamedNumber> &values) override;
 
-    /// Makes the key, or replaces it, with the image path as its only value.
-    [[nodiscard]] bool create(const QString &imagePath);
+    /// Creates the key with the image path, or sets the image path in an existing key and keeps its other
+    /// values. Fails, with nothing changed, if a file exists that is not a key.
+    Result<void> create(const QString &imagePath);
 
 private:
     QString m_path;

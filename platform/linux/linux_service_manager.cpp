@@ -17,10 +17,12 @@
 #include <pwd.h>
 #include <sys/eventfd.h>
 #include <systemd/sd-daemon.h>
+#include <unistd.h>
 
 namespace {
 
-/// Whether the service may be sent `code` in the state it reported, as the Windows manager decides it.
+/// Returns whether the service may be sent `code` in the state it reported, as the Windows manager decides
+/// it.
 bool isAccepted(quint32 code, const ServiceStatus &status)
 {
     if (status.state != ServiceState::Running && status.state != ServiceState::Paused)
@@ -36,7 +38,7 @@ bool isAccepted(quint32 code, const ServiceStatus &status)
     }
 }
 
-/// What systemd is told of a state (sd_notify(3)); null for what it need not know.
+/// Returns what systemd is notified of in a state (sd_notify(3)); null if nothing.
 const char *notification(ServiceState state)
 {
     switch (state) {
@@ -61,9 +63,14 @@ QString localName(const QString &account)
     return account.mid(account.lastIndexOf(QLatin1Char('\\')) + 1);
 }
 
+bool isMissing(int errnoValue)
+{
+    return errnoValue == ENOENT || errnoValue == ENOTDIR;
+}
+
 bool nobodyListens(const control_socket::Exchange &exchange)
 {
-    return exchange.errnoValue == ENOENT || exchange.errnoValue == ECONNREFUSED;
+    return isMissing(exchange.errnoValue) || exchange.errnoValue == ECONNREFUSED;
 }
 
 } // namespace
@@ -82,7 +89,12 @@ QString LinuxServiceManager::programPath() const
 
 bool LinuxServiceManager::isInstalled(const QString &)
 {
-    return QFileInfo::exists(home::serviceKeyPath(m_home));
+    if (!QFileInfo::exists(home::serviceKeyPath(m_home)))
+        return false;
+    // An administrator may write a key with options before the installation; a damaged key can be
+    // uninstalled.
+    const auto key = m_key.open();
+    return !key || (*key)->value(QStringLiteral("ImagePath"));
 }
 
 ServiceOutcome LinuxServiceManager::install(const ServiceDefinition &service)
@@ -90,13 +102,16 @@ ServiceOutcome LinuxServiceManager::install(const ServiceDefinition &service)
     const QString account = localName(service.account);
     if (!account.isEmpty() && !::getpwnam(account.toLocal8Bit().constData()))
         return {system_error::kInvalidParameter, QStringLiteral("there is no account %1").arg(account)};
+    const bool hadKey = QFileInfo::exists(home::serviceKeyPath(m_home));
     errno = 0;
-    if (!QDir().mkpath(m_home) || !m_key.create(home::imagePath(m_home)))
-        return errno ? failureOf(errno) : failureOf(EIO);
+    if (!QDir().mkpath(m_home))
+        return failureOf(errno ? errno : EIO);
+    if (const auto created = m_key.create(home::imagePath(m_home)); !created)
+        return {system_error::kAccessDenied, created.failure().text};
     if (!m_managedBySystemd)
         return {};
     ServiceOutcome outcome = systemd_unit::install(service, account);
-    if (!outcome.ok())
+    if (!outcome.ok() && !hadKey)
         QFile::remove(home::serviceKeyPath(m_home));
     return outcome;
 }
@@ -129,6 +144,29 @@ std::optional<ServiceState> LinuxServiceManager::state(const QString &)
     return nobodyListens(exchange) ? std::optional(ServiceState::Stopped) : std::nullopt;
 }
 
+ServiceView LinuxServiceManager::view(const QString &name)
+{
+    ServiceView view;
+    const QString key = home::serviceKeyPath(m_home);
+    const int keyError = ::access(QFile::encodeName(key).constData(), F_OK) == 0 ? 0 : errno;
+    if (keyError == 0)
+        view.isInstalled = isInstalled(name);
+    else if (isMissing(keyError))
+        view.isInstalled = false;
+    else
+        view.obstacle = key + QStringLiteral(": ") + qt_error_string(keyError);
+
+    const QString socket = home::controlSocketPath(m_home);
+    const control_socket::Exchange exchange = control_socket::request(socket, control_socket::kInterrogate);
+    if (exchange.errnoValue == 0)
+        view.isRunning = exchange.answer.state != ServiceState::Stopped;
+    else if (nobodyListens(exchange))
+        view.isRunning = false;
+    else
+        view.obstacle = socket + QStringLiteral(": ") + qt_error_string(exchange.errnoValue);
+    return view;
+}
+
 ControlOutcome LinuxServiceManager::control(const QString &name, quint32 code)
 {
     const control_socket::Exchange exchange = control_socket::request(home::controlSocketPath(m_home), code);
@@ -146,7 +184,10 @@ ControlOutcome LinuxServiceManager::control(const QString &name, quint32 code)
 
 ServiceOutcome LinuxServiceManager::runDispatcher(const QString &, RunMode mode, ServiceClient &client)
 {
-    if (mode == RunMode::Service && !m_key.open())
+    const auto key = m_key.open();
+    if (mode == RunMode::Service && !key && key.failure().kind == AccessError::Kind::Failed)
+        return {system_error::kAccessDenied, key.failure().text};
+    if (mode == RunMode::Service && !key)
         return {system_error::kNotStartedByManager, QStringLiteral("The service is not installed")};
     if (!m_stopped.isOpen())
         return failureOf(EMFILE);

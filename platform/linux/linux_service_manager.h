@@ -21,6 +21,7 @@ public:
     ServiceOutcome uninstall(const QString &name) override;
     ServiceOutcome start(const QString &name, const QStringList &arguments) override;
     [[nodiscard]] std::optional<ServiceState> state(const QString &name) override;
+    [[nodiscard]] ServiceView view(const QString &name) override;
     ControlOutcome control(const QString &name, quint32 code) override;
     ServiceOutcome runDispatcher(const QString &name, RunMode mode, ServiceClient &client) override;
     void reportStatus(const ServiceStatus &status) override;

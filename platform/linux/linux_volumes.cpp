@@ -15,7 +15,7 @@ constexpr quint32 kUnknownDrive = 0;   // DRIVE_UNKNOWN
 constexpr quint32 kRemovableDrive = 2; // DRIVE_REMOVABLE
 constexpr quint32 kOpticalDrive = 5;   // DRIVE_CDROM
 
-/// The mount point that a volume name, or the name less its last character, stands for.
+/// Returns the mount point of a volume name, with or without its final slash.
 QString mountPointOf(QString name)
 {
     if (name.endsWith(QLatin1Char('/')))
@@ -33,7 +33,7 @@ std::optional<dev_t> deviceOf(const Mount &mount)
     return status.st_rdev;
 }
 
-/// A file system's serial as eight hex digits: what FAT and NTFS call so, and the head of any UUID.
+/// Returns the first eight hex digits of a UUID as a number, which for FAT and NTFS is the serial number.
 quint32 serialFrom(QString uuid)
 {
     bool isNumber = false;
@@ -45,27 +45,34 @@ quint32 serialFrom(QString uuid)
 
 QStringList LinuxVolumes::volumeNames()
 {
+    m_numbers->rescan();
     QFile table(QStringLiteral("/proc/self/mountinfo"));
-    m_mounts = table.open(QIODevice::ReadOnly) ? parseMountTable(table.readAll()) : QVector<Mount>();
+    const QVector<Mount> mounts =
+        table.open(QIODevice::ReadOnly) ? parseMountTable(table.readAll()) : QVector<Mount>();
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_mounts = mounts;
+    }
     QStringList names;
-    for (const Mount &mount : qAsConst(m_mounts))
+    for (const Mount &mount : mounts)
         names << (mount.mountPoint.endsWith(QLatin1Char('/')) ? mount.mountPoint
                                                               : mount.mountPoint + QLatin1Char('/'));
     return names;
 }
 
-const Mount *LinuxVolumes::find(const QString &mountPoint) const
+std::optional<Mount> LinuxVolumes::find(const QString &mountPoint) const
 {
+    const QMutexLocker lock(&m_mutex);
     for (const Mount &mount : m_mounts) {
         if (mount.mountPoint == mountPoint)
-            return &mount;
+            return mount;
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 quint32 LinuxVolumes::driveType(const QString &volumeOrLetter)
 {
-    const Mount *mount = find(mountPointOf(volumeOrLetter));
+    const std::optional<Mount> mount = find(mountPointOf(volumeOrLetter));
     const std::optional<dev_t> device = mount ? deviceOf(*mount) : std::nullopt;
     if (!device)
         return kUnknownDrive;
@@ -86,7 +93,7 @@ std::optional<VolumeSpace> LinuxVolumes::space(const QString &volumeName)
 
 std::optional<VolumeInformation> LinuxVolumes::information(const QString &volumeName)
 {
-    const Mount *mount = find(mountPointOf(volumeName));
+    const std::optional<Mount> mount = find(mountPointOf(volumeName));
     if (!mount)
         return std::nullopt;
     VolumeInformation information;
@@ -100,8 +107,7 @@ std::optional<VolumeInformation> LinuxVolumes::information(const QString &volume
 
 std::optional<qint32> LinuxVolumes::deviceNumber(const QString &devicePath)
 {
-    const Mount *mount = find(mountPointOf(devicePath));
+    const std::optional<Mount> mount = find(mountPointOf(devicePath));
     const std::optional<dev_t> device = mount ? deviceOf(*mount) : std::nullopt;
-    const std::optional<BlockDisk> disk = device ? BlockDevices::diskOf(*device) : std::nullopt;
-    return disk ? std::optional<qint32>(m_numbers->numberOf(disk->node)) : std::nullopt;
+    return device ? m_numbers->numberOf(*device) : std::nullopt;
 }

@@ -6,11 +6,13 @@
 #include "platform/linux/mount_table.h"
 #include "platform/volumes.h"
 
+#include <QMutex>
+
 #include <memory>
 #include <utility>
 
 /// The mounted block file systems as volumes: a volume's name is its mount point and a slash. Network file
-/// systems and those of the kernel have no device and do not appear; removable media are told as such.
+/// systems and those of the kernel have no device and do not appear; removable media are reported as such.
 class LinuxVolumes : public VolumeSystem
 {
 public:
@@ -29,8 +31,9 @@ public:
     std::optional<QString> volumeNameAt(const QString & /*letterRoot*/) override { return std::nullopt; }
 
 private:
-    [[nodiscard]] const Mount *find(const QString &mountPoint) const;
+    [[nodiscard]] std::optional<Mount> find(const QString &mountPoint) const;
 
     const std::shared_ptr<DiskNumbers> m_numbers;
-    QVector<Mount> m_mounts; ///< of the latest enumeration
+    mutable QMutex m_mutex;
+    QVector<Mount> m_mounts; ///< of the latest enumeration; guarded by m_mutex
 };

@@ -2,4 +2,4 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/linux/logging.h"
 
-Q_LOGGING_CATEGORY(logPlatform, "halvex.platform", QtWarningMsg)
+Q_LOGGING_CATEGORY(lcPlatform, "halvex.platform", QtWarningMsg)

@@ -5,4 +5,4 @@
 #include <QLoggingCategory>
 
 /// Why a drive does not answer, as information: the service goes on without it.
-Q_DECLARE_LOGGING_CATEGORY(logPlatform)
+Q_DECLARE_LOGGING_CATEGORY(lcPlatform)

@@ -18,7 +18,7 @@ constexpr quint8 kNonData = 3 << 1;
 constexpr quint8 kPioIn = 4 << 1;
 constexpr quint8 kPioOut = 5 << 1;
 
-// Byte 2: where the length stands, in what unit, and which way the data go.
+// Byte 2: the field that holds the length, its unit, and the direction of the data.
 constexpr quint8 kLengthInSectorCount = 0x02;
 constexpr quint8 kLengthInBlocks = 0x04;
 constexpr quint8 kFromDevice = 0x08;
@@ -32,6 +32,7 @@ constexpr quint8 kAtaReturnDescriptorLength = 12;
 constexpr quint8 kSenseRecovered = 0x01;
 constexpr quint8 kSenseNotReady = 0x02;
 constexpr quint8 kSenseIllegalRequest = 0x05;
+constexpr quint8 kDeviceFault = 0x20;                // DF of the status register
 constexpr quint16 kAtaInformationAvailable = 0x001D; // additional sense code and qualifier
 
 quint8 protocol(Transfer transfer)
@@ -47,7 +48,7 @@ quint8 protocol(Transfer transfer)
     return kNonData;
 }
 
-/// The registers are asked for only where no data come: with a PIO transfer some devices then end the
+/// Requests the registers for commands without data only: with a PIO transfer some devices would then end the
 /// command as aborted although the data were right.
 quint8 flags(Transfer transfer)
 {
@@ -62,7 +63,7 @@ quint8 flags(Transfer transfer)
     return 0;
 }
 
-/// The ATA return descriptor among the sense descriptors; empty when there is none.
+/// Returns the ATA return descriptor among the sense descriptors; empty if there is none.
 ByteView returnDescriptor(ByteView sense)
 {
     const int end = std::min(sense.size(), 8 + int(sense.u8(7)));
@@ -80,7 +81,7 @@ std::array<quint8, 8> registersOf(quint8 error, quint8 count, quint8 low, quint8
     return {error, count, low, mid, high, device, status, 0};
 }
 
-/// What remains of the registers when the sense data hold none: an aborted command.
+/// Returns the registers of an aborted command, for sense data that hold none.
 std::array<quint8, 8> abortedRegisters()
 {
     return registersOf(reg::kErrorAborted, 0, 0, 0, 0, 0, 0x50 | reg::kStatusError);
@@ -88,7 +89,8 @@ std::array<quint8, 8> abortedRegisters()
 
 Verdict verdictFrom(quint8 key, const std::array<quint8, 8> &registers)
 {
-    const bool failed = (registers[reg::kCommand] & reg::kStatusError) != 0 || key > kSenseRecovered;
+    const bool failed =
+        (registers[reg::kCommand] & (reg::kStatusError | kDeviceFault)) != 0 || key > kSenseRecovered;
     return {failed ? Outcome::Failed : Outcome::Done, registers};
 }
 
@@ -134,7 +136,7 @@ Verdict readSense(ByteView sense)
     const int codeAt = inDescriptors ? 2 : 12;
     const quint16 code = quint16(sense.u8(codeAt) << 8 | sense.u8(codeAt + 1));
 
-    // Where the drive's registers are, it was the drive that answered, whatever the key makes of it.
+    // Returned registers prove that the drive answered, even with a key that a bridge uses for a refusal.
     if (inDescriptors) {
         const ByteView ata = returnDescriptor(sense);
         if (ata.size() > 0)
@@ -148,6 +150,8 @@ Verdict readSense(ByteView sense)
         return {Outcome::NotKnown, {}};
     if (key == kSenseNotReady)
         return {Outcome::NotReady, {}};
+    if (key <= kSenseRecovered && (inDescriptors || format == kFixedSense))
+        return {Outcome::Done, {}};
     return {Outcome::Failed, abortedRegisters()};
 }
 

@@ -26,12 +26,12 @@ enum class Transfer {
 /// The same as ATA PASS-THROUGH (12), which some bridges know alone.
 [[nodiscard]] std::array<quint8, kShortCommandSize> shortCommand(ByteView registers, Transfer transfer);
 
-/// What a command's sense data say.
+/// The meaning of a command's sense data.
 enum class Outcome {
     Done,     ///< the drive carried it out
     Failed,   ///< the drive ended it with an error; `registers` holds its error and status
     NotKnown, ///< the bridge or adapter does not know the command
-    NotReady, ///< no drive answered behind the adapter
+    NotReady, ///< no drive answered the adapter
 };
 
 struct Verdict

@@ -10,6 +10,7 @@
 #include <scsi/sg.h>
 #include <sys/ioctl.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -39,7 +40,7 @@ struct Request
     unsigned timeOutSeconds = 0;
 };
 
-/// What the header asks for; nullopt when a driver would refuse it.
+/// Parses a request's header; returns nullopt where a driver would refuse it.
 std::optional<Request> parse(ByteView input, int outputSize)
 {
     if (input.size() < ata_request::kHeaderSize ||
@@ -70,14 +71,16 @@ std::optional<Request> parse(ByteView input, int outputSize)
     return request;
 }
 
+/// The result of one SG_IO call.
 struct Answer
 {
     quint32 error = system_error::kNone;
     sg_ata::Verdict verdict;
-    int received = 0;
+    int received = 0; ///< bytes of data
 };
 
-/// What the layers between this program and the drive report: the adapter, its driver, the target's status.
+/// Returns the error that the layers between this program and the drive report: the adapter, its driver, the
+/// target's status.
 quint32 transportError(unsigned hostStatus, unsigned driverStatus, unsigned char targetStatus)
 {
     if (hostStatus == kDidTimeOut || (driverStatus & 0x0F) == kDriverTimeOut)
@@ -99,6 +102,17 @@ int direction(sg_ata::Transfer transfer)
         return SG_DXFER_TO_DEV;
     }
     return SG_DXFER_NONE;
+}
+
+/// Returns how many bytes of data arrived. Bridges exist that report a residue although they delivered all of
+/// the data, and a PIO command transfers whole sectors only: a residue counts when the bytes are empty as
+/// well. The first byte does not count, because callers mark it before a read.
+int receivedBytes(ByteView data, int residue)
+{
+    const char *const end = data.data() + data.size();
+    const bool isEmpty =
+        data.size() == 0 || std::all_of(data.data() + 1, end, [](char byte) { return byte == 0; });
+    return isEmpty ? data.size() - std::clamp(residue, 0, data.size()) : data.size();
 }
 
 template <std::size_t Size>
@@ -125,8 +139,53 @@ Answer send(int descriptor, std::array<quint8, Size> command, const Request &req
     answer.error = transportError(header.host_status, header.driver_status, header.status & kStatusMask);
     if ((header.status & kStatusMask) == kCheckCondition || header.sb_len_wr > 0)
         answer.verdict = sg_ata::readSense({reinterpret_cast<const char *>(sense.data()), header.sb_len_wr});
-    answer.received = data.size() - std::max(header.resid, 0);
+    answer.received = receivedBytes(data.view(), header.resid);
     return answer;
+}
+
+/// Sends the 16-byte command, and the 12-byte one where a bridge does not know the longer: some say so in
+/// the sense data, others only with an error of the host adapter.
+Answer exchange(int descriptor, const Request &request, MutableBytes data)
+{
+    const QByteArray before = data.view().toByteArray();
+    const Answer answer =
+        send(descriptor, sg_ata::longCommand(request.registers, request.transfer), request, data);
+    const bool isUnknown =
+        answer.error == system_error::kNone && answer.verdict.outcome == sg_ata::Outcome::NotKnown;
+    if (!isUnknown && answer.error != system_error::kIoDevice)
+        return answer;
+    data.copyIn(0, ByteView(before));
+    return send(descriptor, sg_ata::shortCommand(request.registers, request.transfer), request, data);
+}
+
+/// Returns the system error that a verdict amounts to. A command that the drive ended with its error bit set
+/// is not one: as on Windows, the returned registers report it.
+quint32 errorOf(const sg_ata::Verdict &verdict, sg_ata::Transfer transfer)
+{
+    switch (verdict.outcome) {
+    case sg_ata::Outcome::NotKnown:
+        return system_error::kNotSupported;
+    case sg_ata::Outcome::NotReady:
+        return system_error::kNotReady;
+    case sg_ata::Outcome::Failed:
+        return (verdict.registers[reg::kCommand] & reg::kStatusError) != 0 ? system_error::kNone
+                                                                           : system_error::kIoDevice;
+    case sg_ata::Outcome::Done:
+        break;
+    }
+    // The registers are the whole result of a command without data; some bridges never return them.
+    const bool lacksRegisters = verdict.registers[reg::kCommand] == 0;
+    return transfer == sg_ata::Transfer::None && lacksRegisters ? system_error::kNotSupported
+                                                                : system_error::kNone;
+}
+
+void logRefusal(const QString &node, const Answer &answer)
+{
+    if (answer.error == system_error::kAccessDenied)
+        qCInfo(lcPlatform, "%s: ATA pass-through needs CAP_SYS_RAWIO", qPrintable(node));
+    else if (answer.error == system_error::kNone && answer.verdict.outcome == sg_ata::Outcome::NotKnown)
+        qCInfo(lcPlatform, "%s: the bridge or adapter in front of the drive refuses ATA pass-through",
+               qPrintable(node));
 }
 
 } // namespace
@@ -142,34 +201,21 @@ ControlReply ataPassThrough(int descriptor, const QString &node, ByteView input,
     if (request->transfer == sg_ata::Transfer::DataOut) // input and output may be the same memory
         std::memmove(data.data(), input.data() + ata_request::kDataOffset, std::size_t(data.size()));
 
-    Answer answer =
-        send(descriptor, sg_ata::longCommand(request->registers, request->transfer), *request, data);
-    if (answer.error == system_error::kNone && answer.verdict.outcome == sg_ata::Outcome::NotKnown)
-        answer =
-            send(descriptor, sg_ata::shortCommand(request->registers, request->transfer), *request, data);
-    if (answer.error == system_error::kAccessDenied)
-        qCInfo(logPlatform, "%s: ATA pass-through needs CAP_SYS_RAWIO", qPrintable(node));
-    if (answer.error != system_error::kNone)
-        return {answer.error, 0};
+    const Answer answer = exchange(descriptor, *request, data);
+    logRefusal(node, answer);
+    const quint32 error =
+        answer.error != system_error::kNone ? answer.error : errorOf(answer.verdict, request->transfer);
+    if (error != system_error::kNone)
+        return {error, 0};
 
-    switch (answer.verdict.outcome) {
-    case sg_ata::Outcome::NotKnown:
-        qCInfo(logPlatform, "%s: the bridge or adapter in front of the drive refuses ATA pass-through",
-               qPrintable(node));
-        return {system_error::kNotSupported, 0};
-    case sg_ata::Outcome::NotReady:
-        return {system_error::kNotReady, 0};
-    case sg_ata::Outcome::Done:
-    case sg_ata::Outcome::Failed:
-        break;
-    }
     QByteArray header = input.mid(0, ata_request::kHeaderSize).toByteArray();
     header.replace(ata_request::kCurrentTaskFile, reg::kSize,
                    reinterpret_cast<const char *>(answer.verdict.registers.data()), reg::kSize);
     output.copyIn(0, ByteView(header));
-    const int returned =
-        request->length > 0 ? ata_request::kDataOffset + answer.received : ata_request::kHeaderSize;
-    return {system_error::kNone, quint32(returned)};
+    if (request->length == 0)
+        return {system_error::kNone, ata_request::kHeaderSize};
+    const int received = answer.verdict.outcome == sg_ata::Outcome::Done ? answer.received : 0;
+    return {system_error::kNone, quint32(ata_request::kDataOffset + received)};
 }
 
 } // namespace sg_io

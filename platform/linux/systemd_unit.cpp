@@ -64,10 +64,9 @@ ServiceOutcome systemctl(const QStringList &arguments)
 
 ServiceOutcome writeUnit(const QByteArray &contents)
 {
-    const QString reason = replaceFile(unitPath(), contents);
-    if (reason.isEmpty())
-        return {};
-    return {system_error::kAccessDenied, reason};
+    if (const auto written = whole_file::replace(unitPath(), contents); !written)
+        return {system_error::kAccessDenied, written.failure().text};
+    return {};
 }
 
 } // namespace
@@ -93,7 +92,7 @@ ServiceOutcome install(const ServiceDefinition &service, const QString &account)
         outcome = writeUnit(text(service, account));
     if (outcome.ok())
         outcome = systemctl({QStringLiteral("daemon-reload")});
-    if (outcome.ok() && service.startup == ServiceStartup::Automatic)
+    if (outcome.ok())
         outcome = systemctl({QStringLiteral("enable"), unitName()});
     if (!outcome.ok())
         QFile::remove(unitPath());

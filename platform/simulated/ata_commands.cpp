@@ -17,7 +17,8 @@ constexpr quint8 kFailingLbaHigh = 0x2C;
 
 bool aborts(const DriveState &drive, AtaCommand command)
 {
-    return command == AtaCommand::Unknown || (command != AtaCommand::Identify && !drive.smart.enabled);
+    const bool needsSmart = command != AtaCommand::Identify && command != AtaCommand::CheckPower;
+    return command == AtaCommand::Unknown || (needsSmart && !drive.smart.enabled);
 }
 
 QByteArray sectorOf(const DriveState &drive, AtaCommand command)
@@ -30,6 +31,7 @@ QByteArray sectorOf(const DriveState &drive, AtaCommand command)
     case AtaCommand::SmartThresholds:
         return drive.smartThresholds;
     case AtaCommand::SmartStatus:
+    case AtaCommand::CheckPower:
     case AtaCommand::Unknown:
         break;
     }
@@ -43,6 +45,8 @@ AtaCommand ataCommand(ByteView registerBlock)
     const quint8 command = registerBlock.u8(registers::kCommand);
     if (command == ata::kIdentifyDevice)
         return AtaCommand::Identify;
+    if (command == ata::kCheckPowerMode)
+        return AtaCommand::CheckPower;
     if (command != ata::kSmart)
         return AtaCommand::Unknown;
     switch (registerBlock.u8(registers::kFeatures)) {
@@ -70,7 +74,8 @@ bool registersSuit(ByteView registerBlock)
         return false;
     if (readsSector(command) && registerBlock.u8(registers::kSectorCount) != 1)
         return false;
-    if (command == AtaCommand::Identify || command == AtaCommand::Unknown)
+    if (command == AtaCommand::Identify || command == AtaCommand::CheckPower ||
+        command == AtaCommand::Unknown)
         return true;
     return registerBlock.u8(registers::kLbaMid) == ata::kSmartLbaMid &&
            registerBlock.u8(registers::kLbaHigh) == ata::kSmartLbaHigh;
@@ -88,6 +93,8 @@ AtaAnswer executeAta(const DriveState &drive, ByteView registerBlock)
     if (answer.aborted)
         return answer;
     answer.data = sectorOf(drive, command);
+    if (command == AtaCommand::CheckPower)
+        block.setU8(registers::kSectorCount, drive.sleeping ? ata::kPowerStandby : ata::kPowerActive);
     if (command == AtaCommand::SmartStatus &&
         predictsFailure(ByteView(drive.smartData), ByteView(drive.smartThresholds))) {
         block.setU8(registers::kLbaMid, kFailingLbaMid);

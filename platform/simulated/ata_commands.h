@@ -8,7 +8,7 @@
 #include <QByteArray>
 
 /// The ATA commands that a simulated drive knows; it aborts every other one.
-enum class AtaCommand { Identify, SmartData, SmartThresholds, SmartStatus, Unknown };
+enum class AtaCommand { Identify, SmartData, SmartThresholds, SmartStatus, CheckPower, Unknown };
 
 /// What a drive hands back for one command.
 struct AtaAnswer

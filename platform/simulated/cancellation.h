@@ -19,6 +19,13 @@ public:
         return !m_cancelled;
     }
 
+    /// Returns when cancel() has been called.
+    void waitForCancel()
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_cancelled; });
+    }
+
     void cancel()
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

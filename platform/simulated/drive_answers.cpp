@@ -127,7 +127,7 @@ bool transferSuits(AtaCommand command, quint16 flags, quint32 length, quint32 of
         return false;
     if (readsSector(command))
         return flags == kFlagDataIn && length == quint32(ata::kSectorSize);
-    if (command == AtaCommand::SmartStatus)
+    if (command == AtaCommand::SmartStatus || command == AtaCommand::CheckPower)
         return (flags == 0 || flags == kFlagDataIn) && length == 0;
     const bool oneWay = flags == 0 || flags == kFlagDataIn || flags == kFlagDataOut;
     return oneWay && length <= quint32(flags == 0 ? 0 : ata::kSectorSize);
@@ -314,11 +314,20 @@ ControlReply answerRequest(const DriveState &drive, quint32 code, ByteView input
     return kind->handle(drive, input, output);
 }
 
-int requestDelayMs(const DriveState &drive, quint32 code, ByteView input)
+AtaCommand requestedCommand(quint32 code, ByteView input)
 {
-    if (code == drive_request::kPredictFailure)
-        return drive.smartDelayMs;
-    const AtaCommand command = ataCommand(input.mid(registersOffset(code), registers::kSize));
-    const bool readsSmart = command == AtaCommand::SmartData || command == AtaCommand::SmartThresholds;
-    return readsSmart ? drive.smartDelayMs : 0;
+    return ataCommand(input.mid(registersOffset(code), registers::kSize));
+}
+
+RequestCost requestCost(const DriveState &drive, quint32 code, ByteView input)
+{
+    const AtaCommand command = requestedCommand(code, input);
+    if (code == drive_request::kPredictFailure || command == AtaCommand::SmartData ||
+        command == AtaCommand::SmartThresholds)
+        return {drive.smartDelayMs, drive.hangs.contains(hang_name::kSmart)};
+    if (command == AtaCommand::Identify)
+        return {drive.identifyDelayMs, drive.hangs.contains(hang_name::kIdentify)};
+    if (code == kDriveGeometry)
+        return {drive.identifyDelayMs, drive.hangs.contains(hang_name::kGeometry)};
+    return {code == kQueryProperty ? drive.identifyDelayMs : 0, false};
 }

@@ -4,6 +4,7 @@
 
 #include "platform/bytes.h"
 #include "platform/drives.h"
+#include "platform/simulated/ata_commands.h"
 #include "platform/simulated/machine_state.h"
 
 #include <QtGlobal>
@@ -13,5 +14,14 @@
 [[nodiscard]] ControlReply answerRequest(const DriveState &drive, quint32 code, ByteView input,
                                          MutableBytes output);
 
-/// How long the drive takes over a request, in milliseconds.
-[[nodiscard]] int requestDelayMs(const DriveState &drive, quint32 code, ByteView input);
+/// Returns the ATA command that a request carries; AtaCommand::Unknown also for a request without one.
+[[nodiscard]] AtaCommand requestedCommand(quint32 code, ByteView input);
+
+/// How long a drive takes over a request.
+struct RequestCost
+{
+    int delayMs = 0;
+    bool hangs = false; ///< until the request is cancelled
+};
+
+[[nodiscard]] RequestCost requestCost(const DriveState &drive, quint32 code, ByteView input);

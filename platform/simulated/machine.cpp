@@ -12,14 +12,20 @@
 namespace {
 
 constexpr qint64 kNsPerMs = 1000000;
-constexpr qint64 kMostBytes = qint64(16) << 20;
+constexpr qint64 kMaxSize = qint64(16) << 20; // bytes
 
 qint64 nowNs()
 {
     return QDateTime::currentMSecsSinceEpoch() * kNsPerMs;
 }
 
-/// Reads files and notes how they stood.
+std::optional<QByteArray> contentOf(const QString &path)
+{
+    auto content = whole_file::read(path, kMaxSize);
+    return content ? std::make_optional(*std::move(content)) : std::nullopt;
+}
+
+/// Reads files and records their state at that moment.
 class NotingFiles : public MachineFiles
 {
 public:
@@ -30,7 +36,7 @@ public:
         const qint64 now = nowNs(); // before the reading: what is written from here on must be noticed
         watched.stamp = fileStamp(path);
         watched.settled = isSettled(watched.stamp, now);
-        std::optional<QByteArray> content = readFile(path, kMostBytes);
+        std::optional<QByteArray> content = contentOf(path);
         watched.content = content.value_or(QByteArray());
         m_noted.append(watched);
         return content;
@@ -60,7 +66,7 @@ bool hasChangedSince(WatchedFile &file)
         return true;
     if (file.settled)
         return false;
-    if (readFile(file.path, kMostBytes).value_or(QByteArray()) != file.content)
+    if (contentOf(file.path).value_or(QByteArray()) != file.content)
         return true;
     file.settled = isSettled(stamp, now);
     return false;

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "platform/simulated/file_stamp.h"
+#include "platform/file_stamp.h"
 #include "platform/simulated/machine_file.h"
 #include "platform/simulated/machine_state.h"
 

@@ -32,6 +32,13 @@ const QStringList &allAnswers()
     return names;
 }
 
+const QStringList &allHangs()
+{
+    using namespace hang_name;
+    static const QStringList names{kOpen, kGeometry, kIdentify, kSmart, kRead};
+    return names;
+}
+
 const QStringList &allFailures()
 {
     using namespace failure_name;
@@ -161,6 +168,9 @@ void readBehaviour(KeyReader &keys, DriveState &drive)
     readBadSectors(keys, drive.badSectors);
     keys.whole("smartDelayMs", drive.smartDelayMs, 0, kLongestDelayMs);
     keys.whole("readDelayMs", drive.readDelayMs, 0, kLongestDelayMs);
+    keys.whole("identifyDelayMs", drive.identifyDelayMs, 0, kLongestDelayMs);
+    keys.words("hangs", drive.hangs, allHangs());
+    keys.boolean("sleeping", drive.sleeping);
 }
 
 /// What the keys leave open.

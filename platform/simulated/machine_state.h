@@ -79,6 +79,9 @@ struct DriveState
     QVector<BadSectors> badSectors;
     int smartDelayMs = 0;
     int readDelayMs = 0;
+    int identifyDelayMs = 0;
+    QStringList hangs;     ///< kinds of requests that never return
+    bool sleeping = false; ///< in standby until another command than CHECK POWER MODE arrives
 
     // What the drive sends, 512 bytes each, made once so that a request only copies.
     QByteArray identify;
@@ -115,7 +118,7 @@ struct MachineState
     }
 };
 
-/// What DriveState::answers and VolumeState::fails may hold.
+/// What DriveState::answers, DriveState::hangs and VolumeState::fails may hold.
 namespace answer_name {
 inline const QString kGeometry = QStringLiteral("geometry");
 inline const QString kPartition = QStringLiteral("partition");
@@ -127,6 +130,14 @@ inline const QString kSmart = QStringLiteral("smart");
 inline const QString kIde = QStringLiteral("ide");
 inline const QString kPredict = QStringLiteral("predict");
 } // namespace answer_name
+
+namespace hang_name {
+inline const QString kOpen = QStringLiteral("open");
+inline const QString kGeometry = QStringLiteral("geometry");
+inline const QString kIdentify = QStringLiteral("identify");
+inline const QString kSmart = QStringLiteral("smart");
+inline const QString kRead = QStringLiteral("read");
+} // namespace hang_name
 
 namespace failure_name {
 inline const QString kSpace = QStringLiteral("space");

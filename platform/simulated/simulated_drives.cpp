@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/simulated/simulated_drives.h"
 
+#include "platform/drive_requests.h"
 #include "platform/simulated/cancellation.h"
 #include "platform/simulated/drive_answers.h"
 #include "platform/simulated/image_file.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -34,12 +36,22 @@ bool touchesBadSector(const DriveState &drive, quint64 offset, int size)
                        [=](const BadSectors &bad) { return bad.first <= last && first <= bad.last; });
 }
 
+/// Whether it is a command that reaches the drive and wakes it.
+bool wakes(quint32 code, ByteView input)
+{
+    const bool isCommand = code == drive_request::kAtaPassThrough || code == drive_request::kIdePassThrough ||
+                           code == drive_request::kSmartReceiveData ||
+                           code == drive_request::kSmartSendCommand || code == drive_request::kPredictFailure;
+    return isCommand && requestedCommand(code, input) != AtaCommand::CheckPower;
+}
+
 /// An open handle. It holds the number only, so that it sees the drive change, and vanish.
 class SimulatedDrive : public Drive
 {
 public:
-    SimulatedDrive(std::shared_ptr<Machine> machine, int number)
+    SimulatedDrive(std::shared_ptr<Machine> machine, std::shared_ptr<SimulatedPower> power, int number)
         : m_machine(std::move(machine))
+        , m_power(std::move(power))
         , m_number(number)
     {}
 
@@ -48,10 +60,13 @@ public:
     void cancel() override { m_cancellation.cancel(); }
 
 private:
+    /// Returns whether the request returns at all.
+    [[nodiscard]] bool spend(const RequestCost &cost);
     [[nodiscard]] ReadReply readSectors(const DriveState &drive, quint64 offset, MutableBytes buffer);
     [[nodiscard]] bool readImage(const QString &path, quint64 offset, MutableBytes buffer);
 
     const std::shared_ptr<Machine> m_machine;
+    const std::shared_ptr<SimulatedPower> m_power;
     const int m_number;
     Cancellation m_cancellation;
     ImageFile m_image; ///< opened by the first read, and again when the drive gets another image
@@ -63,12 +78,23 @@ ControlReply SimulatedDrive::control(quint32 code, ByteView input, MutableBytes 
     const DriveState *drive = machine->drive(m_number);
     if (!drive)
         return {system_error::kDeviceNotConnected, 0};
-    const std::chrono::milliseconds delay(requestDelayMs(*drive, code, input)); // the answer may overwrite it
-    const ControlReply reply = answerRequest(*drive, code, input, output);
-    // A request that the driver refuses never gets to the drive.
-    if (!m_cancellation.wait(reply.ok() ? delay : std::chrono::milliseconds(0)))
+    const RequestCost cost = requestCost(*drive, code, input); // the answer may overwrite the input
+    if (wakes(code, input))
+        m_power->wake(machine, m_number);
+    DriveState now = *drive;
+    now.sleeping = m_power->isAsleep(machine, *drive);
+    const ControlReply reply = answerRequest(now, code, input, output);
+    // A request that the driver refuses never reaches the drive.
+    if (!spend(reply.ok() ? cost : RequestCost()))
         return {system_error::kOperationAborted, 0};
     return reply;
+}
+
+bool SimulatedDrive::spend(const RequestCost &cost)
+{
+    if (cost.hangs)
+        m_cancellation.waitForCancel();
+    return m_cancellation.wait(std::chrono::milliseconds(cost.delayMs));
 }
 
 ReadReply SimulatedDrive::readAt(quint64 offset, MutableBytes buffer)
@@ -77,7 +103,8 @@ ReadReply SimulatedDrive::readAt(quint64 offset, MutableBytes buffer)
     const DriveState *drive = machine->drive(m_number);
     if (!drive)
         return {system_error::kDeviceNotConnected, 0};
-    if (!m_cancellation.wait(std::chrono::milliseconds(drive->readDelayMs)))
+    m_power->wake(machine, m_number);
+    if (!spend({drive->readDelayMs, drive->hangs.contains(hang_name::kRead)}))
         return {system_error::kOperationAborted, 0};
     return readSectors(*drive, offset, buffer);
 }
@@ -113,8 +140,21 @@ bool SimulatedDrive::readImage(const QString &path, quint64 offset, MutableBytes
 
 } // namespace
 
+bool SimulatedPower::isAsleep(const std::shared_ptr<const MachineState> &machine, const DriveState &drive)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return drive.sleeping && m_woken[drive.number].lock() != machine;
+}
+
+void SimulatedPower::wake(const std::shared_ptr<const MachineState> &machine, int number)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_woken[number] = machine;
+}
+
 SimulatedDrives::SimulatedDrives(std::shared_ptr<Machine> machine)
     : m_machine(std::move(machine))
+    , m_power(std::make_shared<SimulatedPower>())
 {}
 
 OpenReply SimulatedDrives::open(const QString &path)
@@ -124,7 +164,9 @@ OpenReply SimulatedDrives::open(const QString &path)
     const DriveState *drive = machine->drive(number);
     if (!drive)
         return {nullptr, system_error::kFileNotFound};
+    while (drive->hangs.contains(hang_name::kOpen))
+        std::this_thread::sleep_for(std::chrono::hours(1));
     if (drive->openError != 0)
         return {nullptr, drive->openError};
-    return {std::make_unique<SimulatedDrive>(m_machine, number), system_error::kNone};
+    return {std::make_unique<SimulatedDrive>(m_machine, m_power, number), system_error::kNone};
 }

@@ -5,7 +5,22 @@
 #include "platform/drives.h"
 #include "platform/simulated/machine.h"
 
+#include <map>
 #include <memory>
+#include <mutex>
+
+/// Which of the drives that the machine file puts to sleep a command has woken. Any thread.
+class SimulatedPower
+{
+public:
+    /// A drive that was woken stays awake until the machine changes.
+    [[nodiscard]] bool isAsleep(const std::shared_ptr<const MachineState> &machine, const DriveState &drive);
+    void wake(const std::shared_ptr<const MachineState> &machine, int number);
+
+private:
+    std::mutex m_mutex;
+    std::map<int, std::weak_ptr<const MachineState>> m_woken; ///< by drive; the machine of the last command
+};
 
 class SimulatedDrives : public DriveSystem
 {
@@ -15,5 +30,6 @@ public:
     OpenReply open(const QString &path) override;
 
 private:
-    std::shared_ptr<Machine> m_machine;
+    const std::shared_ptr<Machine> m_machine;
+    const std::shared_ptr<SimulatedPower> m_power;
 };

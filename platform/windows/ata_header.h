@@ -7,7 +7,7 @@
 #include <QByteArray>
 
 /// The header of an ATA pass-through holds a pointer-sized offset, so that it is 8 bytes longer for a 64-bit
-/// program. Everything behind that offset, data included, moves by as much.
+/// program. Everything after that offset, data included, moves by as much.
 namespace ata_header {
 
 inline constexpr int kWideGrowth = 8;

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/host_platform.h"
 
+#include "platform/windows/machine_lock.h"
 #include "platform/windows/windows_accounts.h"
 #include "platform/windows/windows_drives.h"
 #include "platform/windows/windows_event_log.h"
@@ -16,8 +17,10 @@ Platform makeHostPlatform()
     platform.volumes = std::make_unique<WindowsVolumes>();
     platform.accounts = std::make_unique<WindowsAccounts>();
     platform.eventLog = std::make_unique<WindowsEventLog>();
+    platform.messageLog = std::make_unique<WindowsEventLog>();
     platform.serviceKey = std::make_unique<WindowsServiceKey>();
     platform.serviceManager = std::make_unique<WindowsServiceManager>();
     platform.localSocketName = QStringLiteral("HalvexService001");
+    platform.instanceLock = std::make_unique<MachineLock>(platform.localSocketName);
     return platform;
 }

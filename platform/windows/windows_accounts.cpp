@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/windows/windows_accounts.h"
 
+#include <algorithm>
 #include <windows.h>
 
 #include <lm.h>
@@ -12,15 +13,15 @@ QVector<Account> WindowsAccounts::accounts()
     BYTE *buffer = nullptr;
     DWORD read = 0;
     DWORD total = 0;
-    // The status tells nothing that the number of entries read does not.
+    // The status adds nothing to the number of entries.
     NetUserEnum(nullptr, kLevel, FILTER_NORMAL_ACCOUNT, &buffer, MAX_PREFERRED_LENGTH, &read, &total,
                 nullptr);
     QVector<Account> accounts;
-    if (!buffer)
-        return accounts;
     const auto *const entries = reinterpret_cast<const USER_INFO_3 *>(buffer);
-    for (DWORD i = 0; i < read; ++i)
+    for (DWORD i = 0; entries && i < read; ++i)
         accounts.append({QString::fromWCharArray(entries[i].usri3_name), quint32(entries[i].usri3_priv)});
-    NetApiBufferFree(buffer);
+    accounts.resize(int(std::max(DWORD(accounts.size()), total)));
+    if (buffer)
+        NetApiBufferFree(buffer);
     return accounts;
 }

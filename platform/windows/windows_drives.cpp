@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <utility>
+#include <windows.h>
+#include <winioctl.h>
 
 namespace {
 
@@ -25,13 +27,15 @@ public:
 private:
     ControlReply send(quint32 code, ByteView input, MutableBytes output);
     ControlReply sendWidened(quint32 code, ByteView input, MutableBytes output);
+    ControlReply partition(ByteView input, MutableBytes output);
+    bool isGpt();
 
-    /// Carries out one call of the system, unless cancelled; the system error it ends with.
+    /// Carries out one call of the system, unless cancelled. Returns the system error.
     template <typename Call>
     quint32 carryOut(Call call);
 
     std::unique_ptr<DeviceHandle> m_device;
-    // Each side sets its own before it looks at the other's, so that no request slips past a cancel.
+    // Each side sets its own flag before it reads the other's, so that no request escapes a cancel.
     std::atomic_bool m_isBusy = false;
     std::atomic_bool m_isCancelled = false;
 };
@@ -50,15 +54,16 @@ quint32 WindowsDrive::carryOut(Call call)
 ControlReply WindowsDrive::control(quint32 code, ByteView input, MutableBytes output)
 {
     constexpr bool is64Bit = sizeof(void *) == 8;
-    return is64Bit && code == drive_request::kAtaPassThrough ? sendWidened(code, input, output)
-                                                             : send(code, input, output);
+    if (is64Bit && code == drive_request::kAtaPassThrough)
+        return sendWidened(code, input, output);
+    return code == drive_request::kPartitionInfo ? partition(input, output) : send(code, input, output);
 }
 
 ControlReply WindowsDrive::send(quint32 code, ByteView input, MutableBytes output)
 {
     DWORD returned = 0;
     const quint32 error = carryOut([&] {
-        // The input is only read; the system's declaration does not say so.
+        // The input is only read; the system's declaration lacks the const.
         return DeviceIoControl(m_device->get(), code, const_cast<char *>(input.data()), DWORD(input.size()),
                                output.data(), DWORD(output.size()), &returned, nullptr);
     });
@@ -77,6 +82,29 @@ ControlReply WindowsDrive::sendWidened(quint32 code, ByteView input, MutableByte
     return reply;
 }
 
+/// The system answers this request only for disks with a classic partition table. Every disk above 2 TiB, and
+/// every one that UEFI starts from, has a GUID partition table: for these the disk's length is the answer.
+ControlReply WindowsDrive::partition(ByteView input, MutableBytes output)
+{
+    const ControlReply reply = send(drive_request::kPartitionInfo, input, output);
+    if (reply.ok() || output.size() < drive_request::partition::kSize || !isGpt())
+        return reply;
+    QByteArray length(int(sizeof(GET_LENGTH_INFORMATION)), '\0');
+    const ControlReply lengthReply = send(IOCTL_DISK_GET_LENGTH_INFO, ByteView(), MutableBytes(length));
+    if (!lengthReply.ok())
+        return reply;
+    output.copyIn(0, ByteView(QByteArray(drive_request::partition::kSize, '\0')));
+    output.setLe64(drive_request::partition::kLength, ByteView(length).le64(0));
+    return {system_error::kNone, drive_request::partition::kSize};
+}
+
+bool WindowsDrive::isGpt()
+{
+    QByteArray information(int(sizeof(PARTITION_INFORMATION_EX)), '\0');
+    const ControlReply reply = send(IOCTL_DISK_GET_PARTITION_INFO_EX, ByteView(), MutableBytes(information));
+    return reply.ok() && ByteView(information).le32(0) == quint32(PARTITION_STYLE_GPT); // its first member
+}
+
 ReadReply WindowsDrive::readAt(quint64 offset, MutableBytes buffer)
 {
     OVERLAPPED position{};
@@ -90,7 +118,7 @@ ReadReply WindowsDrive::readAt(quint64 offset, MutableBytes buffer)
 
 void WindowsDrive::cancel()
 {
-    // A request that has passed the look at m_isCancelled may not have reached the system yet.
+    // A request that has passed the check of m_isCancelled may not have reached the system yet.
     constexpr int kTries = 100;
     m_isCancelled = true;
     for (int i = 0; i < kTries && m_isBusy && !CancelIoEx(m_device->get(), nullptr); ++i)

@@ -12,7 +12,7 @@ void WindowsEventLog::report(const Event &event)
     if (!log)
         return;
     const wchar_t *texts[] = {wide(event.text)};
-    // The data are only read; the system's declaration does not say so.
+    // The data are only read; the system's declaration lacks the const.
     void *const data = event.data.isEmpty() ? nullptr : const_cast<char *>(event.data.constData());
     api->reportEvent(log, WORD(event.type), event.category, event.id, nullptr, 1, DWORD(event.data.size()),
                      texts, data);

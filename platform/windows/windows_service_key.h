@@ -8,6 +8,6 @@
 class WindowsServiceKey : public ServiceKey
 {
 public:
-    std::unique_ptr<OpenKey> open() override;
-    bool write(const QVector<NamedNumber> &values) override;
+    Result<std::unique_ptr<OpenKey>, AccessError> open() override;
+    Result<void, AccessError> write(const QVector<NamedNumber> &values) override;
 };

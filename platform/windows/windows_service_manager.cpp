@@ -114,13 +114,11 @@ ServiceOutcome WindowsServiceManager::install(const ServiceDefinition &service)
         return lastFailure();
     const bool isLocalSystem = service.account.isEmpty();
     const DWORD type = SERVICE_WIN32_OWN_PROCESS | (isLocalSystem ? SERVICE_INTERACTIVE_PROCESS : 0);
-    const DWORD startup =
-        service.startup == ServiceStartup::Automatic ? SERVICE_AUTO_START : SERVICE_DEMAND_START;
     // The path stands without quotes: the program directory is what remains of it without the file name.
     const ScHandle created(
         api, api->createService(manager.get(), wide(service.name), wide(service.name), SERVICE_ALL_ACCESS,
-                                type, startup, SERVICE_ERROR_NORMAL, wide(service.programPath), nullptr,
-                                nullptr, nullptr, isLocalSystem ? nullptr : wide(service.account),
+                                type, SERVICE_AUTO_START, SERVICE_ERROR_NORMAL, wide(service.programPath),
+                                nullptr, nullptr, nullptr, isLocalSystem ? nullptr : wide(service.account),
                                 service.password.isEmpty() ? nullptr : wide(service.password)));
     if (!created.get())
         return lastFailure();
@@ -152,6 +150,19 @@ std::optional<ServiceState> WindowsServiceManager::state(const QString &name)
     if (!service.isOpen() || !service->queryServiceStatus(service.get(), &status))
         return std::nullopt;
     return ServiceState(status.dwCurrentState);
+}
+
+ServiceView WindowsServiceManager::view(const QString &name)
+{
+    const OpenedService service(name, SC_MANAGER_CONNECT, SERVICE_QUERY_STATUS);
+    if (!service.isOpen() && service.failure().error == system_error::kServiceDoesNotExist)
+        return {false, false, {}};
+    if (!service.isOpen())
+        return {std::nullopt, std::nullopt, service.failure().text};
+    SERVICE_STATUS status{};
+    if (!service->queryServiceStatus(service.get(), &status))
+        return {true, std::nullopt, lastFailure().text};
+    return {true, status.dwCurrentState != SERVICE_STOPPED, {}};
 }
 
 ControlOutcome WindowsServiceManager::control(const QString &name, quint32 code)

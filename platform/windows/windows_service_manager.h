@@ -18,6 +18,7 @@ public:
     ServiceOutcome uninstall(const QString &name) override;
     ServiceOutcome start(const QString &name, const QStringList &arguments) override;
     [[nodiscard]] std::optional<ServiceState> state(const QString &name) override;
+    [[nodiscard]] ServiceView view(const QString &name) override;
     ControlOutcome control(const QString &name, quint32 code) override;
 
     /// An application is not reachable for the manager: in that mode there is nothing to wait for.

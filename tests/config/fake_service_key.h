@@ -11,15 +11,23 @@ class FakeServiceKey : public ServiceKey
 {
 public:
     QMap<QString, KeyValue> values;
-    bool exists = true;
 
-    std::unique_ptr<OpenKey> open() override { return exists ? std::make_unique<Open>(*this) : nullptr; }
+    std::optional<AccessError> error; ///< of every access
 
-    bool write(const QVector<NamedNumber> &numbers) override
+    Result<std::unique_ptr<OpenKey>, AccessError> open() override
     {
+        if (error)
+            return *error;
+        return std::unique_ptr<OpenKey>(std::make_unique<Open>(*this));
+    }
+
+    Result<void, AccessError> write(const QVector<NamedNumber> &numbers) override
+    {
+        if (error)
+            return *error;
         for (const NamedNumber &number : numbers)
             values[number.name] = number.value;
-        return exists;
+        return {};
     }
 
 private:
@@ -35,5 +43,6 @@ private:
         {
             return values.contains(name) ? std::optional<KeyValue>(values[name]) : std::nullopt;
         }
+        [[nodiscard]] QStringList names() const override { return values.keys(); }
     };
 };

@@ -174,6 +174,23 @@ private Q_SLOTS:
         QCOMPARE(devices[0].schedTime, QTime(3, 30, 0));
     }
 
+    /// The clock skips the time of a daily schedule on its date.
+    void scheduleInASkippedHourKeepsItsTime()
+    {
+        qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+        const QDateTime skipped(QDate(2026, 3, 29), QTime(2, 30));
+        if (QDateTime::fromSecsSinceEpoch(skipped.toSecsSinceEpoch()).time() == QTime(2, 30))
+            QSKIP("this system keeps its own time zone");
+        DeviceList devices = twoDrives();
+        devices[0].schedKind = 2;
+        devices[0].schedDate = skipped.date();
+        devices[0].schedTime = QTime(2, 30);
+        for (int restart = 0; restart < 2; ++restart) {
+            readDriveState(fileOf(written(Settings(), devices)), devices, kNow);
+            QCOMPARE(devices[0].schedTime, QTime(2, 30));
+        }
+    }
+
     void badRangesAreCapped()
     {
         QString line = QStringLiteral("scan=0;0;1;0;0;260304050607;");

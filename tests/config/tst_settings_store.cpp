@@ -5,6 +5,7 @@
 #include "config/settings_store.h"
 #include "rows.h"
 
+#include <QDeadlineTimer>
 #include <QTemporaryDir>
 
 #include <atomic>
@@ -35,14 +36,14 @@ private Q_SLOTS:
     void fileIsWrittenWithoutAKeyAndNotRead()
     {
         SettingsStore store(m_settings, *m_key, offset);
-        m_key->exists = false;
+        m_key->error = AccessError{AccessError::Kind::Missing, {}};
         m_settings.programDirectory = m_home->path() + u'/';
         m_settings.cTemp = 70;
-        store.writeSettings({});
+        QVERIFY(store.writeSettings({}));
         m_settings.cTemp = 65;
         QCOMPARE(store.readSettings(), 100);
         QCOMPARE(m_settings.cTemp, 65);
-        m_key->exists = true;
+        m_key->error.reset();
         QCOMPARE(store.readSettings(), 0);
         QCOMPARE(m_settings.cTemp, 70);
     }
@@ -55,7 +56,7 @@ private Q_SLOTS:
         m_settings.smtpServer = QStringLiteral("mail.example.org");
         DeviceList devices(1);
         devices[0].scanPercent = 57;
-        store.writeSettings(devices);
+        QVERIFY(store.writeSettings(devices));
 
         Settings settings;
         SettingsStore later(settings, *m_key, offset);
@@ -76,7 +77,63 @@ private Q_SLOTS:
         QVERIFY(read[0].schedDate.isValid());
     }
 
-    /// Whoever has the old file open still has all of it; where it keeps the new one out, that one waits.
+    void keyThatCannotBeWritten()
+    {
+        SettingsStore store(m_settings, *m_key, offset);
+        store.readSettings();
+        m_key->error = AccessError{AccessError::Kind::Failed, QStringLiteral("disk full")};
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("service's key has failed.*disk full")));
+        QVERIFY(!store.writeSettings({}));
+        m_key->error.reset();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("works again")));
+        QVERIFY(store.writeSettings({}));
+    }
+
+    /// A folder in the file's place cannot be read. It keeps its content under a dated name, and the drives
+    /// keep the state in memory.
+    void unreadableFile()
+    {
+        DeviceList devices(2);
+        devices[1].scanPercent = 57;
+        devices[1].schedKind = 2;
+        SettingsStore store(m_settings, *m_key, offset);
+        store.readSettings();
+        QVERIFY(store.writeSettings(devices));
+        QVERIFY(QFile::remove(path()) && QDir().mkpath(path() + QStringLiteral("/content")));
+
+        DeviceList detected(2);
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("Reading the settings file has failed")));
+        store.readDriveState(detected);
+        QCOMPARE(detected[1].scanPercent, 57);
+        QCOMPARE(detected[1].schedKind, 2);
+        QVERIFY(QFileInfo(path()).isDir());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("was kept as .*\\.damaged-")));
+        QVERIFY(store.writeSettings(detected));
+        QVERIFY(QFileInfo(path()).isFile());
+        const QStringList kept = QDir(m_home->path()).entryList({QStringLiteral("*.damaged-*")}, QDir::Dirs);
+        QCOMPARE(kept.size(), 1);
+        QVERIFY(QFileInfo::exists(m_home->filePath(kept.first()) + QStringLiteral("/content")));
+    }
+
+    /// The last drive's line lies beyond 64 MiB.
+    void largeFile()
+    {
+        DeviceList devices(10);
+        for (DeviceRecord &device : devices)
+            device.badRanges.fill({123456789012, 123456789013}, kMaxBadRanges);
+        SettingsStore store(m_settings, *m_key, offset);
+        store.readSettings();
+        QVERIFY(store.writeSettings(devices));
+        QVERIFY(QFileInfo(path()).size() > 64 << 20);
+        DeviceList detected(10);
+        store.readDriveState(detected);
+        QCOMPARE(detected.last().badRanges, devices.last().badRanges);
+    }
+
+    /// A reader that has the old file open can still read all of it; where it blocks the new file, the write
+    /// waits for a moment, so the reader closes the file soon.
     void fileIsReplacedAsAWhole()
     {
         putFile("the old file");
@@ -90,14 +147,16 @@ private Q_SLOTS:
             const auto files = [this] { return QDir(m_home->path()).entryList(QDir::Files).size(); };
             while (!isOver && files() < 2) { // the new one appears ...
             }
-            while (!isOver && files() > 1) { // ... and where it is refused, it goes again
+            const QDeadlineTimer soon(200);
+            while (!isOver && files() > 1 && !soon.hasExpired()) { // ... and replaces the old one
             }
             seen = old.readAll();
             old.close();
         });
-        store.writeSettings({});
+        const bool isWritten = store.writeSettings({});
         isOver = true;
         reader.join();
+        QVERIFY(isWritten);
         QCOMPARE(seen, QByteArray("the old file"));
         QFile written(path());
         QVERIFY(written.open(QIODevice::ReadOnly));
@@ -112,9 +171,13 @@ private Q_SLOTS:
         putFile(scramble(QStringLiteral("scan=0;0;57;0;0;260304050607;"), 1));
         SettingsStore store(m_settings, *m_key, offset);
         DeviceList devices(1);
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("Reading .*not an absolute path")));
         store.readDriveState(devices);
         QVERIFY(QFile::remove(path()));
-        store.writeSettings(devices);
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("Writing .*not an absolute path")));
+        QVERIFY(!store.writeSettings(devices));
         const bool written = QFile::exists(path());
         QVERIFY(QDir::setCurrent(before));
         QCOMPARE(devices[0].scanPercent, 0);

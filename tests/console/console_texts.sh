@@ -12,7 +12,7 @@ complain() {
 # A page without a date is meant: it would change with every build.
 lint=$(mandoc -T lint -W warning "$1" | grep -v 'missing date')
 [[ -z $lint ]] || complain "the manual page: $lint"
-# What is typed has to be what the page shows: no typographer's dashes and quotes.
+# Text that a user copies from the page must be unchanged: no typographic dashes and quotes.
 page=$(mandoc -T utf8 -O width=200 "$1" | sed 's/.\x08//g')
 for typed in "--hosts-file FILE" "'once 2026-11-15 03:30'" 'source <(halvexctl completion)' '\u{...}'; do
     [[ $page == *"$typed"* ]] || complain "the manual page does not show $typed"
@@ -21,7 +21,7 @@ done
 source "$2"
 compopt() { how=$*; } # the builtin works only while a line is being completed
 
-# offers OFFERED HOW WORD...: behind these words, the last one begun, just OFFERED is offered, with compopt's HOW.
+# offers OFFERED HOW WORD...: checks what is offered for the last of these words, and the arguments of compopt.
 offers() {
     local offered=$1 expected_how=$2 how=''
     shift 2
@@ -42,6 +42,11 @@ offers 'status' '' --host = somewhere : 5000 stat
 offers 'show set' '' schedule s
 offers '' '' smart s
 offers 'wTemp= warnExtTask=' '-o nospace' settings set w
+offers 'smtpPort= smtpPass=' '-o nospace' mail-test smtpP
+offers '' '' mail-test por
+offers 'daily' '' schedule set 1 d
+offers 'on off' '' settings set emailNotify =
+offers 'off' '' settings set emailNotify = of
 offers '' '' settings set wTemp = ''
 offers '' '' --timeout ''
 offers '' '-o default' hosts --hosts-file ''

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "client/requests.h"
+#include "client/settings_table.h"
 #include "console/arguments.h"
-#include "console/client/greeting.h"
-#include "console/client/requests.h"
-#include "console/commands/command.h"
-#include "console/help.h"
-#include "console/settings_table.h"
 #include "rows.h"
+
+#include <QJsonDocument>
 
 class TestCommandLine : public QObject
 {
@@ -38,6 +37,7 @@ private Q_SLOTS:
         row("unknown option", "status --frobnicate", "", "refused");
         row("another command's option", "status --follow", "", "refused");
         row("argument missing", "smart", "", "refused");
+        row("negative number", "-p 1 info -1", "127.0.0.1:1", "info: -1");
         row("argument too many", "smart 1 2", "", "refused");
         row("port 0", "--port 0 status", "", "refused");
         row("port 65536", "--port 65536 status", "", "refused");
@@ -58,58 +58,82 @@ private Q_SLOTS:
         QString command = QStringLiteral("refused");
         if (const auto *arguments = std::get_if<Arguments>(&parsed)) {
             asked = displayName(arguments->endpoints.first());
-            command = (QStringList{arguments->command.name + u':'} + arguments->positionals).join(u' ');
+            command = (QStringList{arguments->command->name + u':'} + arguments->positionals).join(u' ');
         }
         QTEST(asked, "asked");
         QTEST(command, "command");
     }
 
-    void hasAFunctionForEachCommand()
+    void refusesSetting_data()
     {
-        for (const help::Command &command : help::commands())
-            QVERIFY2(commandFunction(command.name), qPrintable(command.name));
+        QTest::addColumn<QString>("assignment");
+        row("no value", QStringLiteral("wTemp"));
+        row("unknown name", QStringLiteral("temp=1"));
+        row("above the range", QStringLiteral("cTemp=100"));
+        row("padded number", QStringLiteral("cTemp=065"));
+        row("interval above the limit of the service key", QStringLiteral("smartPollInterval=101h"));
+        row("neither on nor off", QStringLiteral("emailNotify=maybe"));
+        row("separator of items", QStringLiteral("smtpSubj=a~;b"));
+        row("separator of fields", QStringLiteral("smtpSubj=a]![b"));
+        row("line end", QStringLiteral("smtpSubj=a\nb"));
+        row("placeholder of the greeting", QStringLiteral("smtpSubj=100%1"));
+        row("key of the settings file", QStringLiteral("smtpSubj=a smtpTo=b"));
+        row("warning limit above the critical one", QStringLiteral("wTemp=66"));
+        row("password on the command line", QStringLiteral("smtpPass=secret"));
     }
 
-    void mergesSettings_data()
+    void refusesSetting()
     {
-        QTest::addColumn<QString>("assignments");
-        QTest::addColumn<QString>("settings"); // as they go to the service; null when refused
-        row("nothing", "", "5000~;180000~;300000~;1~;0~;0~;f~;t~;s~;h~;1~;u~;p~;25~;55~;65~;w~;c");
-        row("several, in any case", "WTEMP=50|ctemp=60",
-            "5000~;180000~;300000~;1~;0~;0~;f~;t~;s~;h~;1~;u~;p~;25~;50~;60~;w~;c");
-        row("interval", "smartPollInterval=5m",
-            "5000~;300000~;300000~;1~;0~;0~;f~;t~;s~;h~;1~;u~;p~;25~;55~;65~;w~;c");
-        row("switches", "popupNotify=off|emailNotify=ON|logSysEvLog=1",
-            "5000~;180000~;300000~;0~;1~;1~;f~;t~;s~;h~;1~;u~;p~;25~;55~;65~;w~;c");
-        row("equals sign in the value", "warnExtTask=run a=b",
-            "5000~;180000~;300000~;1~;0~;0~;f~;t~;s~;h~;1~;u~;p~;25~;55~;65~;run a=b~;c");
-        row("forgets the password",
-            "smtpPass=", "5000~;180000~;300000~;1~;0~;0~;f~;t~;s~;h~;1~;u~;~;25~;55~;65~;w~;c");
-        row("no value", "wTemp", QString());
-        row("unknown name", "temp=1", QString());
-        row("out of range", "cTemp=100", QString());
-        row("padded number", "cTemp=065", QString());
-        row("interval that would not survive a restart", "smartPollInterval=101h", QString());
-        row("no switch", "emailNotify=maybe", QString());
-        row("separator of items", "smtpSubj=a~;b", QString());
-        row("separator of fields", "smtpSubj=a]![b", QString());
-        row("line end", "smtpSubj=a\nb", QString());
-        row("placeholder of the greeting", "smtpSubj=100%1", QString());
-        row("password on the command line", "smtpPass=secret", QString());
+        QFETCH(QString, assignment);
+        QVERIFY(!client::changeSettings(exampleSettings(), QStringList{assignment}));
     }
 
-    void mergesSettings()
+    void changesSettings()
     {
-        QFETCH(QString, assignments);
-        QFETCH(QString, settings);
+        const QStringList assignments{
+            QStringLiteral("WTEMP=50"),          QStringLiteral("smartPollInterval=5m"),
+            QStringLiteral("popupNotify=off"),   QStringLiteral("emailNotify=ON"),
+            QStringLiteral("warnExtTask=a b=c"), QStringLiteral("smtpPass="),
+        };
+        const auto changed = client::changeSettings(exampleSettings(), assignments);
+        QVERIFY2(changed, qPrintable(changed.failure().text));
+        QCOMPARE(
+            client::requests::setSettings(*changed).line,
+            QStringLiteral("SET]![5000~;300000~;300000~;0~;1~;0~;f~;t~;s~;h~;1~;u~;~;25~;50~;65~;a b=c~;c"));
+    }
+
+    void changesSettingsByDocument_data()
+    {
+        QTest::addColumn<QByteArray>("document");
+        QTest::addColumn<bool>("isAccepted");
+        row("keys of several kinds",
+            QByteArray(R"({"smartPollIntervalMs": 60000, "emailNotify": true, "smtpPass": "new"})"), true);
+        row("interval without its unit", QByteArray(R"({"smartPollInterval": 60000})"), false);
+        row("number with a fraction", QByteArray(R"({"wTemp": 1.5})"), false);
+        row("number as a text", QByteArray(R"({"wTemp": "50"})"), false);
+        row("boolean as a number", QByteArray(R"({"emailNotify": 1})"), false);
+    }
+
+    void changesSettingsByDocument()
+    {
+        QFETCH(QByteArray, document);
+        const auto changed =
+            client::changeSettings(exampleSettings(), QJsonDocument::fromJson(document).object());
+        QTEST(bool(changed), "isAccepted");
+        if (!changed)
+            return;
+        QCOMPARE(changed->smartPollInterval, 60000);
+        QCOMPARE(changed->emailNotify, true);
+        QCOMPARE(changed->smtpPass, QStringLiteral("new"));
+    }
+
+private:
+    static client::ServiceSettings exampleSettings()
+    {
         const auto greeting = client::parseGreeting(QStringLiteral(
             "VER]![v]![5000]![180000]![300000]![box]![1]![1]![0]![0]![f]![t]![s]![h]![25]![1]![u]![p]!["
             "55]![65]![Local.1]![w]![c"));
-        const MergedSettings merged =
-            mergeSettings(greeting.value().settings, assignments.split(u'|', Qt::SkipEmptyParts));
-        QCOMPARE(merged.error.isEmpty(), !settings.isNull());
-        if (!settings.isNull())
-            QCOMPARE(client::requests::setSettings(merged.settings), QStringLiteral("SET]![") + settings);
+        return greeting.value().settings;
     }
 };
 

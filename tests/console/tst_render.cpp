@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/failure.h"
+#include "client/columns.h"
+#include "client/failure.h"
+#include "client/units.h"
+#include "console/commands/scan_report.h"
 #include "console/render/bars.h"
 #include "console/render/chart.h"
 #include "console/render/table.h"
 #include "console/render/text.h"
-#include "console/render/units.h"
 #include "console/render/watch_screen.h"
 #include "console/scan_progress.h"
 #include "rows.h"
@@ -28,6 +30,8 @@ ScanStatus runningScan(qint32 percent, quint64 first, quint64 current)
 
 } // namespace
 
+Q_DECLARE_METATYPE(client::Level)
+
 class TestRender : public QObject
 {
     Q_OBJECT
@@ -49,25 +53,25 @@ private Q_SLOTS:
         row("beyond the first plane", padded("💾💾💾"), "💾… ");
         row("combining marks", padded("a\u0308b\u0308"), "a\u0308b\u0308  ");
 
-        row("in colour", painted(QStringLiteral("x"), render::Colour::Warning, {true, true, 80}),
+        row("in colour", render::painted(QStringLiteral("x"), client::Tone::Warning, {true, true, 80}),
             "\033[33mx\033[0m");
 
-        row("rounds into the next unit", render::sizeText(999600000), "1.00 GB");
-        row("rounds to three digits", render::sizeText(99950), "100 kB");
-        row("the largest number", render::sizeText(~quint64(0)), "18.4 EB");
+        row("rounds into the next unit", client::sizeText(999600000), "1.00 GB");
+        row("rounds to three digits", client::sizeText(99950), "100 kB");
+        row("the largest number", client::sizeText(~quint64(0)), "18.4 EB");
 
-        row("minutes and seconds", render::durationText(185), "3 min 05 s");
-        row("hours", render::durationText(3900), "1 h 05 min");
-        row("days", render::durationText(2 * 86400 + 5 * 3600), "2 d 5 h");
+        row("minutes and seconds", client::durationText(185), "3 min 05 s");
+        row("hours", client::durationText(3900), "1 h 05 min");
+        row("days", client::durationText(2 * 86400 + 5 * 3600), "2 d 5 h");
 
         const auto interval = [](const char *text) {
-            return QString::number(render::parseInterval(QLatin1String(text)).value_or(-1));
+            return QString::number(client::parseInterval(QLatin1String(text)).value_or(-1));
         };
         row("bare interval", interval("90"), "90000");
         row("interval in minutes", interval("3m"), "180000");
         row("interval in hours", interval("2 h"), "7200000");
 
-        // Of a drive of 1000001 sectors at 512000 bytes a second; -1: not known.
+        // A drive of 1000001 sectors at 512000 bytes a second; -1: unknown.
         const auto left = [](const ScanStatus &status) {
             return QString::number(secondsLeft(status, 1000001, 512000).value_or(-1));
         };
@@ -88,12 +92,6 @@ private Q_SLOTS:
         row("a part in the middle", map(runningScan(50, 300, 599)), "░░░███░░░░");
         row("bad sectors", map(runningScan(90, 0, 899), {{200, 200}, {399, 400}}), "██▚▚▚████░");
         row("beyond the drive's end", map(runningScan(100, 0, 5000), {{4000, 5000}}), "█████████▚");
-
-        render::WatchState state;
-        state.answered = QDateTime(QDate(2026, 11, 15), QTime(8, 0));
-        state.problem = QStringLiteral("connection refused");
-        row("watching what has fallen silent", render::watchScreen(state, 24, 0, {false, true, 80}).at(1),
-            "connection refused (last answer 2026-11-15 08:00:00)");
     }
 
     void shows()
@@ -102,24 +100,124 @@ private Q_SLOTS:
         QTEST(shown, "expected");
     }
 
-    void shrinksWhatMayShrink()
+    void watchHeader_data()
     {
-        render::Table table;
-        table.addColumn(QStringLiteral("No"), render::Align::Right);
-        table.addColumn(QStringLiteral("Model"), render::Align::Left, render::Table::Shrink::Yes);
-        table.addColumn(QStringLiteral("Size"), render::Align::Right);
-        table.addRow(
-            {{QStringLiteral("0")}, {QStringLiteral("A drive with a long name")}, {QStringLiteral("1 TB")}});
-        QCOMPARE(table.lines({false, false, 20}), QStringList({QStringLiteral("No  Model       Size"),
-                                                               QStringLiteral(" 0  A drive w…  1 TB")}));
-        QCOMPARE(table.lines({}).last(), QStringLiteral(" 0  A drive with a long name  1 TB"));
-        // Narrower than can be: the rest of the line stays, rather than numbers being cut.
-        QCOMPARE(table.lines({false, false, 5}).last(), QStringLiteral(" 0  A dri…  1 TB"));
+        QTest::addColumn<QVector<client::Level>>("levels"); // of drives 0, 1, ...
+        QTest::addColumn<QString>("problem");
+        QTest::addColumn<QString>("header");
+        using client::Level;
+        using Levels = QVector<Level>;
+        row("service stopped answering", Levels{Level::Fine}, "connection refused",
+            "connection refused (last answer 2026-11-15 08:00:00)");
+        row("fine", Levels{Level::Fine, Level::NotRated}, "", "all rated drives are fine");
+        row("warning beside a critical drive", Levels{Level::Warning, Level::Fine, Level::Critical}, "",
+            "critical: 2 M; warning: 0 M");
+        row("more drives than the screen is wide", Levels(20, Level::Warning) + Levels{Level::Critical}, "",
+            "1 critical, 20 warning; critical: 20 M; warning: 0 M, 1 M, 2 M, 3 M, 4 M, 5 M, …");
+    }
+
+    void watchHeader()
+    {
+        QFETCH(QVector<client::Level>, levels);
+        QFETCH(QString, problem);
+        render::WatchState state;
+        state.answered = QDateTime(QDate(2026, 11, 15), QTime(8, 0));
+        state.problem = problem;
+        client::Drive drive;
+        drive.model = QStringLiteral("M");
+        drive.monitored = 1;
+        for (const client::Level level : levels) {
+            drive.number = state.drives.size();
+            drive.statusLevel = level;
+            drive.smartState =
+                level == client::Level::NotRated ? client::SmartState::NeverRead : client::SmartState::Read;
+            state.drives.append(drive);
+        }
+        QTEST(render::watchScreen(state, 24, 0, {false, true, 80}).at(1), "header");
+    }
+
+    void followsRunningScansFirst()
+    {
+        client::Drive drive;
+        drive.model = QStringLiteral("M");
+        drive.capacity = 512 * 1000;
+        QVector<ScanReport> reports;
+        for (drive.number = 0; drive.number < 30; ++drive.number)
+            reports.append({{}, drive, {}});
+        reports[29].status = runningScan(50, 0, 499);
+        const QStringList lines = scanLines(reports, {false, false, 80}, true);
+        QCOMPARE(lines.first(), QStringLiteral("29  M, 512 kB"));
+        QCOMPARE(lines.size(), 3); // without the drives that were never scanned
+        reports[29].status.badRanges = QVector<client::BadRange>(200, {1000000, 1000007});
+        for (const QString &line : scanLines(reports, {false, true, 80}))
+            QVERIFY2(render::columns(line) <= 80, qPrintable(line));
+        const QString piped = scanLines(reports, {}).join(u'\n');
+        QCOMPARE(piped.count(QStringLiteral("1000000-1000007")), 200);
+    }
+
+    void powerOnHours_data()
+    {
+        QTest::addColumn<int>("unit");
+        QTest::addColumn<qint64>("raw");
+        QTest::addColumn<qint64>("hours"); // -1: none
+        row("unknown unit -> none", 0, qint64(100), qint64(-1));
+        row("hours", 1, qint64(100), qint64(100));
+        row("half minutes", 3, qint64(240), qint64(2));
+        row("seconds", 4, qint64(7199), qint64(1));
+        row("a century", 1, qint64(876600), qint64(876600));
+        row("above a century -> none", 1, qint64(876601), qint64(-1));
+        row("minutes in the upper bytes -> none", 1, qint64(0x2100000064), qint64(-1));
+    }
+
+    void powerOnHours()
+    {
+        QFETCH(int, unit);
+        QFETCH(qint64, raw);
+        const PowerOnCounter counter{raw, PowerOnCounter::Unit(unit), true};
+        QTEST(counter.hours().value_or(-1), "hours");
+    }
+
+    void documentsOfColumns()
+    {
+        client::Volume volume;
+        volume.root = QStringLiteral("a,\"b\"\033");
+        volume.totalBytes = ~quint64(0);
+        volume.freeBytes = 5;
+        const QJsonObject object = toObject(client::volumeColumns(), volume);
+        QCOMPARE(object.value(QStringLiteral("totalBytes")),
+                 QJsonValue(QStringLiteral("18446744073709551615")));
+        QCOMPARE(object.value(QStringLiteral("freeBytes")), QJsonValue(5));
+        QCOMPARE(toCsv(client::volumeColumns(), {volume}).last(),
+                 QStringLiteral("0,\"a,\"\"b\"\"\\u{1b}\",,,,18446744073709551615,5"));
+        client::ScanStatus scan = runningScan(50, 0, 100);
+        scan.time = QDateTime(QDate(2026, 7, 15), QTime(3, 30), Qt::UTC);
+        const QJsonObject running = toObject(client::scanColumns(QTimeZone("Europe/Berlin")), scan);
+        QCOMPARE(running.value(QStringLiteral("started")),
+                 QJsonValue(QStringLiteral("2026-07-15T03:30:00+02:00")));
+        QVERIFY(!running.contains(QStringLiteral("ended")));
+        QVERIFY(toObject(client::driveColumns(), client::Drive()).value(QStringLiteral("level")).isNull());
+    }
+
+    void cutsShrinkingColumns()
+    {
+        const QVector<render::Heading> headings{{QStringLiteral("No"), client::Layout::Right},
+                                                {QStringLiteral("Model"), client::Layout::Shrinking},
+                                                {QStringLiteral("Size"), client::Layout::Right}};
+        const QVector<QVector<client::Cell>> rows{
+            {{QStringLiteral("0")}, {QStringLiteral("A drive with a long name")}, {QStringLiteral("1 TB")}}};
+        QCOMPARE(
+            render::tableLines(headings, rows, {false, false, 20}),
+            QStringList({QStringLiteral("No  Model       Size"), QStringLiteral(" 0  A drive w…  1 TB")}));
+        QCOMPARE(render::tableLines(headings, rows, {}).last(),
+                 QStringLiteral(" 0  A drive with a long name  1 TB"));
+        // Too narrow: the line is longer than the screen, and no number is cut.
+        QCOMPARE(render::tableLines(headings, rows, {false, false, 5}).last(),
+                 QStringLiteral(" 0  A dri…  1 TB"));
     }
 
     void chartShowsGaps()
     {
-        const QDateTime start(QDate(2026, 11, 15), QTime(8, 0));
+        const QDateTime start(QDate(2026, 11, 15), QTime(8, 0), Qt::UTC);
         QVector<TemperatureRecord> records;
         const std::pair<qint64, std::optional<int>> values[] = {{0, 30}, {1, 31}, {3, {}},
                                                                 {4, 33}, {4, 34}, {5, 30}};
@@ -170,7 +268,8 @@ private Q_SLOTS:
         drive.model = QStringLiteral("A model with a name of forty characters.");
         drive.serial = QStringLiteral("A serial number of 20");
         drive.capacity = 1000204886016;
-        state.drives = QVector<client::Drive>(drives, drive);
+        for (drive.number = 0; drive.number < drives; ++drive.number)
+            state.drives.append(drive);
         state.temperatures = QVector<QVector<int>>(drives, {30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41});
         state.scans = {runningScan(50, 0, 100)};
         state.scans.first().badRanges = {{40, 47}};

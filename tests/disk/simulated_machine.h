@@ -5,10 +5,10 @@
 #include "platform/platform.h"
 #include "platform/simulated/simulated_platform.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSaveFile>
 #include <QTemporaryDir>
 
 /// A simulated machine with the given drives and volumes (docs/simulated-machine.md).
@@ -17,20 +17,26 @@ class SimulatedMachine
 public:
     explicit SimulatedMachine(const QJsonArray &drives, const QJsonArray &volumes = {})
     {
-        const QJsonObject machine{{QStringLiteral("drives"), drives}, {QStringLiteral("volumes"), volumes}};
-        QFile file(m_folder.filePath(QStringLiteral("machine.json")));
-        if (!file.open(QIODevice::WriteOnly))
-            qFatal("no machine file");
-        file.write(QJsonDocument(machine).toJson());
-        file.close();
-        if (const std::optional<QString> problem = simulateMachine(m_platform, file.fileName()))
+        change(drives, volumes);
+        if (const std::optional<QString> problem = simulateMachine(m_platform, fileName()))
             qFatal("%s", qUtf8Printable(*problem));
+    }
+
+    void change(const QJsonArray &drives, const QJsonArray &volumes = {}) const
+    {
+        const QJsonObject machine{{QStringLiteral("drives"), drives}, {QStringLiteral("volumes"), volumes}};
+        QSaveFile file(fileName());
+        if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(machine).toJson()) < 0 ||
+            !file.commit())
+            qFatal("no machine file");
     }
 
     [[nodiscard]] DriveSystem &drives() const { return *m_platform.drives; }
     [[nodiscard]] VolumeSystem &volumes() const { return *m_platform.volumes; }
 
 private:
+    [[nodiscard]] QString fileName() const { return m_folder.filePath(QStringLiteral("machine.json")); }
+
     QTemporaryDir m_folder;
     Platform m_platform;
 };

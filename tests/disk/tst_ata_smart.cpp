@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "disk/ata_smart.h"
+// The tables are made of texts: let them be plain literals.
+#undef QT_NO_CAST_FROM_ASCII
+
+#include "disk/inventory.h"
 
 #include "disk/fake_drives.h"
+#include "disk/simulated_machine.h"
+#include "platform/drive_requests.h"
 #include "rows.h"
 
-#include <QSignalSpy>
-#include <QtTest>
+#include <QDir>
 
 using namespace std::chrono_literals;
 using Stall = StallingDrives::Stall;
@@ -17,48 +21,78 @@ constexpr auto kAgeLong = 1h;
 constexpr int kAttributeId = 4 + 2; // in a failure prediction: the data sector, slot 0
 constexpr int kAttributeCurrent = kAttributeId + 3;
 
-/// A record that is read by the predict-failure request.
+/// A record that is read by the predict-failure request and has one attribute.
 DeviceRecord record(const QString &path)
 {
     DeviceRecord device;
     device.path = path;
     device.accessMethod = AccessMethod::StorageDescriptor;
+    device.smartState = 1;
+    device.attributes.append(AttributeEntry());
     return device;
 }
 
-/// An inventory of two drives whose only attributes are 12 and 199. A detection finds neither.
+/// Two drives whose only attributes are at 12 and 99. A detection finds neither.
 struct TwoDrives
 {
-    TwoDrives()
+    explicit TwoDrives(std::chrono::milliseconds limit = kAgeLong)
+        : inventory(drives, {limit, limit, 0ms, kAgeLong})
     {
-        drives.add(first, kAttributeId, 12);
-        drives.add(second, kAttributeId, char(199));
-        smart.devices() = {record(first), record(second)};
-        smart.setTimeLimits(kAgeLong, kAgeLong);
+        drives.add(first, kAttributeCurrent, 12);
+        drives.add(second, kAttributeCurrent, 99);
+        inventory.smart.devices() = {record(first), record(second)};
     }
 
     ~TwoDrives() { drives.stallNoMore(); } // a test that fails must not wait for its readers for ever
     TwoDrives(const TwoDrives &) = delete;
     TwoDrives &operator=(const TwoDrives &) = delete;
 
-    /// Waits, without running the event loop, until both drives have been asked and `count` of them closed.
-    void waitUntilRead(int count)
+    /// The attribute's value; -1 if the latest read failed.
+    [[nodiscard]] int valueOf(int device)
     {
-        while (drives.requests < 2 || drives.openDrives > 2 - count)
-            QThread::yieldCurrentThread();
+        const DeviceRecord &record = inventory.smart.devices().at(device);
+        return record.lastRead == LastRead::Answered ? int(record.attributes.at(0).current) : -1;
     }
 
-    [[nodiscard]] quint32 attributeOf(int device)
-    {
-        return smart.devices().at(device).attributes.value(0).id;
-    }
-
-    const QString first = QStringLiteral("first");
-    const QString second = QStringLiteral("second");
+    const QString first = "first";
+    const QString second = "second";
     StallingDrives drives;
-    ATA_Smart smart{drives};
-    QSignalSpy finished{&smart, &ATA_Smart::finishedScanSMART};
+    Inventory inventory;
 };
+
+/// A simulated drive with further keys.
+QJsonObject simulated(int number, const QByteArray &keys = "{}")
+{
+    QJsonObject drive =
+        QJsonDocument::fromJson(R"({"model": "MODEL", "serial": "SERIAL", "capacity": 1000204886016,
+        "smart": {"attributes": [{"id": 5, "current": 80, "threshold": 20}]}})")
+            .object();
+    drive["number"] = number;
+    const QJsonObject more = QJsonDocument::fromJson(keys).object();
+    for (auto key = more.begin(); key != more.end(); ++key)
+        drive[key.key()] = key.value();
+    return drive;
+}
+
+QStringList pathsOf(const DeviceList &devices)
+{
+    QStringList paths;
+    for (const DeviceRecord &device : devices)
+        paths << device.path.right(1);
+    return paths;
+}
+
+int entriesOf(const QString &directory)
+{
+    return QDir(directory).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
+
+int s_warnings = 0;
+
+void countWarnings(QtMsgType type, const QMessageLogContext & /*context*/, const QString & /*text*/)
+{
+    s_warnings += type == QtWarningMsg ? 1 : 0;
+}
 
 } // namespace
 
@@ -67,88 +101,7 @@ class TestAtaSmart : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void noDrives()
-    {
-        TwoDrives machine;
-        machine.smart.devices().clear();
-        machine.smart.startReaders();
-        machine.smart.startReaders();
-        QCOMPARE(machine.finished.count(), 0);
-        QVERIFY(machine.finished.wait());
-        QCoreApplication::processEvents();
-        QCOMPARE(machine.finished.count(), 1);
-    }
-
-    void readsEveryDrive()
-    {
-        TwoDrives machine;
-        machine.smart.devices().insert(1, record(QStringLiteral("missing")));
-        machine.smart.startReaders();
-        QVERIFY(machine.finished.wait());
-        QCOMPARE(machine.attributeOf(0), 12U);
-        QCOMPARE(machine.attributeOf(2), 199U);
-        QCOMPARE(machine.smart.devices().at(1).smartState, -1);
-    }
-
-    void readerThatIsGivenUpIsCountedOnce()
-    {
-        TwoDrives machine;
-        machine.drives.stall(machine.second, Stall::UntilCancelled);
-        machine.smart.startReaders();
-        // The first is read meanwhile, but the event loop must not hear of it before the watchdog's verdict.
-        machine.waitUntilRead(1);
-        machine.smart.terminate_S_thread(0);
-        machine.smart.terminate_S_thread(0);
-        QCoreApplication::processEvents();
-        machine.smart.finishedReadSMART(0);
-        QCOMPARE(machine.finished.count(), 0);
-        QCOMPARE(machine.smart.devices().at(0).smartState, -1);
-
-        machine.smart.terminate_S_thread(1); // cuts its request off
-        QCOMPARE(machine.finished.count(), 1);
-        QTRY_COMPARE(machine.drives.openDrives, 0);
-    }
-
-    void restartDropsTheReadersBefore()
-    {
-        TwoDrives machine;
-        machine.smart.startReaders();
-        machine.waitUntilRead(2);
-
-        machine.drives.stall(machine.first, Stall::UntilCancelled);
-        machine.smart.startReaders();
-        QCoreApplication::processEvents(); // the first readers' signals
-        QCOMPARE(machine.finished.count(), 0);
-        while (machine.drives.requests < 4)
-            QThread::yieldCurrentThread();
-        machine.smart.detectDevices();
-        QCOMPARE(machine.drives.openDrives, 0);
-        QVERIFY(machine.smart.devices().isEmpty());
-    }
-
-    void restartWhileAnOldReaderHangs()
-    {
-        TwoDrives machine;
-        machine.smart.setTimeLimits(30ms, 0ms);
-        machine.drives.stall(machine.first, Stall::UntilReleased);
-        machine.smart.startReaders();
-        QVERIFY(machine.finished.wait());
-
-        machine.smart.setTimeLimits(kAgeLong, 0ms);
-        machine.smart.devices() = {record(machine.second)};
-        machine.smart.startReaders();
-        QVERIFY(machine.smart.leftThreadsBehind());
-        QVERIFY(machine.finished.wait());
-        QCOMPARE(machine.attributeOf(0), 199U);
-
-        machine.drives.stall(machine.first, Stall::No);
-        QTRY_VERIFY(!machine.smart.leftThreadsBehind());
-        QCoreApplication::processEvents();
-        QCOMPARE(machine.finished.count(), 2);
-        QCOMPARE(machine.smart.devices().at(0).attributes.size(), 1);
-    }
-
-    void synchronousReadSkips_data()
+    void pollSkips_data()
     {
         QTest::addColumn<int>("smartState");
         QTest::addColumn<int>("monitored");
@@ -157,59 +110,200 @@ private Q_SLOTS:
         row("monitored", 1, 1, false, true);
         row("not monitored", 1, 0, false, false);
         row("not monitored, forced", 1, 0, true, true);
-        row("no attributes, forced", 0, 1, true, false);
+        row("no attributes", 0, 1, false, false);
+        row("never read", -1, 1, false, true);
+        row("never read, forced", -1, 1, true, false);
     }
 
-    void synchronousReadSkips()
+    void pollSkips()
     {
         QFETCH(int, smartState);
         QFETCH(int, monitored);
         QFETCH(bool, force);
         TwoDrives machine;
-        machine.smart.devices()[0].smartState = smartState;
-        machine.smart.devices()[0].monitored = monitored;
-        machine.smart.readSynchronously(force);
-        QTEST(machine.drives.requests == 1, "isRead");
+        machine.inventory.smart.devices().removeLast();
+        machine.inventory.smart.devices()[0].smartState = smartState;
+        machine.inventory.smart.devices()[0].monitored = monitored;
+        machine.inventory.poll(force);
+        QTEST(machine.drives.requests > 0, "isRead");
     }
 
-    void synchronousReadSurvivesAHungDrive()
+    /// The others are read, the hung one keeps its values and is left alone until its request returns.
+    void pollOfAHungDrive()
     {
-        TwoDrives machine;
-        machine.smart.startReaders();
-        QVERIFY(machine.finished.wait());
-        machine.smart.setTimeLimits(500ms, 0ms);
-        machine.drives.add(machine.second, kAttributeCurrent, 77);
+        TwoDrives machine(500ms);
+        machine.inventory.poll();
         machine.drives.stall(machine.first, Stall::UntilReleased);
-        machine.smart.readSynchronously(false);
-        QCOMPARE(machine.smart.devices().at(1).attributes.at(0).current, 77U);
-        QVERIFY(machine.smart.leftThreadsBehind());
-
-        // A drive that still hangs is not asked again.
-        const int requests = machine.drives.requests;
-        machine.smart.readSynchronously(false);
-        QCOMPARE(machine.drives.requests, requests + 1);
+        machine.drives.add(machine.second, kAttributeCurrent, 77);
+        const QtMessageHandler handler = qInstallMessageHandler(countWarnings);
+        for (int i = 0; i < 3; ++i)
+            machine.inventory.poll();
+        QCOMPARE(std::exchange(s_warnings, 0), 1);
+        QCOMPARE(machine.valueOf(0), -1);
+        QCOMPARE(machine.inventory.smart.devices().at(0).attributes.at(0).current, 12U);
+        QCOMPARE(machine.valueOf(1), 77);
+        QCOMPARE(machine.drives.requests, 2 + 4);
 
         machine.drives.stall(machine.first, Stall::No);
-        QTRY_VERIFY(!machine.smart.leftThreadsBehind());
-        machine.smart.readSynchronously(false);
-        QCOMPARE(machine.drives.requests, requests + 3);
+        QTRY_VERIFY(!machine.inventory.workers.isBusy());
+        for (int i = 0; i < 2; ++i)
+            machine.inventory.poll();
+        qInstallMessageHandler(handler);
+        QCOMPARE(s_warnings, 1);
+        QCOMPARE(machine.valueOf(0), 12);
     }
 
-    /// Each poll would hold the service up for the whole limit otherwise.
-    void driveGivenUpOnceIsNotWaitedForAsLong()
+    void detectionDropsAPoll()
     {
         TwoDrives machine;
-        machine.smart.startReaders();
-        QVERIFY(machine.finished.wait());
         machine.drives.stall(machine.first, Stall::UntilCancelled);
-        for (const auto limit : {std::chrono::milliseconds(30), std::chrono::milliseconds(kAgeLong)}) {
-            machine.smart.setTimeLimits(limit, kAgeLong);
-            machine.smart.readSynchronously(false);
+        bool isDone = false;
+        machine.inventory.smart.readDrives(false, [&](const auto & /*readings*/) { isDone = true; });
+        QVERIFY(machine.inventory.detect().isEmpty());
+        QTRY_COMPARE(machine.drives.openDrives.load(), 0);
+        QCoreApplication::processEvents();
+        QVERIFY(!isDone);
+    }
+
+    /// Whatever a drive hangs in, the others are found in their order; what is known of it by then counts,
+    /// and the rest is read as soon as it answers.
+    void detectionOfHungDrives()
+    {
+        const SimulatedMachine machine({simulated(0), simulated(1, R"({"hangs": ["open"]})"),
+                                        simulated(2, R"({"hangs": ["geometry"]})"),
+                                        simulated(3, R"({"hangs": ["identify"]})"),
+                                        simulated(4, R"({"hangs": ["smart"]})"), simulated(5)});
+        Inventory inventory(machine.drives(), {3s, kAgeLong, 0ms, 1s});
+        DeviceList devices = inventory.detect();
+        QCOMPARE(pathsOf(devices), QStringList({"0", "3", "4", "5"}));
+        QCOMPARE(devices.at(1).model, "MODEL"); // by the system's descriptor
+        QCOMPARE(int(devices.at(1).accessMethod), -1);
+        QCOMPARE(devices.at(1).smartState, -1);
+        QCOMPARE(devices.at(2).smartState, -1);
+        QCOMPARE(devices.at(3).smartState, 1);
+
+        machine.change({simulated(0), simulated(1), simulated(2), simulated(3), simulated(4), simulated(5)});
+        for (const int number : {2, 3, 4}) // their requests were cancelled
+            runUntil([&] { return !inventory.workers.isHung(physicalDrivePath(number)); });
+        devices = inventory.poll();
+        for (const DeviceRecord &device : devices) {
+            QCOMPARE(int(device.accessMethod), 0);
+            QCOMPARE(device.attributes.value(0).threshold, 20U);
         }
-        machine.drives.stall(machine.first, Stall::No);
-        machine.drives.add(machine.first, kAttributeCurrent, 77);
-        machine.smart.readSynchronously(false);
-        QCOMPARE(machine.smart.devices().at(0).attributes.at(0).current, 77U);
+        devices = inventory.detect(); // the one whose open() never returns is not asked again
+        QCOMPARE(pathsOf(devices), QStringList({"0", "2", "3", "4", "5"}));
+    }
+
+    void detectionKeepsTheIdentityOfADriveThatHangs()
+    {
+        TwoDrives machine(500ms);
+        DeviceRecord known = record(physicalDrivePath(7));
+        known.probeNumber = 7;
+        known.serial = "SERIAL";
+        machine.inventory.smart.devices() = {known};
+        machine.drives.add(known.path, 0, 0);
+        machine.drives.stall(known.path, Stall::UntilReleased);
+        machine.inventory.poll();
+        const DeviceList &devices = machine.inventory.detect();
+        QCOMPARE(devices.size(), 1);
+        QCOMPARE(devices.at(0).serial, "SERIAL");
+        QCOMPARE(devices.at(0).smartState, -1);
+    }
+
+    void thresholdsThatFailCountAsZero()
+    {
+        const SimulatedMachine machine({simulated(0)});
+        // Fails the second of the two S.M.A.R.T. requests.
+        struct NoThresholds : DriveSystem
+        {
+            DriveSystem &drives;
+            std::unique_ptr<Drive> real;
+
+            explicit NoThresholds(DriveSystem &system)
+                : drives(system)
+            {}
+            OpenReply open(const QString &path) override
+            {
+                OpenReply reply = drives.open(path);
+                if (!reply.drive)
+                    return reply;
+                real = std::move(reply.drive);
+                const auto answer = [this](quint32 code, ByteView in, MutableBytes out) {
+                    const bool isThresholds = in.u8(32) == ata::kSmartReadThresholds;
+                    return isThresholds ? ControlReply{system_error::kIoDevice, 0}
+                                        : real->control(code, in, out);
+                };
+                return {std::make_unique<ScriptedDrive>(answer), system_error::kNone};
+            }
+        } drives(machine.drives());
+        Inventory inventory(drives);
+        const DeviceRecord device = inventory.detect().value(0);
+        QCOMPARE(device.smartState, 1);
+        QCOMPARE(device.attributes.value(0).threshold, 0U);
+    }
+
+    void pollLeavesASleepingDriveAsleep()
+    {
+        const QByteArray keys = R"({"sleeping": true, "smart": {"attributes": [{"id": 5, "current": 70}]}})";
+        const SimulatedMachine machine({simulated(0)});
+        for (const bool leavesAsleep : {true, false}) {
+            machine.change({simulated(0)});
+            Inventory inventory(machine.drives(), {}, leavesAsleep);
+            inventory.detect();
+            machine.change({simulated(0, keys)});
+            const DeviceRecord device = inventory.poll().at(0);
+            QCOMPARE(device.lastRead == LastRead::Asleep, leavesAsleep);
+            QCOMPARE(device.attributes.at(0).current, leavesAsleep ? 80U : 70U);
+        }
+    }
+
+    void countSeesSwappedDrives_data()
+    {
+        QTest::addColumn<QByteArray>("keys"); // of the second drive at the count
+        QTest::addColumn<bool>("changed");
+        const auto keys = [](const char *text) { return QByteArray(text); };
+        row("the same", keys("{}"), false);
+        row("another serial number", keys(R"({"serial": "OTHER"})"), true);
+        row("another model", keys(R"({"model": "OTHER"})"), true);
+        row("another size", keys(R"({"capacity": 5000000000})"), true);
+        row("swapped by one that hangs in IDENTIFY", keys(R"({"serial": "OTHER", "hangs": ["identify"]})"),
+            true);
+        row("hangs in its geometry", keys(R"({"hangs": ["geometry"]})"), false);
+        row("no longer answers IDENTIFY",
+            keys(R"({"answers": ["geometry", "partition", "deviceNumber", "descriptor"]})"), false);
+        row("no longer there", keys(R"({"openError": 2})"), true);
+    }
+
+    void countSeesSwappedDrives()
+    {
+        QFETCH(QByteArray, keys);
+        const SimulatedMachine machine({simulated(0), simulated(1)});
+        Inventory inventory(machine.drives(), {3s, kAgeLong, 0ms, kAgeLong});
+        QCOMPARE(inventory.detect().size(), 2);
+        machine.change({simulated(0), simulated(1, keys)});
+        QTEST(inventory.count().changed, "changed");
+    }
+
+    void nothingIsLeftAfterManyHangs()
+    {
+        const QString threads = "/proc/self/task";
+        const QString descriptors = "/proc/self/fd";
+        TwoDrives machine(1ms);
+        machine.inventory.smart.devices().removeLast();
+        machine.inventory.poll();
+        const int threadsBefore = entriesOf(threads);
+        const int descriptorsBefore = entriesOf(descriptors);
+        for (int cycle = 0; cycle < 1000; ++cycle) {
+            const bool isCancellable = cycle % 2 == 0;
+            machine.drives.stall(machine.first, isCancellable ? Stall::UntilCancelled : Stall::UntilReleased);
+            machine.inventory.poll();
+            QCOMPARE(machine.valueOf(0), -1);
+            machine.drives.stall(machine.first, Stall::No);
+            runUntil([&] { return !machine.inventory.workers.isBusy(); });
+        }
+        QCOMPARE(machine.drives.openDrives.load(), 0);
+        QTRY_VERIFY(entriesOf(threads) <= threadsBefore);
+        QVERIFY(entriesOf(descriptors) <= descriptorsBefore);
     }
 };
 

@@ -3,6 +3,7 @@
 #include "disk/detection.h"
 
 #include "disk/fake_drives.h"
+#include "disk/inventory.h"
 #include "disk/simulated_machine.h"
 #include "platform/drive_requests.h"
 #include "rows.h"
@@ -26,21 +27,17 @@ QJsonObject drive(int number, const QByteArray &text = "{}")
     return object;
 }
 
-/// Fixed disks whose every answer is so many bytes short.
-struct FixedDisks : DriveSystem
+/// Whether a fixed disk whose every answer is so many bytes short can be listed.
+bool canBeListed(quint32 missing)
 {
-    quint32 missing = 0;
-
-    OpenReply open(const QString &) override
-    {
-        const auto answer = [this](quint32 code, ByteView, MutableBytes output) -> ControlReply {
-            if (code == drive_request::kDriveGeometry)
-                output.setU8(drive_request::geometry::kMediaType, drive_request::geometry::kFixedMedia);
-            return {system_error::kNone, quint32(output.size()) - missing};
-        };
-        return {std::make_unique<ScriptedDrive>(answer), system_error::kNone};
-    }
-};
+    ScriptedDrive disk([missing](quint32 code, ByteView, MutableBytes output) -> ControlReply {
+        if (code == drive_request::kDriveGeometry)
+            output.setU8(drive_request::geometry::kMediaType, drive_request::geometry::kFixedMedia);
+        return {system_error::kNone, quint32(output.size()) - missing};
+    });
+    DetectedDrive device;
+    return bool(detection::readBasics(disk, device)) && detection::isFixedDisk(device);
+}
 
 } // namespace
 
@@ -72,22 +69,22 @@ private Q_SLOTS:
         QFETCH(int, number);
         QFETCH(QByteArray, keys);
         const SimulatedMachine machine({drive(number, keys)});
-        QTEST(detection::detect(machine.drives()).size(), "detected");
-        QTEST(detection::countFixedDrives(machine.drives()), "counted");
+        Inventory inventory(machine.drives());
+        QTEST(inventory.detect().size(), "detected");
+        QTEST(inventory.count().present, "counted");
     }
 
     void shortAnswersAreNone()
     {
-        FixedDisks disks;
-        QVERIFY(detection::probe(disks, 0).has_value());
-        disks.missing = 1;
-        QVERIFY(!detection::probe(disks, 0).has_value());
+        QVERIFY(canBeListed(0));
+        QVERIFY(!canBeListed(1));
     }
 
     void listIsInOrderOfNumbers()
     {
         const SimulatedMachine machine({drive(12), drive(3, R"({"deviceNumber": 40})")});
-        const DeviceList devices = detection::detect(machine.drives());
+        Inventory inventory(machine.drives());
+        const DeviceList devices = inventory.detect();
         QCOMPARE(devices.size(), 2);
         QCOMPARE(devices.at(0).path, QStringLiteral("\\\\.\\PhysicalDrive3"));
         QCOMPARE(devices.at(0).deviceNumber, 40);
@@ -98,13 +95,13 @@ private Q_SLOTS:
     {
         const SimulatedMachine machine({drive(0, R"({"bytesPerSector": 4096, "capacity": 20000588955648,
         "geometry": {"cylinders": 303974, "tracksPerCylinder": 254, "sectorsPerTrack": 62}})")});
-        const DeviceRecord device = detection::probe(machine.drives(), 0).value();
+        Inventory inventory(machine.drives());
+        const DeviceRecord device = inventory.detect().value(0);
         QCOMPARE(device.cylinders, Q_INT64_C(303974));
         QCOMPARE(device.tracksPerCylinder, 254U);
         QCOMPARE(device.sectorsPerTrack, 62U);
         QCOMPARE(device.bytesPerSector, 4096U);
         QCOMPARE(device.capacity, Q_UINT64_C(20000588955648)); // and not what the geometry makes
-        QCOMPARE(device.smartState, -1);
     }
 
     void identity_data()
@@ -138,7 +135,8 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, keys);
         const SimulatedMachine machine({drive(4, keys)});
-        const DeviceRecord device = detection::probe(machine.drives(), 4).value();
+        Inventory inventory(machine.drives());
+        const DeviceRecord device = inventory.detect().value(0);
         const QString format = QStringLiteral("%1: '%2' '%3' '%4', ATA %5, S.M.A.R.T. %6");
         QTEST(format.arg(int(device.accessMethod))
                   .arg(device.model, device.serial, device.firmware)

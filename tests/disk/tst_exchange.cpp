@@ -12,7 +12,7 @@ namespace {
 enum Method { Ata, Smart, Ide, Predict };
 
 /// Reads S.M.A.R.T. data of drive 3.
-bool read(Method method, Drive &drive, MutableBytes data)
+exchange::Outcome read(Method method, Drive &drive, MutableBytes data)
 {
     exchange::Registers registers = exchange::smartReadData();
     switch (method) {
@@ -120,7 +120,7 @@ private Q_SLOTS:
             return ControlReply{error, quint32(out.size() - missing)};
         });
         QByteArray sector(512, '\x55');
-        const bool ok = read(method, drive, MutableBytes(sector));
+        const bool ok(read(method, drive, MutableBytes(sector)));
         QTEST(ok, "ok");
         QCOMPARE(sector == data.leftJustified(512, '\0'), ok);
     }

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "disk/ata_smart.h"
-
+#include "disk/inventory.h"
 #include "disk/simulated_machine.h"
 #include "rows.h"
 
 #include <QDir>
-#include <QSignalSpy>
 #include <QtTest>
 
 namespace {
@@ -57,14 +55,10 @@ private Q_SLOTS:
         const SimulatedMachine machine({QJsonObject{{QStringLiteral("number"), 5},
                                                     {QStringLiteral("dump"), dump},
                                                     {QStringLiteral("answers"), answers}}});
-        ATA_Smart smart(machine.drives());
-        QSignalSpy finished(&smart, &ATA_Smart::finishedScanSMART);
-        smart.detectDevices();
-        smart.startReaders();
-        QVERIFY(finished.wait());
-
-        QCOMPARE(smart.devices().size(), 1);
-        const DeviceRecord &device = smart.devices().at(0);
+        Inventory inventory(machine.drives());
+        const DeviceList devices = inventory.detect();
+        QCOMPARE(devices.size(), 1);
+        const DeviceRecord &device = devices.at(0);
         QCOMPARE(QLatin1String(kAnswers[int(device.accessMethod)]), answer);
         QCOMPARE(device.model, member(expected, "model").toString());
         QCOMPARE(device.serial, member(expected, "serial").toString());

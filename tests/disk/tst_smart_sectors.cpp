@@ -2,8 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "disk/smart_sectors.h"
 
-#include "disk/attribute_catalogue.h"
 #include "disk/life_time.h"
+#include "wire/attribute_catalogue.h"
 
 #include <QtTest>
 

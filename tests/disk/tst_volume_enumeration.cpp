@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "disk/volume_enumeration.h"
+#include "disk/volume_reader.h"
 
 #include "disk/simulated_machine.h"
+#include "disk/volume_enumeration.h"
 
+#include <QSemaphore>
 #include <QtTest>
 
 namespace {
@@ -17,6 +19,35 @@ QString described(const VolumeEntry &entry)
         .arg(entry.freeBytes)
         .arg(entry.totalBytes);
 }
+
+VolumeList read(VolumeReader &reader)
+{
+    std::optional<VolumeList> volumes;
+    reader.read([&volumes](const VolumeList &list) { volumes = list; });
+    return QTest::qWaitFor([&] { return volumes.has_value(); }, 60000) ? *volumes : VolumeList();
+}
+
+/// Two volumes, of which the second may hang.
+struct TwoVolumes : VolumeSystem
+{
+    quint64 freeBytes = 1;
+    QSemaphore hung{1}; ///< taken while the second volume hangs
+
+    QStringList volumeNames() override { return {QStringLiteral("A"), QStringLiteral("B")}; }
+    quint32 driveType(const QString & /*name*/) override { return kFixedDrive; }
+    std::optional<VolumeSpace> space(const QString &name) override
+    {
+        if (name == QLatin1String("B")) {
+            hung.acquire();
+            hung.release();
+        }
+        return VolumeSpace{10, freeBytes};
+    }
+    std::optional<VolumeInformation> information(const QString & /*name*/) override { return std::nullopt; }
+    std::optional<qint32> deviceNumber(const QString & /*path*/) override { return 0; }
+    quint32 logicalDrives() override { return 0; }
+    std::optional<QString> volumeNameAt(const QString & /*root*/) override { return std::nullopt; }
+};
 
 } // namespace
 
@@ -36,8 +67,10 @@ private Q_SLOTS:
             {"name": "Two\\", "letters": ["Z", "C"]},
             {"name": "Folder\\"}])";
         const SimulatedMachine machine({}, QJsonDocument::fromJson(volumes).array());
+        Workers workers;
+        VolumeReader reader(machine.volumes(), workers);
         QStringList list;
-        for (const VolumeEntry &entry : volume_enumeration::enumerate(machine.volumes()))
+        for (const VolumeEntry &entry : read(reader))
             list << described(entry);
         QCOMPARE(
             list.join(QLatin1Char('\n')),
@@ -45,6 +78,22 @@ private Q_SLOTS:
                            "2 Silent\\ 1:\\ '' Unknown '' disk -1: 0 of 0\n"
                            "4 Two\\ C:\\ ''  '0000-0000' disk 0: 0 of 0\n"
                            "5 Folder\\ 2:\\ ''  '0000-0000' disk 0: 0 of 0"));
+    }
+
+    void hungVolumeKeepsItsValues()
+    {
+        TwoVolumes system;
+        Workers workers({std::chrono::seconds(2), {}, {}, {}});
+        VolumeReader reader(system, workers);
+        QCOMPARE(read(reader).at(1).freeBytes, quint64(1));
+        system.hung.acquire();
+        system.freeBytes = 2;
+        const VolumeList volumes = read(reader);
+        system.hung.release();
+        QCOMPARE(volumes.at(0).freeBytes, quint64(2));
+        QCOMPARE(volumes.at(1).freeBytes, quint64(1));
+        QTRY_VERIFY(!workers.isBusy());
+        QCOMPARE(read(reader).at(1).freeBytes, quint64(2));
     }
 
     void assignsToTheFirstDriveOfTheNumber()

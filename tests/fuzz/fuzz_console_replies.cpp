@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "console/client/greeting.h"
-#include "console/client/history.h"
-#include "console/client/inventory.h"
-#include "console/client/line_reader.h"
-#include "console/client/scans.h"
-#include "console/client/session.h"
-#include "console/client/short_replies.h"
+#include "client/conversation.h"
+#include "client/greeting.h"
+#include "client/history.h"
+#include "client/inventory.h"
+#include "client/line_reader.h"
+#include "client/scans.h"
 #include "console/render/bars.h"
 #include "console/render/chart.h"
 #include "console/render/text.h"
@@ -38,7 +37,7 @@ void show(const QString &reply)
     state.drives = client::parseAllDrives(reply).value_or(QVector<client::Drive>());
     state.scans = client::parseScanStatus(reply).value_or(QVector<client::ScanStatus>());
     for (const client::Drive &drive : state.drives)
-        state.temperatures.append({0, drive.temperature});
+        state.temperatures.append({0, drive.temperature.value_or(0)});
     for (const QString &line : render::watchScreen(state, kRows, 0, {false, true, kColumns}))
         require(render::columns(line) <= kColumns);
     for (const client::ScanStatus &scan : state.scans) {
@@ -65,6 +64,7 @@ void fuzz(const QByteArray &bytes)
     (void)client::parseDrive(reply, 0);
     (void)client::parseAllVolumes(reply);
     (void)client::parseAttributes(reply, 0);
+    (void)client::parseAllAttributes(reply);
     (void)client::parseSchedule(reply);
     (void)client::parseUser(reply, 0);
     (void)client::parseRights(reply);

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "protocol/consoles.h"
-
-#include "console/client/history.h"
-#include "console/client/inventory.h"
-#include "console/client/scans.h"
-#include "fuzz/fuzz_input.h"
 #include "protocol/dispatcher.h"
+
+#include "client/history.h"
+#include "client/inventory.h"
+#include "client/scans.h"
+#include "fuzz/fuzz_input.h"
 #include "protocol/fake_target.h"
-#include "scan/schedule.h"
+#include "protocol/reply_line.h"
+#include "wire/scrambling.h"
+#include "wire/separators.h"
 
 #include <QStringList>
 
@@ -24,7 +25,7 @@ DeviceRecord drive()
     return device;
 }
 
-/// A machine that shows all there is to show; schedules are taken as the daemon takes them.
+/// A machine with every kind of data.
 class Machine : public FakeTarget
 {
 public:
@@ -34,18 +35,26 @@ public:
         accountList = {{QStringLiteral("Operator"), 2}, {QStringLiteral("Guest"), 0}};
         runningScan = 0;
     }
-
-    /// None runs, so that nobody waits for its end.
-    bool stopScan(int /*device*/) override { return false; }
-
-    void setScanSchedule(const QString &payload) override
-    {
-        if (const auto change = parseScheduleChange(payload))
-            applyScheduleChange(*change, deviceList);
-    }
 };
 
-/// A reply about one drive names it, and says whether there is such a drive.
+/// The whole line of the reply; empty if nothing is sent.
+QByteArray wireOf(Reply reply)
+{
+    if (reply.start)
+        reply.start([&reply](std::unique_ptr<ReplySource> source) { reply.source = std::move(source); });
+    if (!reply.source)
+        return {};
+    ReplyLine line(std::move(reply.source), 37);
+    QByteArray wire;
+    for (int size = line.nextSize(); size > 0; size = line.nextSize()) {
+        const QByteArray chunk = line.next();
+        require(chunk.size() == size && size <= ReplyLine::kMaxChunkBytes);
+        wire += chunk;
+    }
+    return wire;
+}
+
+/// A reply about one drive contains its index and whether there is such a drive.
 void checkIndexReply(const QStringList &fields, const QString &reply, int drives)
 {
     for (const char *word : {"DEVINFO", "SMARTINFO", "SMARTVALUE"}) {
@@ -58,12 +67,12 @@ void checkIndexReply(const QStringList &fields, const QString &reply, int drives
     }
 }
 
-/// Whatever consoles have set before, this one can read the lists.
-void checkLists(Machine &machine)
+/// Whatever consoles have set before, the client can read the lists.
+void checkLists(Dispatcher &dispatcher, int drives)
 {
-    const int drives = machine.deviceList.size();
-    const auto ask = [&machine](const char *word) {
-        return processCommand({QLatin1String(word)}, machine).text;
+    const auto ask = [&dispatcher](const char *word) {
+        const Reply reply = dispatcher.answer(scramble(QLatin1String(word), 5), {});
+        return QString::fromUtf8(reply.source->next(1 << 20));
     };
     require(client::parseAllDrives(ask("ALLDEVINFO")).value().size() == drives);
     require(client::parseScanStatus(ask("GSTATSCAN")).value().size() == drives);
@@ -71,14 +80,16 @@ void checkLists(Machine &machine)
     require(client::parseAllVolumes(ask("ALLVOLINFO")).value().size() == 2);
 }
 
-void answerText(const QByteArray &utf8, const Consoles &consoles, Machine &machine)
+void answerText(const QByteArray &utf8, Dispatcher &dispatcher, const Machine &machine)
 {
     const QString request = QString::fromUtf8(utf8);
     const QStringList fields = request.split(kRequestSeparator);
-    const Consoles::Answer answer =
-        consoles.answer(scramble(request, 5), QStringLiteral("peer"), [](const QByteArray &) {});
-    require(answer.closes == (fields.first() == QLatin1String("DIS")));
-    const QByteArray wire = answer.work ? answer.work() : answer.wire;
+    const QByteArray line = scramble(request, 5);
+    const bool asksToDisconnect = fields.first() == QLatin1String("DIS");
+    require(Dispatcher::isDisconnectRequest(line) == asksToDisconnect);
+    Reply answer = dispatcher.answer(line, {QStringLiteral("peer"), {}});
+    require(answer.closes == asksToDisconnect);
+    const QByteArray wire = wireOf(std::move(answer));
     if (wire.isEmpty())
         return;
     require(wire.endsWith("\r\n") && wire.count('\n') == 1 && wire.count('\r') == 1);
@@ -93,9 +104,9 @@ void answerText(const QByteArray &utf8, const Consoles &consoles, Machine &machi
 void fuzz(const QByteArray &bytes)
 {
     Machine machine;
-    const Consoles consoles(machine, [] { return 37; }, {});
-    (void)consoles.answer(bytes, QStringLiteral("peer"), [](const QByteArray &) {});
+    Dispatcher dispatcher(machine);
+    (void)dispatcher.answer(bytes, {});
     for (const QByteArray &line : bytes.split('\n'))
-        answerText(line, consoles, machine);
-    checkLists(machine);
+        answerText(line, dispatcher, machine);
+    checkLists(dispatcher, machine.deviceList.size());
 }

@@ -4,6 +4,7 @@
 
 #include "fuzz/fuzz_input.h"
 #include "protocol/payloads.h"
+#include "protocol/requests.h"
 
 #include <QStringList>
 
@@ -22,6 +23,11 @@ QString payloadFromReply(const DeviceList &devices, int index)
         QStringLiteral("~;"));
 }
 
+std::optional<ScheduleChange> parse(const QString &payload)
+{
+    return request::scheduleChange(request::Fields({QString(), payload}));
+}
+
 auto schedule(const DeviceRecord &device)
 {
     return std::tie(device.schedKind, device.schedParam, device.schedDate, device.schedTime);
@@ -33,7 +39,7 @@ auto schedule(const DeviceRecord &device)
 /// and is due at its own time alone.
 void fuzz(const QByteArray &bytes)
 {
-    const auto change = parseScheduleChange(QString::fromUtf8(bytes));
+    const auto change = parse(QString::fromUtf8(bytes));
     if (!change)
         return;
     const DeviceList unscheduled(3);
@@ -49,7 +55,7 @@ void fuzz(const QByteArray &bytes)
         if (device.schedDate.year() < 2000 || !device.schedTime.isValid())
             continue; // shown without a date or time, or in another century
         DeviceList again = unscheduled;
-        applyScheduleChange(parseScheduleChange(payloadFromReply(devices, i)).value(), again);
+        applyScheduleChange(parse(payloadFromReply(devices, i)).value(), again);
         require(schedule(device) == schedule(again[i]));
         const QDateTime moment(device.schedDate, device.schedTime, Qt::UTC);
         require(!isScanDue(device, moment.addSecs(1)) && !isScanDue(device, moment.addSecs(-43)));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include "fuzz/fuzz_input.h"
 #include "protocol/plain_scrambling.h"

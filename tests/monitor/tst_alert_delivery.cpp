@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/alert_delivery.h"
 
+#include "monitor/alert_mail.h"
 #include "monitor/scripted_peer.h"
 #include "monitor/smtp_sender.h"
 #include "platform/event_log.h"
@@ -12,8 +13,13 @@ namespace {
 /// Each event as a text: source, type, number, category and text.
 struct EventList : EventLog
 {
+    explicit EventList(const smtp_sender &mailSender)
+        : sender(mailSender)
+    {}
+
     void report(const Event &event) override
     {
+        mailWasFirst = mailWasFirst || sender.isBusy();
         events += QStringLiteral("%1 %2 %3 %4: ")
                       .arg(event.source)
                       .arg(int(event.type))
@@ -22,7 +28,9 @@ struct EventList : EventLog
                   event.text;
     }
 
+    const smtp_sender &sender;
     QStringList events;
+    bool mailWasFirst = false;
 };
 
 HealthReport alert(qint32 alertLevel)
@@ -63,29 +71,55 @@ private Q_SLOTS:
         Settings settings;
         settings.logSysEvLog = logSysEvLog;
         settings.emailNotify = emailNotify;
-        EventList log;
         smtp_sender sender;
-        deliverAlert(alert(alertLevel), settings, log, sender);
+        EventList log(sender);
+        AlertDelivery(log, sender).deliver(alert(alertLevel), settings);
         QTEST(log.events.join(u'\n'), "events");
+        QVERIFY(!log.mailWasFirst);
         QTEST(sender.isBusy(), "mail");
     }
 
-    void busySenderLosesTheMail()
+    /// A fault is reported when it starts, when its reason changes and when it ends.
+    void changesOfAFault()
     {
-        ScriptedPeer peer({"554 go away\r\n"});
+        const QDateTime ten(QDate(2026, 11, 15), QTime(10, 0, 0));
+        FaultState mail(QStringLiteral("Mail"));
+        QCOMPARE(mail.worked(), QString());
+        QCOMPARE(mail.failed(QStringLiteral("mute"), ten),
+                 QStringLiteral("Mail has failed since 2026-11-15 10:00:00: mute"));
+        QCOMPARE(mail.failed(QStringLiteral("mute"), ten.addSecs(60)), QString());
+        QCOMPARE(mail.failed(QStringLiteral("refused"), ten.addSecs(120)),
+                 QStringLiteral("Mail has failed since 2026-11-15 10:00:00: refused"));
+        QCOMPARE(mail.worked(), QStringLiteral("Mail works again; it had failed since 2026-11-15 10:00:00"));
+        QCOMPARE(mail.worked(), QString());
+    }
+
+    /// Every evaluation delivers again; while the sender is busy only the event.
+    void secondEvaluation()
+    {
+        ScriptedPeer peer({"554 go away\r\n", "554 go away\r\n"});
         Settings settings;
         settings.emailNotify = true;
+        settings.logSysEvLog = true;
         settings.smtpServer = QStringLiteral("127.0.0.1");
         settings.smtpPort = peer.serverPort();
-        EventList log;
         smtp_sender sender;
-        QSignalSpy ended(&sender, &smtp_sender::smtpSenderError);
-        deliverAlert(alert(2), settings, log, sender);
-        deliverAlert(alert(3), settings, log, sender);
-        QVERIFY(!startTestMail(sender, QStringLiteral("25~;0~;a~;b~;127.0.0.1~;d~;e~;f~;g")));
-        QVERIFY(ended.wait());
-        QVERIFY(!sender.isBusy()); // and no second mail has waited for that
-        QCOMPARE(peer.connectionCount(), 1);
+        EventList log(sender);
+        AlertDelivery delivery(log, sender);
+        int runs = 0;
+        connect(&sender, &smtp_sender::smtpSenderError, this, [&] { ++runs; });
+        delivery.deliver(alert(2), settings);
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral(
+                                 "Alert mail has failed since .*busy, connecting to 127.0.0.1 port ")));
+        delivery.deliver(alert(2), settings);
+        QCOMPARE(log.events.size(), 2);
+        QVERIFY(!delivery.startTestMail(MailTest()));
+        QTRY_COMPARE(runs, 1);
+        QVERIFY(!sender.isBusy()); // the dropped mail was not queued
+        delivery.deliver(alert(2), settings);
+        QTRY_COMPARE(runs, 2);
+        QCOMPARE(peer.connectionCount(), 2);
     }
 };
 

@@ -6,14 +6,11 @@
 
 namespace {
 
-QString shown(const std::optional<SmtpMail> &mail)
+QString shown(const SmtpMail &mail)
 {
-    if (!mail)
-        return QStringLiteral("none");
     const QStringList fields{
-        mail->server, QString::number(mail->port), mail->user, mail->password, mail->from, mail->to,
-        mail->message};
-    return (mail->needAuth ? QStringLiteral("login ") : QString()) + fields.join(u' ');
+        mail.server, QString::number(mail.port), mail.user, mail.password, mail.from, mail.to, mail.message};
+    return (mail.needAuth ? QStringLiteral("login ") : QString()) + fields.join(u' ');
 }
 
 } // namespace
@@ -37,21 +34,30 @@ private Q_SLOTS:
         settings.smtpTo = QStringLiteral("c@d");
         settings.smtpSubj = QStringLiteral("Disk trouble");
         row("warning",
-            shown(alertMail(2, QStringLiteral("ID: 0 WDC\n   Parameter ID 5=10"), settings,
-                            QStringLiteral("tower"), QDateTime(QDate(2026, 11, 15), QTime(0, 36, 7)))),
+            shown(alertMail(QStringLiteral("WARNING"), QStringLiteral("ID: 0 WDC\n   Parameter ID 5=10"),
+                            settings, QStringLiteral("tower"),
+                            QDateTime(QDate(2026, 11, 15), QTime(0, 36, 7)))),
             "login mail 2525 user secret a@b c@d From: a@b\r\nTo: c@d\r\nSubject: Disk trouble\r\n"
             "WARNING from (tower) 2026-11-15 00:36:07\r\nID: 0 WDC\r\n   Parameter ID 5=10\r\n");
-        const auto test = [](const char *text) { return shown(testMail(QString::fromLatin1(text))); };
-        row("test", test("2525~;1~;a@b~;c@d~;mail~;Hello~;user~;secret~;first\nsecond~;not sent"),
-            "login mail 2525 user secret a@b c@d From: a@b\r\nTo: c@d\r\nSubject: Hello\r\n"
-            "first\r\nsecond\r\n");
-        row("test without login and text", test("25~;0~;a~;b~;c~;d~;e~;f~;"),
-            "c 25 e f a b From: a\r\nTo: b\r\nSubject: d\r\n\r\n");
-        row("test with a field too few", test("25~;0~;a~;b~;c~;d~;e~;f"), "none");
+        MailTest test{25,
+                      false,
+                      QStringLiteral("a\rX: 1"),
+                      QStringLiteral("b\r\nX: 2"),
+                      QStringLiteral("c"),
+                      QStringLiteral("d\nX: 3"),
+                      QStringLiteral("e"),
+                      QStringLiteral("f"),
+                      {}};
+        row("test whose headers end at their first line end", shown(testMail(test)),
+            "c 25 e f a\rX: 1 b\r\nX: 2 From: a\r\nTo: b\r\nSubject: d\r\n\r\n");
+        test.needAuth = true;
+        test.text = QStringLiteral("first\nsecond");
+        row("test with login and text", shown(testMail(test)),
+            "login c 25 e f a\rX: 1 b\r\nX: 2 From: a\r\nTo: b\r\nSubject: d\r\nfirst\r\nsecond\r\n");
 
-        const auto text = [](const char *sent) {
-            const auto mail = testMail(QStringLiteral("25~;0~;a~;b~;c~;d~;e~;f~;") + QLatin1String(sent));
-            return mail->message.section(QStringLiteral("\r\n"), 3); // behind the headers
+        const auto text = [&test](const char *sent) {
+            test.text = QLatin1String(sent);
+            return testMail(test).message.section(QStringLiteral("\r\n"), 3); // after the headers
         };
         row("dot", text("ab\n.\ncd"), "ab\r\n..\r\ncd\r\n");
         row("any one character", text("ab\nx\ncd"), "ab\r\n..\r\ncd\r\n");

@@ -135,6 +135,20 @@ private Q_SLOTS:
         QCOMPARE(evaluateHealth(devices, swapped).alertText,
                  QStringLiteral("ID: 0 WARM %3\n\nID: 4 DYING\n   Parameter ID 5=8\n   Parameter ID 10=3"));
     }
+
+    /// Only a drive that reported attributes gets new previous values.
+    void previousValues()
+    {
+        DeviceList devices{warmDrive(0, {}, 41), warmDrive(1, {}, 42)};
+        devices[0].attributes = {attribute(5, 99)};
+        devices[1].smartState = 0;
+        devices[1].previousTemperature = 30;
+        keepPreviousValues(devices);
+        QCOMPARE(devices[0].previousTemperature, 41);
+        QCOMPARE(devices[0].attributesPending.size(), 1);
+        QCOMPARE(devices[0].attributesPending[0].current, 99U);
+        QCOMPARE(devices[1].previousTemperature, 30);
+    }
 };
 
 QTEST_APPLESS_MAIN(TestHealth)

@@ -50,17 +50,24 @@ struct Sender : smtp_sender
 {
     QSignalSpy ok{this, &smtp_sender::smtpSenderOk};
     QSignalSpy errors{this, &smtp_sender::smtpSenderError};
+
+    [[nodiscard]] QString errorText() const { return smtpTestText(errors.first().first().value<MailRun>()); }
+    [[nodiscard]] QString transcript() const { return ok.first().first().value<MailRun>().transcript; }
 };
 
 const Lines kPlainScript = replies("220 mail ready|250 mail|250 ok|250 ok|354 go on|250 ok|221 bye");
 
 } // namespace
 
+Q_DECLARE_METATYPE(MailRun)
+
 class TestSmtp : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { qRegisterMetaType<MailRun>(); }
+
     void dialogue_data()
     {
         QTest::addColumn<bool>("needAuth");
@@ -100,6 +107,35 @@ private Q_SLOTS:
         }
     }
 
+    void envelopeAddressEndsAtItsFirstLineEnd_data()
+    {
+        QTest::addColumn<QString>("to");
+        row("CR LF", QStringLiteral("c@d\r\nRCPT TO: <evil@e"));
+        row("CR", QStringLiteral("c@d\rRCPT TO: <evil@e"));
+        row("LF", QStringLiteral("c@d\nRCPT TO: <evil@e"));
+    }
+
+    void envelopeAddressEndsAtItsFirstLineEnd()
+    {
+        QFETCH(QString, to);
+        SmtpMail mail = mailTo(25, false);
+        mail.to = to;
+        SmtpDialogue dialogue(mail, QStringLiteral("tower"));
+        const QByteArray sent = dialogue.receive("220 \r\n250 \r\n250 \r\n");
+        QCOMPARE(sent.mid(sent.indexOf("RCPT")), QByteArray("RCPT TO: <c@d>\r\n"));
+    }
+
+    /// A server that repeats the credentials, in pieces or encoded, does not get them into a log.
+    void lastReplyWithoutCredentials()
+    {
+        SmtpDialogue dialogue(mailTo(25, true), QStringLiteral("tower"));
+        const QByteArray login = "220 \r\n250 \r\n334 \r\n334 \r\n";
+        (void)dialogue.receive(login + "535 \x1b[31mSecret c2VjcmV0 se\x07"
+                                       "cret dXPpcg us\xe9r us\xc3\xa9r\r\n");
+        QCOMPARE(dialogue.outcome(), SmtpDialogue::Outcome::Failed);
+        QCOMPARE(dialogue.lastReply(), QStringLiteral("535 [31m*** *** *** *** *** ***"));
+    }
+
     void sendsTheMail()
     {
         const QByteArray ehlo = "EHLO " + QHostInfo::localHostName().toUtf8() + "\r\n";
@@ -113,7 +149,7 @@ private Q_SLOTS:
             "220 mail ready\n" + ehlo +
             "250 mail\nMAIL FROM: <disks@example.org>\r\n250 ok\nRCPT TO: <admin@example.org>\r\n250 ok\n"
             "DATA\r\n354 go on\nSubject: Hello\r\ntext\r\n.\r\n250 ok\nQUIT\r\n221 bye\n";
-        QCOMPARE(sender.ok.first().first().toString().toUtf8(), transcript);
+        QCOMPARE(sender.transcript().toUtf8(), transcript);
         QCOMPARE(peer.received(), ehlo + kEnvelope);
         QTRY_VERIFY(!peer.isConnected());
         QCOMPARE(peer.connectionCount(), 1);
@@ -146,10 +182,10 @@ private Q_SLOTS:
             peer.close();
         Sender sender;
         sender.start(mail);
-        QCOMPARE(sender.errors.count(), 0); // what fails at once still fails behind the start
+        QCOMPARE(sender.errors.count(), 0); // an immediate failure is signalled in a later turn
         QVERIFY(sender.errors.wait());
         QVERIFY(!sender.isBusy());
-        const QString text = sender.errors.first().first().toString();
+        const QString text = sender.errorText();
         QVERIFY2(text.startsWith(error), qPrintable(text));
         QVERIFY(text.size() <= error.size() + SmtpDialogue::kMaxReplySize);
         QTRY_VERIFY(!peer.isConnected());
@@ -166,11 +202,23 @@ private Q_SLOTS:
         for (QTcpSocket &socket : crowd)
             socket.connectToHost(QHostAddress::LocalHost, full.serverPort());
         Sender sender;
-        sender.setConnectTimeout(std::chrono::milliseconds(50));
+        sender.setTimeouts({std::chrono::milliseconds(1050), {}});
         sender.start(mailTo(full.serverPort(), false));
         QVERIFY(sender.errors.wait());
-        QCOMPARE(sender.errors.first().first().toString(), QStringLiteral("SMTP error: Time Out 30s."));
+        QCOMPARE(sender.errorText(), QStringLiteral("SMTP error: Time Out 1s."));
         QVERIFY(!sender.isBusy());
+    }
+
+    void replyTimeout()
+    {
+        ScriptedPeer peer({"220 mail\r\n", "250 mail\r\n"});
+        Sender sender;
+        sender.setTimeouts({std::chrono::seconds(30), std::chrono::milliseconds(1050)});
+        sender.start(mailTo(peer.serverPort(), false));
+        QVERIFY(sender.errors.wait());
+        QCOMPARE(sender.errorText(), QStringLiteral("SMTP error: Time Out 1s."));
+        QVERIFY(peer.received().endsWith("MAIL FROM: <disks@example.org>\r\n"));
+        QTRY_VERIFY(!peer.isConnected());
     }
 
     /// A silent server does not run into the connect timeout, and does not hold up the end of the sender.
@@ -178,25 +226,27 @@ private Q_SLOTS:
     {
         ScriptedPeer peer({"220 mail\r\n", "250 mail\r\n"});
         auto sender = std::make_unique<Sender>();
-        sender->setConnectTimeout(std::chrono::milliseconds(50));
+        sender->setTimeouts({std::chrono::milliseconds(50), {}});
         sender->start(mailTo(peer.serverPort(), false));
         QTRY_VERIFY(peer.received().contains("MAIL FROM"));
         QVERIFY(!sender->errors.wait(200));
         QVERIFY(sender->isBusy());
+        QVERIFY(sender->activity().startsWith(QStringLiteral("waiting for a reply of 127.0.0.1 port ")));
         sender.reset();
         QTRY_VERIFY(!peer.isConnected());
     }
 
+    /// The sender is free in the signal itself. Of the addresses of a name, the next one is tried.
     void sendsAgain()
     {
         ScriptedPeer peer(Lines{"554 busy\r\n"} + kPlainScript);
         Sender sender;
-        // Started again from the signal itself, as a caller may who sees that the sender is free.
-        const SmtpMail mail = mailTo(peer.serverPort(), false);
+        SmtpMail mail = mailTo(peer.serverPort(), false);
+        mail.server = QStringLiteral("localhost"); // ::1 as well, where nobody listens
         connect(&sender, &smtp_sender::smtpSenderError, &sender, [&] { sender.start(mail); });
         sender.start(mail);
         QVERIFY(sender.ok.wait());
-        QVERIFY(sender.ok.first().first().toString().startsWith(QStringLiteral("220 mail ready\n")));
+        QVERIFY(sender.transcript().startsWith(QStringLiteral("220 mail ready\n")));
         QCOMPARE(peer.connectionCount(), 2);
     }
 };

@@ -159,14 +159,22 @@ private Q_SLOTS:
         QCOMPARE(written, output.leftJustified(request.outputSize, '\xEE'));
     }
 
-    void onlySmartSectorsAreSlow()
+    void requestCosts()
     {
         DriveState state;
         state.smartDelayMs = 700;
-        for (const Request &slow : {kAta, kIde, kSmart, kPredict})
-            QCOMPARE(requestDelayMs(state, slow.code, ByteView(slow.input)), 700);
-        for (const Request &quick : {changed(kAta, 38, 0xEC), kStatus, kGeometry})
-            QCOMPARE(requestDelayMs(state, quick.code, ByteView(quick.input)), 0);
+        state.identifyDelayMs = 30;
+        state.hangs = QStringList{hang_name::kSmart, hang_name::kGeometry};
+        const auto check = [&state](const Request &request, int delayMs, bool hangs) {
+            const RequestCost cost = requestCost(state, request.code, ByteView(request.input));
+            QCOMPARE(cost.delayMs, delayMs);
+            QCOMPARE(cost.hangs, hangs);
+        };
+        for (const Request &smart : {kAta, kIde, kSmart, kPredict})
+            check(smart, 700, true);
+        check(changed(kAta, 38, 0xEC), 30, false);
+        check(kGeometry, 30, true);
+        check(kStatus, 0, false);
     }
 
     void identifyTellsSmartOff()

@@ -4,6 +4,7 @@
 #undef QT_NO_CAST_FROM_ASCII
 
 #include "platform/linux/mount_table.h"
+#include "platform/linux/number_assignment.h"
 #include "platform/linux/sg_ata.h"
 #include "rows.h"
 
@@ -11,7 +12,7 @@ using sg_ata::Outcome;
 
 Q_DECLARE_METATYPE(sg_ata::Outcome)
 
-/// What the Linux backend makes of bytes: commands for the kernel, and what comes back.
+/// The Linux backend's rules over values: commands for the kernel, sense data, mounts, drive numbers.
 template <typename Array>
 static QByteArray hex(const Array &bytes)
 {
@@ -86,6 +87,73 @@ private Q_SLOTS:
             found << mount.mountPoint + '|' + mount.source + '|' + mount.fileSystem;
         QCOMPARE(found,
                  QStringList({"/|/dev/sda1|ext4", "/srv/my disk|/dev/sdb1|xfs", "/odd\\0|/dev/sdd1|ext4"}));
+    }
+
+    void numbersStayWithTheIdentity()
+    {
+        QVector<number_assignment::Entry> entries;
+        QCOMPARE(numbers(entries, "A@sda B@sdb C@sdc"), "0 1 2");
+        QCOMPARE(numbers(entries, "C@sda A@sdb B@sdc"), "2 0 1"); // enumerated in another order
+        QCOMPARE(numbers(entries, "C@sda B@sdc"), "2 1");         // pulled
+        QCOMPARE(numbers(entries, "C@sda D@sdb B@sdc"), "2 3 1"); // swapped: a new identity, a new number
+        QCOMPARE(numbers(entries, "S@usb A@sdb"), "4 0");
+        entries = *number_assignment::parse(number_assignment::format(entries)); // restarted
+        QCOMPARE(numbers(entries, "E@sda D@sdb A@sdc"), "4 3 0"); // removable media are not stored
+    }
+
+    void equalIdentitiesGetDifferentNumbers()
+    {
+        QVector<number_assignment::Entry> entries;
+        QCOMPARE(numbers(entries, "A@sda @sdb A@sdc @sdd"), "0 1 2 3");
+        QCOMPARE(numbers(entries, "@sdd A@sdc"), "3 2"); // each keeps its own while the others are away
+        entries = *number_assignment::parse(number_assignment::format(entries));
+        QCOMPARE(numbers(entries, "@sdb A@sde @sdg A@sdf"), "1 0 3 2");
+    }
+
+    void numbersRunOut()
+    {
+        QVector<number_assignment::Entry> entries;
+        QStringList disks;
+        for (int i = 0; i < number_assignment::kNumbers; ++i)
+            disks << QString("D%1@n%1").arg(i);
+        QVERIFY(numbers(entries, disks.join(' ')).endsWith(" 98"));
+        QCOMPARE(numbers(entries, (disks + QStringList("E@x")).join(' ')).section(' ', -1), "99");
+        disks.removeAt(40);
+        disks.removeAt(7);
+        // The number of the absent disk that was known first is given to a new one.
+        QCOMPARE(numbers(entries, (disks + QStringList("F@x")).join(' ')).section(' ', -1), "7");
+        QCOMPARE(number_assignment::parse(number_assignment::format(entries))->size(), 99);
+    }
+
+    void damagedNumbers_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        row("empty file", QByteArray());
+        row("torn text", QByteArray("{\"drives\": [{\"number\": 0"));
+        row("number given twice",
+            QByteArray(R"({"drives": [{"number": 3, "identity": "A"}, {"number": 3, "identity": "B"}]})"));
+        row("number 99", QByteArray(R"({"drives": [{"number": 99, "identity": "A"}]})"));
+        row("number that is a text", QByteArray(R"({"drives": [{"number": "1", "identity": "A"}]})"));
+        row("without identity", QByteArray(R"({"drives": [{"number": 1}]})"));
+    }
+
+    void damagedNumbers()
+    {
+        QFETCH(QByteArray, file);
+        QVERIFY(!number_assignment::parse(file));
+    }
+
+private:
+    /// Returns the numbers of disks that are given as "IDENTITY@NODE", of one row of a story.
+    static QString numbers(QVector<number_assignment::Entry> &entries, const QString &disks)
+    {
+        QVector<number_assignment::Disk> known;
+        for (const QString &disk : disks.split(' ', Qt::SkipEmptyParts))
+            known.append({disk.section('@', 0, 0), disk.section('@', 1), disk.endsWith("usb")});
+        QStringList texts;
+        for (const int number : number_assignment::assign(entries, known))
+            texts << QString::number(number);
+        return texts.join(' ');
     }
 };
 

@@ -39,9 +39,9 @@ private Q_SLOTS:
         QFETCH(QString, json);
         QFETCH(std::optional<KeyValue>, value);
         write(json.toLatin1());
-        const std::unique_ptr<OpenKey> key = m_key.open();
+        const auto key = m_key.open();
         QVERIFY(key);
-        QVERIFY(key->value("Port") == value);
+        QVERIFY((*key)->value("Port") == value);
     }
 
     void unusableFiles_data()
@@ -61,7 +61,10 @@ private Q_SLOTS:
         QFile::remove(m_path);
         if (!contents.isNull())
             write(contents);
-        QVERIFY(!m_key.open());
+        const auto key = m_key.open();
+        QVERIFY(!key);
+        QCOMPARE(key.failure().kind == AccessError::Kind::Missing, contents.isNull());
+        QVERIFY(key.failure().text.startsWith(m_path));
         QVERIFY(!m_key.write({{"Port", 1}}));
         QCOMPARE(QFile::exists(m_path), !contents.isNull());
         QCOMPARE(read(), contents);
@@ -78,8 +81,16 @@ private Q_SLOTS:
 
     void create()
     {
+        QFile::remove(m_path);
         QVERIFY(m_key.create("/srv/x"));
         QCOMPARE(QJsonDocument::fromJson(read()), QJsonDocument::fromJson(R"({"ImagePath": "/srv/x"})"));
+        QCOMPARE(QFile::permissions(m_path) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+        write(R"({"AlertPolicy": "changes", "ImagePath": "/old"})");
+        QVERIFY(m_key.create("/srv/x"));
+        QCOMPARE(QJsonDocument::fromJson(read()),
+                 QJsonDocument::fromJson(R"({"AlertPolicy": "changes", "ImagePath": "/srv/x"})"));
+        write("damaged");
+        QVERIFY(!m_key.create("/srv/x"));
         QVERIFY(!LinuxServiceKey(m_folder.filePath("no/folder")).create("x"));
     }
 

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "process/service_fixture.h"
 
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -73,6 +73,7 @@ bool RawConsole::waitForEnd()
 
 ServiceFixture::ServiceFixture()
     : m_environment(QProcessEnvironment::systemEnvironment())
+    , m_program(HALVEX_SERVICE_PROGRAM)
 {
     m_environment.insert("HALVEX_HOME", home());
     m_environment.insert("HALVEX_MACHINE", path("machine.json"));
@@ -96,15 +97,20 @@ void ServiceFixture::writeMachine(QJsonObject machine)
     writeJson(path("machine.json"), machine);
 }
 
-bool ServiceFixture::start(const QStringList &arguments)
+void ServiceFixture::launch(const QStringList &arguments)
 {
     if (!QFile::exists(path("service-key.json")))
         writeJson(path("service-key.json"), m_key);
     QFile::remove(path("events.jsonl"));
     m_console.reset();
     m_process.setProcessEnvironment(m_environment);
-    const QStringList words = m_launcher + QStringList{HALVEX_SERVICE_PROGRAM} + arguments;
+    const QStringList words = m_launcher + QStringList{m_program} + arguments;
     m_process.start(words.first(), words.mid(1));
+}
+
+bool ServiceFixture::start(const QStringList &arguments)
+{
+    launch(arguments);
     if (!m_process.waitForStarted(kPatienceMs))
         return false;
     return QTest::qWaitFor(
@@ -161,6 +167,14 @@ bool ServiceFixture::control(const QString &option, bool pauses)
         return !line.isNull() && (line == "PAUSED") == pauses;
     };
     return QTest::qWaitFor(isDone, kPatienceMs);
+}
+
+bool ServiceFixture::command(int code) const
+{
+    QProcess program;
+    program.setProcessEnvironment(m_environment);
+    program.start(HALVEX_SERVICE_PROGRAM, {"-command", QString::number(code)});
+    return program.waitForFinished(kPatienceMs) && program.exitCode() == 0;
 }
 
 QByteArray ServiceFixture::events() const

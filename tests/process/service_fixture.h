@@ -67,9 +67,13 @@ public:
     /// What starts the program from now on, instead of starting it by itself: a command that takes another
     /// one.
     void setLauncher(const QStringList &words) { m_launcher = words; }
+    /// Starts another program than the service's own from now on.
+    void setProgram(const QString &path) { m_program = path; }
     void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
 
-    /// Starts the program and waits until it has reported its port.
+    /// Starts the program.
+    void launch(const QStringList &arguments = {QStringLiteral("-exec")});
+    /// launch(), and waits until the program has reported its port.
     [[nodiscard]] bool start(const QStringList &arguments = {QStringLiteral("-exec")});
     /// Waits until the first detection has ended.
     [[nodiscard]] bool waitUntilReady();
@@ -88,6 +92,9 @@ public:
     [[nodiscard]] bool pause() { return control(QStringLiteral("-pause"), true); }
     [[nodiscard]] bool resume() { return control(QStringLiteral("-resume"), false); }
 
+    /// Sends the service a control request of its own kind (0 to 127) and returns whether it was delivered.
+    [[nodiscard]] bool command(int code) const;
+
     /// The events written so far, one a line, as the file has them.
     [[nodiscard]] QByteArray events() const;
     /// What the program has printed; for failure messages.
@@ -101,6 +108,7 @@ private:
     QJsonObject m_key;
     QProcessEnvironment m_environment;
     QStringList m_launcher;
+    QString m_program;
     QProcess m_process;
     QByteArray m_output;
     std::unique_ptr<RawConsole> m_console;

@@ -1,121 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "process/mail_server.h"
 #include "process/service_fixture.h"
 #include "rows.h"
 
-#include <QFile>
 #include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTcpServer>
 #include <QTest>
 
-#include <pwd.h>
-#include <unistd.h>
-
 namespace {
-
-/// %1 user, %2 folder, %3 condition of the recipient check
-const char kMailServer[] = R"(
-primary_hostname = mail.test
-exim_user = %1
-spool_directory = %2/spool
-log_file_path = %2/%slog
-pid_file_path = %2/pid
-keep_environment =
-daemon_startup_retries = 0
-deliver_drop_privilege = true
-received_header_text =
-tls_advertise_hosts =
-acl_smtp_rcpt = check_recipient
-
-begin acl
-check_recipient:
-  accept %3
-
-begin routers
-everyone:
-  driver = accept
-  transport = mailbox
-
-begin transports
-mailbox:
-  driver = appendfile
-  file = %2/mailbox
-  user = %1
-  message_prefix =
-  message_suffix =
-
-begin authenticators
-login:
-  driver = plaintext
-  public_name = LOGIN
-  server_prompts = Username:: : Password::
-  server_condition = ${if and{{eq{$auth1}{user}}{eq{$auth2}{secret}}}}
-  server_set_id = $auth1
-)";
-
-/// Debian's exim4 with a configuration of its own on a free port of 127.0.0.1. It puts every mail, from
-/// whomever to whomever, into one file.
-class MailServer
-{
-public:
-    /// With `needAuth` only user "user" with password "secret" may send.
-    explicit MailServer(bool needAuth)
-    {
-        // It never delivers as root, and without root it can only be who starts it. Root's takes a
-        // configuration of root's alone, but writes into the folder as its own user.
-        const passwd *const user = geteuid() == 0 ? getpwnam("Debian-exim") : getpwuid(geteuid());
-        QFile file(m_folder.filePath("configuration"));
-        if (user == nullptr || !file.open(QIODevice::WriteOnly) ||
-            chown(QFile::encodeName(m_folder.path()).constData(), user->pw_uid, user->pw_gid) != 0)
-            qFatal("there is no user for exim4, or no folder");
-        QByteArray text = kMailServer;
-        text.replace("%1", user->pw_name).replace("%2", QFile::encodeName(m_folder.path()));
-        file.write(text.replace("%3", needAuth ? "authenticated = *" : ""));
-    }
-
-    ~MailServer()
-    {
-        m_process.terminate();
-        if (!m_process.waitForFinished())
-            m_process.kill();
-    }
-
-    /// Starts it and waits until it answers, at a free port; another one may have taken that meanwhile.
-    [[nodiscard]] bool start()
-    {
-        constexpr int kPortsToTry = 5;
-        for (int i = 0; i < kPortsToTry; ++i) {
-            QTcpServer free;
-            free.listen(QHostAddress::LocalHost);
-            m_port = free.serverPort();
-            free.close();
-            m_process.start(QStandardPaths::findExecutable("exim4", {"/usr/sbin"}),
-                            {"-C", m_folder.filePath("configuration"), "-bdf", "-oX",
-                             QString("127.0.0.1.%1").arg(m_port)});
-            while (!m_process.waitForFinished(50) && m_process.state() == QProcess::Running) {
-                if (RawConsole(m_port).socket().waitForReadyRead(1000))
-                    return true;
-            }
-        }
-        return false;
-    }
-
-    [[nodiscard]] quint16 port() const { return m_port; }
-    [[nodiscard]] QByteArray output() { return m_process.readAllStandardError(); }
-
-    /// All mail delivered so far, without any header that is exim's own.
-    [[nodiscard]] QByteArray mailbox() const
-    {
-        QFile file(m_folder.filePath("mailbox"));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-private:
-    QTemporaryDir m_folder;
-    QProcess m_process;
-    quint16 m_port = 0;
-};
 
 QJsonObject warmDrive(const QByteArray &celsius)
 {
@@ -126,7 +18,7 @@ QJsonObject warmDrive(const QByteArray &celsius)
 
 } // namespace
 
-/// What the service tells when nobody asks: the event log, and mails through a real server.
+/// Alerts in the event log, and by mail through a real server.
 class TestAlarms : public QObject
 {
     Q_OBJECT
@@ -161,7 +53,7 @@ private Q_SLOTS:
         QFETCH(bool, needAuth);
         QFETCH(QString, mail);
         QFETCH(QString, lastReply);
-        MailServer server(needAuth);
+        MailServer server({needAuth, {}, false});
         QVERIFY2(server.start(), server.output());
         const QString dialogue = m_service.ask("SMTPTEST]![" + mail.arg(server.port()));
         QVERIFY2(dialogue.trimmed().section('\n', -1).startsWith(lastReply), qPrintable(dialogue));
@@ -177,7 +69,7 @@ private Q_SLOTS:
 
     void heatedDrive()
     {
-        MailServer server(false);
+        MailServer server({});
         QVERIFY2(server.start(), server.output());
         const QString settings = "SET]![0~;180000~;300000~;1~;1~;1~;disks@example.org~;admin@example.org~;"
                                  "Disk trouble~;127.0.0.1~;0~;~;~;%1~;55~;65~;~;";

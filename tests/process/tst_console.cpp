@@ -17,21 +17,38 @@ void start(QProcess &process, const ServiceFixture &service, const QString &line
     process.start(QStringLiteral(HALVEX_CONSOLE_PROGRAM), line.split(' ', Qt::SkipEmptyParts));
 }
 
-/// Runs halvexctl, which has to end with the exit code, and to print, output before complaints, something
-/// that matches the expression.
-void run(const ServiceFixture &service, const QString &line, int exitCode, const QString &expression)
+struct Outcome
+{
+    int exitCode = -1;
+    QString output; ///< standard output, then standard error
+};
+
+/// Runs halvexctl with the words of `line`.
+Outcome halvexctl(const ServiceFixture &service, const QString &line)
 {
     QProcess process;
     start(process, service, line);
-    QVERIFY(process.waitForFinished(kPatienceMs));
-    const QByteArray text = process.readAllStandardOutput() + process.readAllStandardError();
-    QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == exitCode, text);
+    if (!process.waitForFinished(kPatienceMs) || process.exitStatus() != QProcess::NormalExit)
+        return {-1, QStringLiteral("did not end by itself")};
+    return {process.exitCode(),
+            QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError())};
+}
+
+bool matches(const QString &text, const QString &expression)
+{
     const QRegularExpression expected(expression, QRegularExpression::DotMatchesEverythingOption);
-    QVERIFY2(expected.match(QString::fromUtf8(text)).hasMatch(), text);
-    QVERIFY2(!text.contains('\033'), "no colours without a terminal");
+    return expected.match(text).hasMatch() && !text.contains('\033'); // no colours without a terminal
 }
 
 } // namespace
+
+/// Fails the calling test, at its own line, if halvexctl ends otherwise.
+#define EXPECT(service, line, code, expression)                                                              \
+    do {                                                                                                     \
+        const Outcome outcome = halvexctl(service, line);                                                    \
+        QVERIFY2(outcome.exitCode == (code) && matches(outcome.output, expression),                          \
+                 qPrintable(QString::number(outcome.exitCode) + ": " + outcome.output));                     \
+    } while (false)
 
 /// halvexctl against the built service, as a script runs it.
 class TestConsole : public QObject
@@ -55,68 +72,106 @@ private Q_SLOTS:
 
     void cleanupTestCase() { QCOMPARE(m_service.stop(), 0); }
 
-    /// Some rows rest on what those before them have changed.
-    void session_data()
+    void shows_data()
     {
         QTest::addColumn<QString>("line");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("text");
-        const QString complaint = "\\Ahalvexctl: .*\n\\z";
-        row("status", "status", 0, "ST500NM0011");
-        row("over TCP", "--port PORT status", 0, "ST500NM0011");
-        row("info", "info 1", 0, "67\\.1 MB \\(67108864 bytes\\)");
-        row("smart", "smart 0", 0, "Temperature");
-        row("no such drive", "smart 7", 1, complaint);
-        row("volumes", "volumes --json", 0, "\\A\\[\n\\]\n\\z");
-        row("temperatures", "temperatures 0 --csv", 0, "\\Atime,temperatureCelsius\n20");
-        row("count", "count", 0, "\\A3\n\\z");
-        row("users", "users", 0, "Operator  Admin");
-        row("login", "login Operator --password-file /dev/null", 0, "rights 111");
-        row("intervals", "intervals", 0, "drives every 3 min, volumes every 5 min");
-        row("hosts", "hosts", 0, "local socket");
-        row("refresh", "refresh", 0, "read anew");
-        row("raw", "raw DEVCOUNT", 0, "\\ADEVCOUNT,3\n\\z");
-        row("raw without reply", "raw BLABLA", 0, "\\A\\z");
-        row("watch without a terminal", "watch", 1, complaint);
-
-        row("fine", "status --check -q", 0, "\\A\\z");
-        const QString settings = u8"settings set smtpSubj=\u00dcber wTemp=20 --password-file PASSWORD";
-        row("some settings", settings, 0, "are stored");
-        row("warning", "status --check -q", 3, "\\A\\z");
-        row("one setting", "settings set cTemp=22", 0, "are stored");
-        row("settings kept", "settings --json", 0,
-            u8"\"cTemp\": 22,.*\"smtpPass\": true,.*\"smtpSubj\": \"\u00dcber\",.*\"wTemp\": 20");
-        row("critical", "status --check -q", 4, "\\A\\z");
-
-        row("schedule set", "schedule set 1 weekly sunday 03:30", 0, "every sunday at 03:30");
-        row("schedule", "schedule --json", 0, "\"weekly\",.*\"03:30:00\",.*\"sunday\"");
-        row("schedule cleared", "schedule clear 1", 0, "no scan");
-        row("no schedule", "schedule --json", 0, "\\A((?!weekly).)*\\z");
-        row("schedule for no such drive", "schedule set 7 daily 03:30", 1, complaint);
-
-        row("scans", "scan", 0, "never scanned");
-        row("scan of no such drive", "scan start 7", 1, complaint);
-        row("scan beyond the drive", "scan start 1 --last 131072", 1, complaint);
-        row("stopping what does not run", "scan stop 0", 1, complaint);
-        row("scan", "scan start 1 --block 4096", 0, "sectors 0 to 131071 of drive 1");
-        row("scan followed", "scan status 1 --follow --json", 0,
-            "\\[\\s*1000,\\s*1007\\s*\\]\\s*\\],.*\"currentSector\": 131071,.*\"percent\": 100");
+        QTest::addColumn<QString>("output");
+        row("status", "status", "ST500NM0011");
+        row("over TCP", "--port PORT status", "ST500NM0011");
+        row("info", "info 1", "67\\.1 MB \\(67108864 bytes\\)");
+        row("smart", "smart 0", "Temperature");
+        row("smart as CSV", "smart 0 --csv", "\\Aid,name,value,");
+        row("volumes", "volumes --json", "\\A\\[\n\\]\n\\z");
+        row("temperatures", "temperatures 0 --csv",
+            "\\Atime,temperatureCelsius\n20[^\n]*T[^\n]*(Z|[+-]\\d\\d:\\d\\d),\\d+\n");
+        row("count", "count", "\\A3\n\\z");
+        row("users", "users", "Operator  Admin");
+        row("login", "login Operator --password-file /dev/null", "rights 111");
+        row("intervals", "intervals", "drives every 3 min, volumes every 5 min");
+        row("hosts", "hosts", "local socket");
+        row("refresh", "refresh --json", "\\A\\{\n *\"ok\": true\n\\}\n\\z");
+        row("raw", "raw DEVCOUNT", "\\ADEVCOUNT,3\n\\z");
+        row("raw line without a reply", "raw BLABLA", "\\A\\z");
+        row("help of a group", "scan --help", "scan start N.*scan stop N");
+        row("help with the names of settings", "settings set --help", "smtpServer.*wTemp|wTemp.*smtpServer");
     }
 
-    void session()
+    void shows()
     {
         QFETCH(QString, line);
-        QFETCH(int, exitCode);
-        QFETCH(QString, text);
+        QFETCH(QString, output);
         line.replace("PORT", QString::number(m_service.port()));
-        line.replace("PASSWORD", m_service.path("password"));
-        run(m_service, line, exitCode, text);
+        EXPECT(m_service, line, 0, output);
     }
 
-    /// The local socket hears one console at a time, and still each of many is answered, while one stays.
-    void takesTurnsOnTheLocalSocket()
+    void refuses_data()
     {
-        run(m_service, "scan start 2 --last 20000", 0, "");
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("reason");
+        row("smart: unknown drive", "smart 7", "no drive 7");
+        row("info: negative drive", "info -1", "'-1' is not a drive number");
+        row("temperatures: unknown drive", "temperatures 7", "no drive 7");
+        row("schedule: unknown drive", "schedule set 7 daily 03:30", "no drive 7");
+        row("schedule: in the past", "schedule set 1 once 2020-01-01 03:30", "has passed");
+        row("schedule: at midnight", "schedule set 1 daily 00:00", "can miss");
+        row("schedule: no time of day", "schedule set 1 daily 25:00", "'25:00' is not a time of day");
+        row("scan: unknown drive", "scan start 7", "no drive 7");
+        row("scan: beyond the drive", "scan start 1 --last 131072", "last sector of the drive is 131071");
+        row("scan: not running", "scan stop 0", "no scan of drive 0");
+        row("mail test: no mail setting", "mail-test wTemp=3", "not a mail setting");
+        row("settings: limits in the wrong order", "settings set wTemp=70 cTemp=60", "wTemp.*above cTemp");
+        row("watch: no terminal", "watch", "terminal");
+    }
+
+    void refuses()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, reason);
+        EXPECT(m_service, line, 1, QStringLiteral("\\Ahalvexctl: [^\n]*%1[^\n]*\n\\z").arg(reason));
+    }
+
+    void changesSettings()
+    {
+        EXPECT(m_service, "status --check -q", 0, "\\A\\z");
+        EXPECT(m_service,
+               u8"settings set smtpSubj=\u00dcber wTemp=20 --password-file " + m_service.path("password"), 0,
+               "uses these settings");
+        EXPECT(m_service, "status --check -q", 3, "\\A\\z"); // the drives have 32 degrees
+        EXPECT(m_service, "settings set cTemp=22", 0, "uses these settings");
+        EXPECT(m_service, "status --check -q", 4, "\\A\\z");
+        EXPECT(m_service, "settings --json", 0,
+               u8"\"cTemp\": 22,.*\"smtpPass\": true,.*\"smtpSubj\": \"\u00dcber\",.*\"wTemp\": 20");
+    }
+
+    void printsMailErrorOnce()
+    {
+        const Outcome outcome =
+            halvexctl(m_service, "mail-test smtpServer=127.0.0.1 smtpPort=1 smtpTo=a@b --dialogue");
+        QCOMPARE(outcome.exitCode, 1);
+        QCOMPARE(outcome.output.count("SMTP error"), 1);
+    }
+
+    void schedulesScan()
+    {
+        EXPECT(m_service, "schedule set 1 weekly sunday 3:30", 0, "every sunday at 03:30:00");
+        EXPECT(m_service, "schedule --json", 0, "\"weekly\",.*\"03:30:00\",.*\"sunday\"");
+        EXPECT(m_service, "schedule clear 1", 0, "no scan");
+        EXPECT(m_service, "schedule --json", 0, "\\A((?!weekly).)*\\z");
+    }
+
+    void scansDrive()
+    {
+        EXPECT(m_service, "scan start 1 --block 4096 --first 8", 0, "sectors 8 to 131071 of drive 1");
+        EXPECT(m_service, "scan status 1 --follow --json", 0,
+               "\\[\\s*1000,\\s*1007\\s*\\]\\s*\\],.*\"currentSector\": 131071,.*\"state\": \"done\"");
+        EXPECT(m_service, "scan", 0,
+               "100 % of a part.*sectors 8 to 131071.*1000-1007\nnever scanned: drives 0, 2");
+    }
+
+    /// The service answers one local console at a time; each of many gets its reply while one follows a scan.
+    void sharesLocalSocket()
+    {
+        EXPECT(m_service, "scan start 2 --last 20000", 0, "scanning");
         std::array<QProcess, 13> consoles;
         start(consoles.front(), m_service, "-t 60 scan status 2 --follow");
         for (auto other = consoles.begin() + 1; other != consoles.end(); ++other)
@@ -127,19 +182,21 @@ private Q_SLOTS:
         }
     }
 
-    void saysWhyNobodyServes()
+    void reportsWhyNoServiceAnswers()
     {
         ServiceFixture service;
         service.writeMachine(json(R"({"drives": [
             {"number": 0, "dump": "drives/st500nm0011.json", "smartDelayMs": 5000}]})"));
         QVERIFY2(service.start(), service.output());
-        run(service, "count", 2, "\\Ahalvexctl: .*detecting drives");
-        run(service, "--wait 60 count", 0, "\\A1\n");
+        EXPECT(service, "count", 2, "\\Ahalvexctl: .*detecting drives");
+        EXPECT(service, "--wait 60 count", 0, "\\A1\n");
         QVERIFY(service.pause());
-        run(service, "status", 2, "\\Ahalvexctl: .*paused");
+        EXPECT(service, "status", 2, "\\Ahalvexctl: .*paused");
+        EXPECT(service, "hosts", 2, "  paused  ");
         QCOMPARE(service.stop(), 0);
-        run(service, "count", 2, "\\Ahalvexctl: .*connection refused");
-        run(service, QString("count --port %1").arg(service.port()), 2, "\\Ahalvexctl: .*connection refused");
+        EXPECT(service, "count", 2, "\\Ahalvexctl: .*connection refused");
+        EXPECT(service, QString("count --port %1").arg(service.port()), 2,
+               "\\Ahalvexctl: .*connection refused");
     }
 
 private:

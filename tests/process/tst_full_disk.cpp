@@ -52,7 +52,7 @@ private Q_SLOTS:
         QVERIFY(ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
         while (ballast.write(QByteArray(4096, 'x')) > 0) {
         }
-        // The reply says that the service has taken the settings over, and it has.
+        // The reply confirms the settings in memory.
         QCOMPARE(service.ask(settingsCommand(after)), QString("SET_OK"));
         QCOMPARE(markOf(service), after);
         QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));

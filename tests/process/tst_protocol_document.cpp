@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "process/service_fixture.h"
 
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include <QFile>
 #include <QRegularExpression>

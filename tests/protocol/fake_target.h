@@ -4,46 +4,67 @@
 
 #include "protocol/command_target.h"
 
-#include <QSemaphore>
+#include <QFile>
 #include <QStringList>
+#include <QTemporaryDir>
 
-#include <atomic>
 #include <functional>
+#include <memory>
 #include <utility>
 
-/// A daemon without drives: holds what it is given and writes down what it is asked to do.
+/// A daemon without drives: holds what a test sets and records the operations that are started.
 class FakeTarget : public CommandTarget
 {
 public:
     bool paused = false;
     bool detecting = false;
     Settings settingsRecord;
+    ServiceOptions serviceOptions;
     DeviceList deviceList;
     QVector<Account> accountList;
     int runningScan = -1; ///< device index
-    bool takesTestMail = true;
-    std::function<void(const QString &)> testMailFinished;
+    bool startsMailTest = true;
+    std::function<void(const QString &)> mailTestFinished;
     QStringList calls;
-    int historiesAsked = 0;
-    QSemaphore historyGate{1}; ///< a history is not found while somebody holds this
-    std::atomic_bool historiesOverlap = false;
+    bool operationsTakeTime = false;
+    Completion unfinished; ///< of the last operation that takes time
+
+    /// Makes the temperature log consist of `records`.
+    void setTemperatures(const QByteArray &records)
+    {
+        QFile log(m_logFolder.filePath(QStringLiteral("log")));
+        if (!log.open(QIODevice::WriteOnly) || log.write(records) != records.size())
+            qFatal("the temperature log cannot be written");
+    }
 
     [[nodiscard]] bool isPaused() const override { return paused; }
     [[nodiscard]] bool isDetecting() const override { return detecting; }
-    Settings &settings() override { return settingsRecord; }
-    const DeviceList &devices() override { return deviceList; }
+    [[nodiscard]] const Settings &settings() const override { return settingsRecord; }
+    [[nodiscard]] const DeviceList &devices() const override { return deviceList; }
     [[nodiscard]] bool isScanRunning(int device) const override { return device == runningScan; }
-    QVector<Account> accounts() override { return accountList; }
+    [[nodiscard]] QVector<Account> accounts() const override { return accountList; }
 
-    void resetInfo() override { calls << QStringLiteral("resetInfo"); }
-    void refreshInfo() override { calls << QStringLiteral("refreshInfo"); }
-    void checkHealth() override { calls << QStringLiteral("checkHealth"); }
-    void writeSettings() override { calls << QStringLiteral("writeSettings"); }
-    void requestRebind() override { calls << QStringLiteral("requestRebind"); }
-    void setScanSchedule(const QString &payload) override
+    void setPollIntervals(const PollIntervals &intervals) override
     {
-        calls << QStringLiteral("setScanSchedule ") + payload;
+        settingsRecord.smartPollInterval = intervals.smart;
+        settingsRecord.freeSpacePollInterval = intervals.freeSpace;
     }
+
+    void changeSettings(const SettingsChange &change) override
+    {
+        calls << QStringLiteral("changeSettings");
+        apply(change, settingsRecord);
+    }
+
+    void changeSchedule(const ScheduleChange &change) override
+    {
+        calls << QStringLiteral("changeSchedule");
+        applyScheduleChange(change, deviceList);
+    }
+
+    void publishScanProgress() override {}
+    void reset(Completion started) override { finish(QStringLiteral("reset"), started); }
+    void refresh(Completion finished) override { finish(QStringLiteral("refresh"), finished); }
 
     void startScan(const ScanRequest &request) override
     {
@@ -51,32 +72,54 @@ public:
                                    request.firstSector, request.lastSector);
     }
 
-    bool stopScan(int device) override
+    void stopScan(int device, Completion finished) override
     {
-        calls << QStringLiteral("stopScan %1").arg(device);
-        return device >= 0 && device < deviceList.size();
+        finish(QStringLiteral("stopScan %1").arg(device), finished);
     }
 
-    LongText temperatureHistory(const QString &from, const QString &to) override
+    void findTemperatures(const HistoryPeriod &period, TemperatureHistory::Found found) override
     {
-        ++historiesAsked;
-        return [this, from, to] {
-            if (m_historiesUnderWay++ > 0)
-                historiesOverlap = true;
-            historyGate.acquire();
-            historyGate.release();
-            --m_historiesUnderWay;
-            return QStringLiteral("<%1><%2>").arg(from, to);
-        };
+        m_temperatures.find(period, std::move(found));
     }
 
-    bool startSmtpTest(const QString &parameters, std::function<void(const QString &)> finished) override
+    bool startMailTest(const MailTest &test, std::function<void(const QString &)> finished) override
     {
-        calls << QStringLiteral("startSmtpTest ") + parameters;
-        testMailFinished = std::move(finished);
-        return takesTestMail;
+        calls << QStringLiteral("startMailTest ") + test.text;
+        mailTestFinished = std::move(finished);
+        return startsMailTest;
+    }
+    [[nodiscard]] const ServiceOptions &options() const override { return serviceOptions; }
+    [[nodiscard]] QJsonObject alerts() const override
+    {
+        return {{QStringLiteral("policy"), QStringLiteral("every")}};
+    }
+    Result<int> acknowledgeFindings(const FindingName &finding) override
+    {
+        calls << QStringLiteral("acknowledge ") + finding.drive + finding.kind + finding.id;
+        if (finding.drive.isEmpty())
+            return Error{QStringLiteral("reason")};
+        return 2;
+    }
+    Result<void> forgetDrive(const QString &drive) override
+    {
+        calls << QStringLiteral("forget ") + drive;
+        return {};
+    }
+    void testAlarms(std::function<void(const Result<QJsonArray> &)> finished) override
+    {
+        finished(QJsonArray());
     }
 
 private:
-    std::atomic_int m_historiesUnderWay = 0;
+    void finish(const QString &call, const Completion &finished)
+    {
+        calls << call;
+        if (operationsTakeTime)
+            unfinished = finished;
+        else
+            finished();
+    }
+
+    QTemporaryDir m_logFolder;
+    TemperatureHistory m_temperatures{m_logFolder.filePath(QStringLiteral("log")), {}};
 };

@@ -47,8 +47,8 @@ inline QString unscramble(const QString &line)
         base64 += char(line.midRef(i, 2).toInt(nullptr, 16) ^ keyByte(position));
         position = nextPosition(position, offset);
     }
-    const QByteArray utf8 = QByteArray::fromBase64(base64);
-    return QString::fromUtf8(utf8.constData(), utf8.size());
+    const QByteArray utf8 = 'x' + QByteArray::fromBase64(base64); // nothing is a byte order mark after an x
+    return QString::fromUtf8(utf8.constData(), utf8.size()).mid(1);
 }
 
 } // namespace plain

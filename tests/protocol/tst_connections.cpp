@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "protocol/local_daemon.h"
-#include "protocol/scrambling.h"
 #include "protocol/tcp_server.h"
+#include "wire/scrambling.h"
 
 #include "protocol/fake_target.h"
 #include "rows.h"
@@ -32,8 +32,8 @@ public:
 /// Both listeners over one fake daemon, as the service composes them.
 struct Servers
 {
-    explicit Servers(const ConnectionLimits &limits = {})
-        : tcp(target, fixedOffset, nullptr, limits)
+    explicit Servers(const ConnectionLimits &limits = {}, const ListenRules &rules = {})
+        : tcp(target, fixedOffset, rules, nullptr, limits)
         , local(tcp.consoles())
     {
         QVERIFY(tcp.listenOn(0));
@@ -46,7 +46,12 @@ struct Servers
     localDaemon local;
 };
 
+/// Of the temperature log: their line is longer than what systems buffer, once told to buffer little.
+constexpr int kManyRecords = 150000;
+
 enum Transport { Tcp4, Tcp6, Local };
+
+const char kMailTest[] = "SMTPTEST]![25~;0~;a~;b~;c~;d~;e~;f~;Hi";
 
 /// A console on any transport that has heard its first line.
 class Client
@@ -127,6 +132,12 @@ QList<QIODevice *> connections(const Servers &servers)
            servers.local.findChildren<QIODevice *>(QString(), Qt::FindDirectChildrenOnly);
 }
 
+void limitSendBuffers(const Servers &servers)
+{
+    for (QTcpSocket *socket : servers.tcp.findChildren<QTcpSocket *>())
+        socket->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 1 << 16);
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(Transport)
@@ -174,41 +185,51 @@ private Q_SLOTS:
         QTRY_VERIFY(client.isClosed());
     }
 
-    void smtpTest()
+    /// Its reply may follow those to later requests.
+    void mailTest()
     {
         Servers servers;
         servers.target.paused = true;
         Client client(servers);
-        servers.target.takesTestMail = false;
-        QCOMPARE(client.ask("SMTPTEST]![25~;0"), QStringLiteral("UNKNOWN COMMAND - Command list:"));
-        QCOMPARE(servers.target.calls, QStringList(QStringLiteral("startSmtpTest 25~;0")));
+        servers.target.startsMailTest = false;
+        QCOMPARE(client.ask(kMailTest), QStringLiteral("UNKNOWN COMMAND - Command list:"));
+        QCOMPARE(servers.target.calls, QStringList(QStringLiteral("startMailTest Hi")));
 
-        servers.target.takesTestMail = true;
-        client.send("SMTPTEST]![25~;0~;x");
+        servers.target.startsMailTest = true;
+        client.send(kMailTest);
         QTRY_COMPARE(servers.target.calls.size(), 2);
-        servers.target.testMailFinished(QStringLiteral("SMTP error: no."));
+        QCOMPARE(client.ask("DEVCOUNT"), QStringLiteral("PAUSED"));
+        servers.target.mailTestFinished(QStringLiteral("SMTP error: no."));
         QCOMPARE(client.receive(), QStringLiteral("SMTPTEST_OK]![SMTP error: no."));
     }
 
-    void lateAnswersOutliveTheirConsole_data() { transports(); }
+    void deferredReplyHoldsItsConsoleOnly_data() { transports(); }
 
-    void lateAnswersOutliveTheirConsole()
+    void deferredReplyHoldsItsConsoleOnly()
     {
         QFETCH(Transport, transport);
         Servers servers;
-        servers.target.historyGate.acquire();
-        {
-            Client client(servers, transport);
-            client.send("SMTPTEST]![25");
-            QTRY_COMPARE(servers.target.calls.size(), 1);
-            client.send("GSTATR");
-            QTRY_COMPARE(servers.target.historiesAsked, 1);
-        }
-        QTRY_VERIFY(connections(servers).isEmpty());
-        servers.target.testMailFinished(QStringLiteral("transcript"));
-        servers.target.historyGate.release();
-        Client other(servers, transport);
-        QCOMPARE(other.ask("GSTATD"), QStringLiteral("STATD]![<><>"));
+        servers.target.operationsTakeTime = true;
+        auto client = std::make_unique<Client>(servers, transport);
+        Client other(servers);
+        client->send("REFRESH");
+        QTRY_COMPARE(servers.target.calls.size(), 1);
+        client->send("DEVCOUNT");
+        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QVERIFY(!client->hasUnread());
+        servers.target.unfinished();
+        QCOMPARE(client->receive(), QStringLiteral("REFRESH_OK"));
+        QCOMPARE(client->receive(), QStringLiteral("DEVCOUNT,0"));
+
+        client->send(kMailTest);
+        QTRY_COMPARE(servers.target.calls.size(), 2);
+        client->send("STOPSCAN]![0");
+        QTRY_COMPARE(servers.target.calls.size(), 3);
+        client.reset();
+        QTRY_COMPARE(connections(servers).size(), 1);
+        servers.target.unfinished();
+        servers.target.mailTestFinished(QStringLiteral("transcript"));
+        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
     }
 
     void longLineCloses_data()
@@ -325,75 +346,117 @@ private Q_SLOTS:
         QVERIFY(Client(servers).firstLine.startsWith(QLatin1String("VER")));
     }
 
-    void connectionsAreCapped()
+    /// At the limit a new connection replaces the longest idle one of the address that has the most.
+    void connectionLimit()
     {
         ConnectionLimits limits;
-        limits.connections = 2;
+        limits.connections = 4;
         Servers servers(limits);
-        auto tcp = std::make_unique<Client>(servers);
+        Client other(servers, Tcp6);
         Client local(servers, Local);
-        for (const Transport transport : {Tcp4, Local}) {
-            const Client refused(servers, transport);
-            QVERIFY(refused.isClosed() && refused.firstLine == QLatin1String("<nothing>"));
-        }
-        QCOMPARE(local.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-        tcp.reset();
-        QTRY_COMPARE(connections(servers).size(), 1);
-        QVERIFY(Client(servers).firstLine.startsWith(QLatin1String("VER")));
+        Client first(servers);
+        Client second(servers);
+        QTest::qWait(2); // idle times are milliseconds
+        QCOMPARE(first.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        const Client third(servers);
+        QVERIFY(third.firstLine.startsWith(QLatin1String("VER")));
+        QTRY_VERIFY(second.isClosed());
+        for (Client *kept : {&first, &other, &local})
+            QCOMPARE(kept->ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
     }
 
-    void unreadRepliesHoldOneConnectionOnly_data() { transports(); }
-
-    void unreadRepliesHoldOneConnectionOnly()
+    void refusedAddress()
     {
-        QFETCH(Transport, transport);
-        ConnectionLimits limits;
-        limits.unreadBytes = 100000;
-        Servers servers(limits);
-        Client silent(servers, transport);
-        const QIODevice &silentConnection = *connections(servers).first();
-        Client other(servers);
-        servers.target.settingsRecord.versionText =
-            QString(3000000, QLatin1Char('v')); // more than systems take
-        silent.setReading(false);
-        for (QTcpSocket *socket : servers.tcp.findChildren<QTcpSocket *>())
-            socket->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 1 << 16);
-        silent.send("VER");
-        QTRY_VERIFY(silentConnection.bytesToWrite() > limits.unreadBytes);
-        silent.send("RESET");
-        for (int i = 0; i < 3; ++i)
-            QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-        QCOMPARE(servers.target.calls, QStringList());
-
-        silent.setReading(true);
-        QVERIFY(silent.receive().startsWith(QLatin1String("VER]![vvv")));
-        QCOMPARE(silent.receive(), QStringLiteral("RESET_OK"));
+        ListenRules rules;
+        rules.allowFrom = *AddressFilter::parse(QStringLiteral("::1"));
+        Servers servers({}, rules);
+        const Client refused(servers, Tcp4);
+        QVERIFY(refused.isClosed() && refused.firstLine == QLatin1String("<nothing>"));
+        QVERIFY(Client(servers, Tcp6).firstLine.startsWith(QLatin1String("VER")));
+        QVERIFY(Client(servers, Local).firstLine.startsWith(QLatin1String("VER")));
     }
 
-    void longAnswersKeepTheirPlace_data() { transports(); }
+    void unreadRepliesHoldLittle_data() { transports(); }
 
-    /// Each is found after the one before, while other consoles are served.
-    void longAnswersKeepTheirPlace()
+    /// A console that does not read keeps one chunk in the service, and only itself from being served.
+    void unreadRepliesHoldLittle()
     {
         QFETCH(Transport, transport);
         Servers servers;
-        Client client(servers, transport);
-        Client second(servers);
+        servers.target.setTemperatures(QByteArray(";,0+!!!a").repeated(kManyRecords));
+        Client silent(servers, transport);
+        const QIODevice &silentConnection = *connections(servers).first();
         Client other(servers);
-        servers.target.historyGate.acquire();
-        client.send("GSTATD]![a]![b");
-        second.send("GSTATR");
-        QTRY_COMPARE(servers.target.historiesAsked, 2);
-        client.send("RESET");
-        for (int i = 0; i < 3; ++i)
+        silent.setReading(false);
+        limitSendBuffers(servers);
+        silent.send("GSTATD]![]![991231000000");
+        QTRY_VERIFY(silentConnection.bytesToWrite() > 0);
+        silent.send("RESET");
+        for (int i = 0; i < 5; ++i) {
             QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+            QVERIFY(silentConnection.bytesToWrite() <= ReplyLine::kMaxChunkBytes);
+        }
         QCOMPARE(servers.target.calls, QStringList());
 
-        servers.target.historyGate.release();
-        QCOMPARE(client.receive(), QStringLiteral("STATD]![<a><b>"));
-        QCOMPARE(client.receive(), QStringLiteral("RESET_OK"));
-        QCOMPARE(second.receive(), QStringLiteral("STATR]![<><>"));
-        QVERIFY(!servers.target.historiesOverlap);
+        silent.setReading(true);
+        QCOMPARE(silent.receive().size(), 8 + 8 * kManyRecords);
+        QCOMPARE(silent.receive(), QStringLiteral("RESET_OK"));
+    }
+
+    /// With or without an earlier reply that is not read.
+    void disconnectWithoutReading_data() { transports(); }
+
+    void disconnectWithoutReading()
+    {
+        QFETCH(Transport, transport);
+        ConnectionLimits limits;
+        limits.disconnectTime = std::chrono::milliseconds(100);
+        Servers servers(limits);
+        servers.target.setTemperatures(QByteArray(";,0+!!!a").repeated(kManyRecords));
+        Client silent(servers, transport);
+        silent.setReading(false);
+        limitSendBuffers(servers);
+        silent.send("GSTATD]![]![991231000000");
+        QTRY_VERIFY(connections(servers).first()->bytesToWrite() > 0);
+        silent.send("DIS");
+        QTRY_VERIFY(connections(servers).isEmpty());
+    }
+
+    void memoryLimit()
+    {
+        ConnectionLimits limits;
+        limits.heldBytes = 400000;
+        Servers servers(limits);
+        Client small(servers);
+        Client large(servers);
+        Client last(servers);
+        small.write(QByteArray(100000, '0'));
+        QTRY_VERIFY(connections(servers).first()->bytesAvailable() == 100000);
+        large.write(QByteArray(200000, '0'));
+        QTRY_VERIFY(connections(servers).at(1)->bytesAvailable() == 200000);
+        last.write(QByteArray(150000, '0'));
+        QTRY_VERIFY(large.isClosed());
+        small.write("\n");
+        QCOMPARE(small.receive(), QStringLiteral("ERR"));
+        last.write("\n");
+        QCOMPARE(last.receive(), QStringLiteral("ERR"));
+    }
+
+    /// The size of a line is announced before it is complete.
+    void replyThatCannotBeCompleted()
+    {
+        Servers servers;
+        servers.target.setTemperatures(QByteArray(";,0+!!!a").repeated(kManyRecords));
+        Client client(servers);
+        client.setReading(false);
+        limitSendBuffers(servers);
+        client.send("GSTATD]![]![991231000000");
+        QTRY_VERIFY(connections(servers).first()->bytesToWrite() > 0);
+        servers.target.setTemperatures({});
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot be completed")));
+        client.setReading(true);
+        QCOMPARE(client.receive(), QStringLiteral("<nothing>"));
+        QVERIFY(client.isClosed());
     }
 
 private:

@@ -5,6 +5,8 @@
 #include "protocol/fake_target.h"
 #include "protocol/greeting.h"
 #include "rows.h"
+#include "wire/scrambling.h"
+#include "wire/separators.h"
 
 #include <QHostInfo>
 #include <QtTest>
@@ -75,8 +77,16 @@ void fill(FakeTarget &target)
 
 QString replyTo(const QString &request, FakeTarget &target)
 {
-    const Reply reply = processCommand(request.split(kRequestSeparator), target);
-    return reply.rest ? reply.text + reply.rest() : reply.text;
+    Reply reply = Dispatcher(target).answer(scramble(request, 7), {QStringLiteral("42"), {}});
+    if (reply.start)
+        reply.start([&reply](std::unique_ptr<ReplySource> source) { reply.source = std::move(source); });
+    if (!reply.source)
+        return {};
+    QByteArray text;
+    for (QByteArray part = reply.source->next(100); !part.isEmpty(); part = reply.source->next(100))
+        text += part;
+    return text.size() == reply.source->length() ? QString::fromUtf8(text)
+                                                 : QStringLiteral("announced otherwise");
 }
 
 /// A target whose scan ends while it is asked whether it runs.
@@ -84,11 +94,7 @@ class EndingScanTarget : public FakeTarget
 {
 public:
     [[nodiscard]] bool isScanRunning(int /*device*/) const override { return m_hasEnded = true; }
-    const DeviceList &devices() override
-    {
-        deviceList[0].scanPercent = m_hasEnded ? 100 : 99;
-        return deviceList;
-    }
+    void publishScanProgress() override { deviceList[0].scanPercent = m_hasEnded ? 100 : 99; }
 
 private:
     mutable bool m_hasEnded = false;
@@ -153,7 +159,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("calls");
         const QString unknown = QStringLiteral("UNKNOWN COMMAND - Command list:");
 
-        row("line not unscrambled", "~ERR", "ERR", "");
+        row("text of a line not unscrambled", "~ERR", "ERR", "");
         row("empty line", "", unknown, "");
         row("word with a blank", "DIS ", unknown, "");
         row("further fields", "DEVCOUNT]![ignored", "DEVCOUNT,2", "");
@@ -174,16 +180,17 @@ private Q_SLOTS:
         row("second interval is missing", "SETTIME]![5", "SETTIME_ERR,180000,300000", "");
         row("interval beyond 32 bits", "SETTIME]![5]![2147483648", "SETTIME_ERR,180000,300000", "");
 
-        row("temperatures", "GSTATD]![2611]![2612", "STATD]![<2611><2612>", "");
-        row("temperatures without period", "GSTATR", "STATR]![<><>", "");
+        row("temperatures", "GSTATD]![261115110000]![261115113000", "STATD]![;,0,!!!b;,0-!!!c", "");
+        row("temperatures without period", "GSTATR", "STATR]![;,0+!!!a", "");
 
         row("SET without list", "SET", unknown, "");
         row("SETSCANSCHED without schedule", "SETSCANSCHED", unknown, "");
         row("STARTSCAN with four fields", "STARTSCAN]![0]![512]![0", unknown, "");
 
-        row("reset", "RESET", "RESET_OK", "resetInfo");
-        row("refresh", "REFRESH", "REFRESH_OK", "refreshInfo");
-        row("new schedule", "SETSCANSCHED]![1~;2~;", kSchedules, "setScanSchedule 1~;2~;");
+        row("reset", "RESET", "RESET_OK", "reset");
+        row("refresh", "REFRESH", "REFRESH_OK", "refresh");
+        row("new schedule", "SETSCANSCHED]![1~;3~;6~;090201230005~;", kSchedules, "changeSchedule");
+        row("schedule of four items", "SETSCANSCHED]![1~;1~;6~;090201230005", kSchedules, "");
         row("scan", "STARTSCAN]![1]![65536]![9000000000]![9000000001", "STARTEDSCAN]![1",
             "startScan 1 65536 9000000000 9000000001");
         row("scan of no numbers", "STARTSCAN]![ x]![]![a]![b", "STARTEDSCAN]![ x", "startScan 0 0 0 0");
@@ -195,11 +202,43 @@ private Q_SLOTS:
         QFETCH(QString, request);
         FakeTarget target;
         fill(target);
+        target.setTemperatures(";,0+!!!a;,0,!!!b;,0-!!!c");
         QTEST(replyTo(request, target), "reply");
         QTEST(target.calls.join(QLatin1Char('|')), "calls");
     }
 
-    void tellsTheEndOfAnEndedScan()
+    /// A text is kept until the attributes change.
+    void changedAttributes()
+    {
+        FakeTarget target;
+        fill(target);
+        Dispatcher dispatcher(target);
+        const auto ask = [&dispatcher] {
+            return dispatcher.answer(scramble(QStringLiteral("ALLSMARTINFO"), 7), {}).source->next(1000);
+        };
+        const QByteArray before = ask();
+        QCOMPARE(ask(), before);
+        target.deviceList[1].attributes[0].raw = 4712;
+        QCOMPARE(ask(), QByteArray(before).replace("4711", "4712"));
+        target.deviceList.removeFirst();
+        QVERIFY(ask().startsWith("ALLSMARTINFO_OK]![0~;9~;"));
+    }
+
+    void manyBadRanges()
+    {
+        FakeTarget target;
+        fill(target);
+        QString ranges;
+        target.deviceList[1].badRanges.clear();
+        for (quint64 first = 0; first < 2000000; first += 1000) {
+            target.deviceList[1].badRanges.append({first, first + 9});
+            ranges += QStringLiteral(",%1-%2").arg(first).arg(first + 9);
+        }
+        const QString reply = replyTo(QStringLiteral("GSTATSCAN"), target);
+        QCOMPARE(reply.section(u';', -1), ranges.mid(1));
+    }
+
+    void showsTheEndOfAnEndedScan()
     {
         EndingScanTarget target;
         fill(target);
@@ -232,10 +271,10 @@ private Q_SLOTS:
             "5000~;60000000000~;70000000000~;0~;2~;-1~;f~;t~;s~;srv~;1~;u~;p~;26~;50~;60~;w~;c~;ignored",
             "[5000]![60000000000]![70000000000]![host]![3]![0]![1]![1]![f]![t]![s]![srv]![26]![1]![u]![p]!"
             "[50]![60]![42.1700000000]![w]![c",
-            "writeSettings|checkHealth");
+            "changeSettings");
         row("another port", "5001~;1~;1~;1~;0~;0~;~;~;~;~;0~;~;~;25~;55~;65~;~;",
             "[5001]![1]![1]![host]![3]![1]![0]![0]![]![]![]![]![25]![0]![]![]![55]![65]![42.1700000000]![]![",
-            "requestRebind|writeSettings|checkHealth");
+            "changeSettings");
         row("seventeen items", "7~;1~;1~;1~;1~;1~;f~;t~;s~;srv~;1~;u~;p~;26~;50~;60~;w",
             "[5000]![180000]![300000]![host]![3]![1]![0]![0]![]![]![]![]![25]![0]![]![]![55]![65]!"
             "[42.1700000000]![]![",
@@ -243,12 +282,12 @@ private Q_SLOTS:
         row("a later placeholder", "5000~;1~;1~;1~;0~;0~;f~;t~;<%22>~;srv~;0~;u~;p~;25~;55~;65~;w~;c",
             "[5000]![1]![1]![host]![3]![1]![0]![0]![f]![t]![<w>]![srv]![25]![0]![u]![p]![55]![65]!"
             "[42.1700000000]![w]![c",
-            "writeSettings|checkHealth");
+            "changeSettings");
         // The earlier number takes the next field, and every field behind it moves up by one place.
         row("an earlier placeholder", "5000~;1~;1~;1~;0~;0~;<%3>~;t~;s~;srv~;0~;u~;p~;25~;55~;65~;w~;c",
             "[5000]![1]![1]![host]![3]![1]![0]![0]![<t>]![s]![srv]![25]![0]![u]![p]![55]![65]![w]!"
             "[42.1700000000]![c]![%23",
-            "writeSettings|checkHealth");
+            "changeSettings");
     }
 
     /// The greeting shows all that SET sets.
@@ -265,5 +304,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestDispatcher)
+QTEST_GUILESS_MAIN(TestDispatcher)
 #include "tst_dispatcher.moc"

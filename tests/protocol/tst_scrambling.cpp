@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include "protocol/plain_scrambling.h"
 #include "rows.h"
@@ -15,8 +15,8 @@ private Q_SLOTS:
     /// A line longer than several rounds of the walk, over every offset that a byte can hold.
     void walkOfEveryOffset()
     {
-        QString text =
-            QStringLiteral("]~[ Größe Δ\r\n") + QString::fromUtf8("\xF0\x9F\x96\xB4") + QChar(QChar::Null);
+        QString text = QString(2, QChar(QChar::ByteOrderMark)) + QStringLiteral("]~[ Größe Δ\r\n") +
+                       QString::fromUtf8("\xF0\x9F\x96\xB4") + QChar(QChar::Null);
         for (int i = 0; i < 1000; ++i)
             text += QString::number(i);
         for (int offset = 0; offset <= 255; ++offset) {
@@ -25,6 +25,17 @@ private Q_SLOTS:
                 QCOMPARE(QString::fromLatin1(scramble(text, offset)), plainLine);
             QCOMPARE(unscramble(plainLine.toLatin1()), text);
         }
+    }
+
+    void pieces()
+    {
+        constexpr int kOffset = 99;
+        const QByteArray text = QByteArray("0123456789").repeated(kPieceBytes / 4);
+        QByteArray line = lineHeader(text.size(), kOffset);
+        for (int start = 0; start < text.size(); start += 2 * kPieceBytes)
+            line += lineBody(text.mid(start, 2 * kPieceBytes), kOffset);
+        QCOMPARE(line, scramble(QString::fromLatin1(text), kOffset));
+        QCOMPARE(lineHeader(kMaxTextBytes, kOffset), QByteArray("fffffffa63"));
     }
 
     void received_data()

@@ -17,10 +17,11 @@ constexpr int kDrives = 4;
 constexpr int kDriveSize = 64 * 1024 * 1024;
 constexpr int kPatienceMs = 120000;
 
-/// Four drives, each on the file that has its name. Two sectors of beta cannot be read; gamma is slow enough
-/// to be pulled in the middle of a scan.
+/// Five drives, each on the file that has its name. Two sectors of beta cannot be read; gamma is slow enough
+/// to be pulled in the middle of a scan; delta is there only while gamma is not.
 const char *const kDevices =
-    "-device ich9-ahci,id=fixed -device ich9-ahci,id=second -device qemu-xhci,id=usb "
+    "-device ich9-ahci,id=fixed -device ich9-ahci,id=second -device ich9-ahci,id=third "
+    "-device qemu-xhci,id=usb "
     "-blockdev node-name=alpha,driver=file,filename=alpha "
     "-device ide-hd,bus=fixed.0,drive=alpha,model=EMULATED-ALPHA,serial=SN-ALPHA-1,ver=A1.0 "
     "-blockdev node-name=beta-file,driver=file,filename=beta "
@@ -32,6 +33,8 @@ const char *const kDevices =
     "-object throttle-group,id=slow,x-bps-read=1048576 "
     "-blockdev node-name=gamma,driver=throttle,throttle-group=slow,file=gamma-file "
     "-device ide-hd,bus=second.0,drive=gamma,model=EMULATED-GAMMA,serial=SN-GAMMA-3,ver=C3.0 "
+    "-blockdev node-name=delta,driver=file,filename=delta "
+    "-device ide-hd,bus=third.0,drive=delta,model=EMULATED-DELTA,serial=SN-DELTA-5,ver=D4.0 "
     "-blockdev node-name=stick,driver=file,filename=stick "
     "-device usb-storage,bus=usb.0,drive=stick,serial=SN-STICK-4";
 
@@ -45,17 +48,24 @@ class TestEmulatedDrives : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        for (const char *name : {"alpha", "beta", "gamma", "stick"}) {
+        for (const char *name : {"alpha", "beta", "gamma", "delta", "stick"}) {
             QFile image(m_machine.path(name));
             QVERIFY(image.open(QIODevice::WriteOnly) && image.resize(kDriveSize));
         }
         QCOMPARE(QProcess::execute("mke2fs", {"-q", "-F", m_machine.path("alpha")}), 0);
         const QStringList programs = QString(HALVEX_GUEST_PROGRAMS).split(',');
         QCOMPARE(m_machine.boot(programs + QStringList("--") + QString(kDevices).split(' ')).exitCode, 0);
-        QVERIFY(waitFor("[ $(ls -d /sys/block/sd* | wc -l) = 4 ]"));
+        QVERIFY(waitFor("[ $(ls -d /sys/block/sd* | wc -l) = 5 ]"));
         // What the tests call the drives' nodes, by the models that the kernel sees.
         run("node() { (cd /sys/block; grep -l \"$1\" sd*/device/model | sed 's,/.*,,; s,^,/dev/,'); }");
-        run("alpha=$(node ALPHA) beta=$(node BETA) gamma=$(node GAMMA) stick=$(node HARDDISK)");
+        run("alpha=$(node ALPHA) beta=$(node BETA) gamma=$(node GAMMA) delta=$(node DELTA) stick=$(node "
+            "HARDDISK)");
+        run("adapter() { basename $(cd -P /sys/block/${1#/dev/}/device/../../../..; pwd); }");
+        run("second=$(adapter $gamma) third=$(adapter $delta)");
+        run("pull() { echo $1 >/sys/bus/pci/drivers/ahci/unbind; }; "
+            "plug() { echo $1 >/sys/bus/pci/drivers/ahci/bind; }");
+        QCOMPARE(m_machine.run("pull $third").exitCode, 0);
+        QVERIFY(waitFor("[ $(ls -d /sys/block/sd* | wc -l) = 4 ]"));
 
         QCOMPARE(m_machine.run("halvex-monitor-service -install").exitCode, 0);
         run("QT_LOGGING_RULES='halvex.*=true' halvex-monitor-service >>/tmp/service.log 2>&1 & service=$!");
@@ -185,7 +195,7 @@ private Q_SLOTS:
         QCOMPARE(m_machine.run("smart_switch $gamma on").exitCode, 0);
         QCOMPARE(gamma.value("smartState").toInt(), -1);
         QCOMPARE(gamma.value("serial").toString(), "SN-GAMMA-3");
-        QVERIFY(hasLogged("has no S.M.A.R.T. data to give"));
+        QVERIFY(hasLogged("SN-GAMMA-3 has failed since"));
         console("detect --wait 120");
         QCOMPARE(drive("GAMMA").value("attributeCount").toInt(), 7);
     }
@@ -201,23 +211,33 @@ private Q_SLOTS:
         QVERIFY(hasLogged("$alpha: ATA pass-through needs CAP_SYS_RAWIO"));
     }
 
-    void goesOnWithoutAPulledDrive()
+    void followsASwapUnderAScan()
     {
         const QString gamma = number("GAMMA");
         console("scan start " + gamma);
         QTRY_VERIFY_WITH_TIMEOUT(scanState(gamma).value("currentSector").toInt() > 0, kPatienceMs);
-        // The adapter goes, and the drive with it.
-        QCOMPARE(m_machine.run("cd -P /sys/block/${gamma#/dev/}/device/../../../.. && echo 1 >remove; cd /")
-                     .exitCode,
-                 0);
+        QCOMPARE(m_machine.run("pull $second && plug $third").exitCode, 0);
         const QJsonArray bad = endOfScan(gamma).value("badSectors").toArray();
         QVERIFY(!bad.isEmpty());
         QCOMPARE(bad.last().toArray().last().toInt(), kDriveSize / 512 - 1);
-
+        QVERIFY(waitFor("[ -b \"$(node DELTA)\" ]"));
         run("halvex-monitor-service -command 1");
-        QTRY_COMPARE_WITH_TIMEOUT(console("status --wait 120").object().value("drives").toArray().size(), 3,
-                                  kPatienceMs);
-        QCOMPARE(drive("ALPHA").value("attributeCount").toInt(), 7);
+        QTRY_COMPARE_WITH_TIMEOUT(serialNumbers(), "SN-ALPHA-1 SN-BETA-2 SN-DELTA-5", kPatienceMs);
+        QCOMPARE(drive("DELTA").value("attributeCount").toInt(), 7);
+    }
+
+    /// Nothing has delta open, so gamma comes back under the same node.
+    void followsASwapUnderANode()
+    {
+        QCOMPARE(m_machine.run("delta=$(node DELTA); pull $third && plug $second").exitCode, 0);
+        QVERIFY(waitFor("[ -b \"$(node GAMMA)\" ]"));
+        QCOMPARE(m_machine.run("[ $(node GAMMA) = $delta ]").exitCode, 0);
+        // Neither is read in the name of the other.
+        console("refresh");
+        QCOMPARE(drive("DELTA").value("serial").toString(), "SN-DELTA-5");
+        run("halvex-monitor-service -command 1");
+        QTRY_COMPARE_WITH_TIMEOUT(serialNumbers(), "SN-ALPHA-1 SN-BETA-2 SN-GAMMA-3", kPatienceMs);
+        QCOMPARE(run("grep -c identity /var/lib/halvex/drive-numbers.json").trimmed(), "5");
     }
 
 private:
@@ -251,6 +271,19 @@ private:
                 return drive.toObject();
         }
         return {};
+    }
+
+    /// The drives that tell one, in alphabetical order.
+    QString serialNumbers()
+    {
+        QStringList serials;
+        for (const QJsonValue drive : console("status --wait 120").object().value("drives").toArray()) {
+            const QString serial = drive.toObject().value("serial").toString();
+            if (serial.startsWith("SN-") && !serial.contains("STICK"))
+                serials << serial;
+        }
+        serials.sort();
+        return serials.join(' ');
     }
 
     QString number(const QString &model) { return QString::number(drive(model).value("number").toInt(-1)); }

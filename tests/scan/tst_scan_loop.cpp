@@ -15,7 +15,8 @@ class FakeDrive : public Drive
 public:
     std::set<quint64> badSectors;
     quint64 size = std::numeric_limits<quint64>::max(); ///< bytes; reads across the end are short
-    int stopAtRead = -1; ///< this read finds that a stop was requested meanwhile
+    quint32 sector = 512; ///< bytes; a read of anything else than whole ones fails
+    int stopAtRead = -1;  ///< this read finds that a stop was requested meanwhile
     quint32 error = system_error::kCrc;
     std::atomic<bool> stop{false};
     QStringList reads; ///< offset+length, in bytes
@@ -30,6 +31,8 @@ public:
         reads.append(QStringLiteral("%1+%2").arg(offset).arg(buffer.size()));
         if (reads.size() == stopAtRead)
             stop = true;
+        if (offset % sector != 0 || quint32(buffer.size()) % sector != 0)
+            return {system_error::kInvalidParameter, 0};
         const auto bad = badSectors.lower_bound(offset / 512);
         if (bad != badSectors.end() && *bad < (offset + quint64(buffer.size())) / 512)
             return {error, 0};
@@ -52,22 +55,26 @@ struct Run
 Run scan(FakeDrive &drive, const SectorRange &range, int blockSize)
 {
     Run run;
-    QByteArray buffer(blockSize, '\0');
+    const ScanBlocks blocks{blockSize, driveSectorSize(drive.sector)};
+    QByteArray buffer(scanBufferSize(blocks), '\0');
     const auto blockDone = [&run](const ScanBlock &block) {
         run.blocks += QStringLiteral("%1-%2").arg(block.sectors.first).arg(block.sectors.last) +
                       (block.readable ? QString() : QStringLiteral("!"));
         run.percents += QString::number(block.percent);
     };
-    run.totals =
-        scanSurface(drive, range, MutableBytes(buffer), drive.stop, {blockDone, [&run] { ++run.pauses; }});
+    run.totals = scanSurface(drive, range, blocks, MutableBytes(buffer), drive.stop,
+                             {blockDone, [&run] { ++run.pauses; }});
     return run;
 }
 
-QString readsOf(const SectorRange &range, int blockSize)
+QString readsOf(const SectorRange &range, int blockSize, quint32 driveSector = 512)
 {
     FakeDrive drive;
+    drive.sector = driveSector;
     const Run run = scan(drive, range, blockSize);
-    return drive.reads.join(u' ') + QStringLiteral(": ") + run.percents.join(u' ');
+    const bool isReadable = run.blocks.join(u' ').count(u'!') == 0;
+    return isReadable ? drive.reads.join(u' ') + QStringLiteral(": ") + run.percents.join(u' ')
+                      : QStringLiteral("cannot be read");
 }
 
 /// Of 300 sectors in three blocks.
@@ -110,6 +117,10 @@ private Q_SLOTS:
         row("one sector more", readsOf({0, 128}, 65536), "0+65536 65536+512: 99 100");
         row("blocks of a sector", readsOf({1, 2}, 512), "512+512 1024+512: 0 100");
         row("block that is no whole sectors", readsOf({0, 4}, 1500), "0+1024 1024+1024 2048+512: 25 75 100");
+        row("range and blocks inside sectors of 4096", readsOf({1, 11}, 2560, 4096),
+            "0+4096 0+8192 4096+4096: 40 90 100");
+        row("block over two sectors of 4096", readsOf({7, 8}, 65536, 4096), "0+8192: 100");
+        row("sectors of no known size", readsOf({0, 1}, 512, 520), "cannot be read");
         row("beyond 32 bits", readsOf({5000000000, 5000000000}, 65536), "2560000000000+512: 100");
 
         const quint64 whole = 1000000;

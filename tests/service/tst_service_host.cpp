@@ -18,17 +18,20 @@ namespace {
 const ServiceOutcome kDenied{system_error::kAccessDenied, QStringLiteral("Access is denied")};
 const ServiceOutcome kFromConsole{system_error::kNotStartedByManager, QStringLiteral("from a console")};
 
-/// How a service manager answers.
+constexpr quint32 kStopPauseContinue = accepted_controls::kStop | accepted_controls::kPauseContinue;
+
+/// The answers of a service manager.
 struct Script
 {
     bool installed = true;
     ServiceOutcome outcome = {}; ///< of every request but a control
     ControlOutcome controlling = {true, {}, ServiceState::Stopped};
-    QVector<ServiceState> states = {}; ///< answered one a question, the last one again and again
-    QVector<quint32> controls = {};    ///< what the dispatcher delivers after the start
+    QVector<ServiceState> states = {}; ///< one for each query; the last is repeated
+    QVector<quint32> controls = {};    ///< delivered by the dispatcher after the start
+    ServiceView view = {};
 };
 
-/// A service manager that answers as it is told and keeps what it was asked.
+/// A service manager that answers by a script and records the requests.
 class FakeServiceManager : public ServiceManager
 {
 public:
@@ -36,8 +39,8 @@ public:
         : m_script(std::move(script))
     {}
 
-    QStringList requests;           ///< the dispatcher's own apart
-    QVector<bool> carriedOut;       ///< the client's answers to the controls
+    QStringList requests;           ///< without those of the dispatcher
+    QVector<bool> carriedOut;       ///< the client's result for each control
     QVector<ServiceStatus> reports; ///< guarded by m_mutex until the dispatcher has ended
 
     [[nodiscard]] QString programPath() const override { return "/opt/halvex/service"; }
@@ -65,6 +68,8 @@ public:
             return std::nullopt;
         return m_script.states.size() > 1 ? m_script.states.takeFirst() : m_script.states.first();
     }
+
+    [[nodiscard]] ServiceView view(const QString &) override { return m_script.view; }
 
     ControlOutcome control(const QString &, quint32 code) override
     {
@@ -152,7 +157,7 @@ void keepWarning(QtMsgType type, const QMessageLogContext &, const QString &text
         warnings += "warning: " + text + '\n';
 }
 
-/// A host with everything around it: arguments, fake manager, and streams that can be read back.
+/// A host with arguments, fake manager, and streams that the test can read.
 struct Bench
 {
     explicit Bench(const QString &options, const Script &script = Script())
@@ -170,8 +175,8 @@ struct Bench
             std::make_unique<RecordingService>(argv, platform, ServiceHostIo{out.get(), err.get(), sleep});
     }
 
-    /// What was printed, complained about and warned of.
-    [[nodiscard]] QString said() const { return printed(out, "") + printed(err, "error: ") + warnings; }
+    /// Returns the texts on both streams and the warnings.
+    [[nodiscard]] QString messages() const { return printed(out, "") + printed(err, "error: ") + warnings; }
 
     static QString printed(const Stream &stream, const char *label)
     {
@@ -207,52 +212,61 @@ private Q_SLOTS:
         QTest::addColumn<QString>("options");
         QTest::addColumn<Script>("script");
         QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("requests"); // to the manager and the service, one behind the other
-        QTest::addColumn<QString>("said");     // without the system's reasons
-        const QString it = "The service Halvex Service ";
-        const QString error = "error: " + it;
+        QTest::addColumn<QString>("requests"); // to the manager and the service, in order
+        QTest::addColumn<QString>("messages"); // without the system's reasons
+        const QString subject = "The service Halvex Service ";
+        const QString error = "error: " + subject;
         const Script missing{false};
         const Script denied{true, kDenied};
 
         const QString install = "install|Halvex Service|Halvex Local Service|/opt/halvex/service|";
         const QString local = install + '|'; // under the system's own account
-        const QString done = it + "has been installed under: /opt/halvex/service\n";
+        const QString done = subject + "has been installed under: /opt/halvex/service\n";
         row("install", "-i", missing, 0, local, done);
         row("account", "-i op secret", missing, 0, install + ".\\op|secret", done);
         row("account of a domain", "-i LAB\\op", missing, 0, install + "LAB\\op|", done);
         row("local system", "-i LocalSystem secret", missing, 0, local, done);
-        row("refused", "-install", Script{false, kDenied}, -1, local, error + "could not be installed\n");
+        row("refused", "-install", Script{false, kDenied}, -1, local,
+            error + "could not be installed\nAccess is denied\n");
         row("installed already", "-install", Script(), 0, "", error + "is already installed\n");
 
-        row("uninstall", "-u", Script(), 0, "uninstall|Halvex Service", it + "has been uninstalled.\n");
-        row("stays", "-uninstall", denied, -1, "uninstall|Halvex Service",
+        row("uninstall", "-u", Script(), 0, "uninstall|Halvex Service", subject + "has been uninstalled.\n");
+        row("uninstall refused", "-uninstall", denied, -1, "uninstall|Halvex Service",
             error + "could not be uninstalled\n");
         row("not installed", "-u", missing, 0, "", error + "is not installed\n");
 
-        const QString about = "The service\n\tHalvex Service\n\tprog\n\nis ";
-        const Script running{true, {}, {}, {ServiceState::Paused}};
-        row("version, running", "-v", running, 0, "", about + "installed and running\n\n");
-        row("state unknown", "-version", missing, 0, "", about + "not installed and not running\n\n");
+        const QString about = "The service\n\tHalvex Service\n\tprog\n\n";
+        const QString unknown = "error: The state of the service is not fully known: Access is denied\n";
+        const auto seen = [](const ServiceView &view) { return Script{true, {}, {}, {}, {}, view}; };
+        row("version, running", "-v", seen({true, true, {}}), 0, "", about + "is installed and running\n\n");
+        row("version, not installed", "-version", seen({false, false, {}}), 0, "",
+            about + "is not installed and not running\n\n");
+        row("version, running or not", "-v", seen({true, {}, "Access is denied"}), 0, "",
+            about + "is installed and may be running\n\n" + unknown);
+        row("version, nothing known", "-v", seen({{}, {}, "Access is denied"}), 0, "",
+            about + "may be installed and may be running\n\n" + unknown);
 
-        const Script deaf{true, {}, {true, kDenied, ServiceState::Running}};
+        const Script refusing{true, {}, {true, kDenied, ServiceState::Running}};
         const Script unreachable{false, {}, {false, kDenied, {}}};
-        row("pause refused, told nobody", "-p", deaf, 0, "control|2", "");
-        row("resume, manager out of reach, told nobody", "-resume", unreachable, 0, "control|3", "");
+        row("pause refused without a message", "-p", refusing, 0, "control|2", "");
+        row("resume without a manager fails without a message", "-resume", unreachable, 0, "control|3", "");
         row("command", "-c 127", Script(), 0, "control|255", "");
-        row("command too high", "-command 128", Script(), 0, "", "");
-        row("command that would be a stop", "-c -127", Script(), 0, "", "");
+        row("command above 127", "-command 128", Script(), 0, "", "");
+        row("negative command is not sent as a stop", "-c -127", Script(), 0, "", "");
 
         const ControlOutcome stopping{true, {}, ServiceState::StopPending};
         const Script late{true, {}, stopping, {stopping.state, stopping.state, ServiceState::Stopped}};
         const Script hanging{true, {}, stopping, {stopping.state}};
         const QString runsOn = "warning: The service could not be stopped. ";
         row("stop at once", "-t", Script(), 0, "control|1", "");
-        row("later", "-terminate", late, 0, "control|1" + QString(" sleep|200").repeated(3), "");
-        row("too late", "-t", hanging, 0, "control|1" + QString(" sleep|200").repeated(10),
+        row("stop after three queries", "-terminate", late, 0,
+            "control|1" + QString(" sleep|200").repeated(3), "");
+        row("stop takes longer than ten queries", "-t", hanging, 0,
+            "control|1" + QString(" sleep|200").repeated(10),
             runsOn + "(The service did not stop in time)\n");
-        row("stop refused", "-t", deaf, 0, "control|1",
+        row("stop refused", "-t", refusing, 0, "control|1",
             "warning: stopping (Access is denied)\n" + runsOn + "(Access is denied)\n");
-        row("nobody there", "-t", unreachable, 0, "control|1", runsOn + "(Access is denied)\n");
+        row("stop without a manager", "-t", unreachable, 0, "control|1", runsOn + "(Access is denied)\n");
 
         const QString failed = error + "could not start\n";
         row("start from a console", "", Script{true, kFromConsole}, -4, "", failed);
@@ -274,7 +288,7 @@ private Q_SLOTS:
         bench.service->result = exitCode;
         QCOMPARE(bench.service->exec(), exitCode);
         QCOMPARE((bench.manager->requests + bench.service->calls).join(' '), requests);
-        QTEST(bench.said().remove(QRegularExpression("executed\\. \\(\\K.*(?=\\)\n)")), "said");
+        QTEST(bench.messages().remove(QRegularExpression("executed\\. \\(\\K.*(?=\\)\n)")), "messages");
         QCOMPARE(wouldServe(int(bench.argv.size()), bench.argv.data()),
                  exitCode == -4 || requests.startsWith("start"));
     }
@@ -288,10 +302,18 @@ private Q_SLOTS:
         QCOMPARE(bench.service->calls.join(' '), "start pause resume command 0 command 127 stop");
         QCOMPARE(bench.manager->carriedOut.mid(0, 6), QVector<bool>(6, true));
 
-        QString reports; // the state's number, then the accepted controls
-        for (const ServiceStatus &status : qAsConst(bench.manager->reports))
-            reports += QString("%1:%2 ").arg(quint32(status.state)).arg(status.acceptedControls);
-        QCOMPARE(reports, "2:0 4:3 6:0 7:3 5:0 4:3 4:3 4:3 3:0 1:0 ");
+        const auto &reports = bench.manager->reports;
+        const QVector<ServiceState> states{
+            ServiceState::StartPending, ServiceState::Running,         ServiceState::PausePending,
+            ServiceState::Paused,       ServiceState::ContinuePending, ServiceState::Running,
+            ServiceState::Running,      ServiceState::Running, // after each command
+            ServiceState::StopPending,  ServiceState::Stopped};
+        QCOMPARE(reports.size(), states.size());
+        for (int i = 0; i < states.size(); ++i) {
+            QCOMPARE(reports[i].state, states[i]);
+            const bool isSteady = states[i] == ServiceState::Running || states[i] == ServiceState::Paused;
+            QCOMPARE(reports[i].acceptedControls, isSteady ? kStopPauseContinue : 0U);
+        }
     }
 
     void requestsEndWithTheEventLoop()

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/windows/windows_service_manager.h"
-#include "protocol/scrambling.h"
+#include "wire/scrambling.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,10 +15,12 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-/// How long anything may take that must happen; spent only by a failing test.
+#include <memory>
+
+/// The limit for anything that must happen; only a failing test takes as long.
 constexpr int kPatienceMs = 60000;
 
-/// Runs a program to its end: what it says, with bare line feeds, and its exit code if that is not 0.
+/// Runs a program to its end. Returns its output, with bare line feeds, and its exit code if that is not 0.
 inline QString runProgram(const QString &path, const QStringList &arguments)
 {
     QProcess process;
@@ -56,6 +58,18 @@ public:
     QString run(const QString &options) const
     {
         return runProgram(path("HalvexLocalService.exe"), options.split(' ', Qt::SkipEmptyParts));
+    }
+    /// Starts the program as a regular application; Wine's tracing of it goes to $HALVEX_TRACE.
+    [[nodiscard]] std::unique_ptr<QProcess> execute(const QString &wineDebug) const
+    {
+        auto process = std::make_unique<QProcess>();
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("WINEDEBUG", wineDebug);
+        process->setProcessEnvironment(environment);
+        process->start(path("HalvexLocalService.exe"), {"-exec"});
+        const bool isReady =
+            QTest::qWaitFor([this] { return greetingOverTcp().startsWith("VER]!["); }, kPatienceMs);
+        return isReady ? std::move(process) : nullptr;
     }
     QString runConsole(const QString &arguments) const
     {

@@ -11,8 +11,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 #include <memory>
+#include <windows.h>
+#include <winioctl.h>
 
 namespace {
 
@@ -40,7 +43,7 @@ DriveFile makeDrive(quint32 refused = 0, quint8 celsius = 40)
     return drive;
 }
 
-/// A drive that tells its S.M.A.R.T. data by the failure prediction alone, which may hang.
+/// Returns a drive that reports S.M.A.R.T. data by the failure prediction alone, which may hang.
 DriveFile predictingDrive(quint8 celsius, quint32 hanging = 0)
 {
     DriveFile drive = makeDrive(kAtaPassThrough, celsius);
@@ -133,6 +136,21 @@ private Q_SLOTS:
         QCOMPARE(ask("SMARTINFO]![0"), "SMARTINFO_OK,0," + attributes);
     }
 
+    /// The system refuses the older partition request for such disks.
+    void listsDisksWithAGuidPartitionTable()
+    {
+        DriveFile drive = makeDrive();
+        drive.isGpt = 1;
+        drive.capacity = 3ULL << 40;
+        put(2, drive);
+        drive.refused = IOCTL_DISK_GET_LENGTH_INFO;
+        put(4, drive); // without its length the request stays refused
+        QVERIFY(m_service->serve());
+        QCOMPARE(ask("DEVCOUNT"), "DEVCOUNT,1");
+        const QString info = ask("DEVINFO]![0");
+        QVERIFY2(info.contains("~;3298534883328~;"), qPrintable(info));
+    }
+
     void scansTheSurface()
     {
         DriveFile drive = makeDrive();
@@ -181,6 +199,25 @@ private Q_SLOTS:
         QCOMPARE(ask("SMARTINFO]![1"), "SMARTINFO_OK,1,{194~1~0~100~42~99~0}");
     }
 
+    /// Wine stores no events, but traces the calls.
+    void reportsEvents()
+    {
+        put(0, makeDrive(0, 70)); // above the critical temperature
+        QSettings("HKEY_CURRENT_USER\\Software\\Wine\\Debug", QSettings::NativeFormat)
+            .setValue("RelayInclude", "advapi32.RegisterEventSourceW;advapi32.ReportEventW");
+        const std::unique_ptr<QProcess> service = m_service->execute("-all,+eventlog,+relay");
+        QVERIFY(service);
+        const QString port = m_service->key().value("Port").toString();
+        m_service->runConsole("settings set logSysEvLog=on --port " + port);
+        QCOMPARE(ask("REFRESH"), "REFRESH_OK");
+        service->kill();
+        QVERIFY(service->waitForFinished(kPatienceMs));
+        // Source; then type, category and ID.
+        const QString start = "Halvex Service: 00000000 00000000 00000000";
+        const QString alert = "Halvex: 00000001 00000000 00000003";
+        QCOMPARE(tracedEvents(), QStringList({start, start, alert, alert})); // SET evaluates as well
+    }
+
     void stopsDuringAReadThatHangs()
     {
         DriveFile drive = makeDrive();
@@ -192,6 +229,27 @@ private Q_SLOTS:
     }
 
 private:
+    /// Returns the calls of RegisterEventSourceW and ReportEventW in Wine's trace, an event each.
+    static QStringList tracedEvents()
+    {
+        static const QRegularExpression call("Call "
+                                             "advapi32\\.(?:Register\\w+\\(.*L\"(.*)\"\\)|ReportEventW\\(\\w+"
+                                             ",(\\w+),(\\w+),(\\w+),.*,00000001,)");
+        QFile trace(qEnvironmentVariable("HALVEX_TRACE"));
+        QStringList events;
+        if (!trace.open(QIODevice::ReadOnly))
+            return events;
+        for (auto matches = call.globalMatch(QString::fromUtf8(trace.readAll())); matches.hasNext();) {
+            const QRegularExpressionMatch match = matches.next();
+            if (!match.captured(1).isEmpty())
+                events << match.captured(1) + ':';
+            else
+                events.last() +=
+                    QString(" %1 %2 %3").arg(match.captured(2), match.captured(3), match.captured(4));
+        }
+        return events;
+    }
+
     QString ask(const QString &request) const { return m_service->ask(request); }
 
     std::unique_ptr<ServiceInstallation> m_service;

@@ -3,6 +3,7 @@
 // The tables are made of texts: let them be plain literals.
 #undef QT_NO_CAST_FROM_ASCII
 
+#include "platform/windows/windows_volumes.h"
 #include "rows.h"
 #include "windows/service_installation.h"
 
@@ -33,6 +34,40 @@ private Q_SLOTS:
             QCOMPARE(service.run(options), "The service Halvex Service could not start\nexit code -4");
         QCOMPARE(service.run("-uninstall"), "The service Halvex Service has been uninstalled.\n");
         QCOMPARE(service.run("-uninstall"), "The service Halvex Service is not installed\n");
+    }
+
+    void installsUnderAnAccountOutsideTheCodePage()
+    {
+        ServiceInstallation service;
+        service.run(QString("-install LAB\\") + QString::fromUtf8("Łucja漢 secret"));
+        QCOMPARE(service.key().value("ObjectName").toString(), QString::fromUtf8("LAB\\Łucja漢"));
+    }
+
+    void secondInstanceIsRefused()
+    {
+        ServiceInstallation service;
+        QVERIFY(service.install());
+        QVERIFY(service.serve());
+        const QString refused = "The service Halvex Service could not start\n"
+                                "another service is running: it has the pipe HalvexService001\nexit code -4";
+        QCOMPARE(service.run("-exec"), refused);
+        QVERIFY(service.stop());
+        QVERIFY(service.serve());
+    }
+
+    void volumes()
+    {
+        WindowsVolumes volumes;
+        const QStringList names = volumes.volumeNames();
+        const QString name = volumes.volumeNameAt("C:\\").value_or(QString());
+        QVERIFY2(names.contains(name) && name.startsWith("\\\\?\\Volume{"), qPrintable(name));
+        QVERIFY((volumes.logicalDrives() & 4U) != 0); // C:
+        QCOMPARE(volumes.driveType("C:"), VolumeSystem::kFixedDrive);
+        const VolumeSpace space = volumes.space("C:\\").value_or(VolumeSpace());
+        QVERIFY(space.freeBytes > 0 && space.totalBytes > space.freeBytes);
+        QCOMPARE(volumes.information("C:\\").value_or(VolumeInformation()).fileSystem, "NTFS");
+        QCOMPARE(volumes.deviceNumber("\\\\.\\C:").value_or(-1), 0);
+        QVERIFY(!volumes.space("Q:\\") && !volumes.information("Q:\\") && !volumes.volumeNameAt("Q:\\"));
     }
 
     void livesUnderTheManager()

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// What the stand-in driver and the tests share: the file that says what drive N answers. The driver reads it
+/// Shared by the stand-in driver and the tests: the file with the answers of drive N. The driver reads it
 /// anew at each request; without the file there is no such drive.
 namespace stand_in {
 
@@ -19,6 +19,8 @@ struct DriveFile
     std::uint64_t badEnd;   ///< ... and before this fails
     std::uint32_t refused;  ///< a control code that the driver does not know
     std::uint32_t hanging;  ///< the control code, or kRead, that ends only when it is cancelled
+    std::uint32_t isGpt;    ///< 1: a GUID partition table, which the older partition request refuses
+    std::uint32_t isAsleep; ///< 1: CHECK POWER MODE answers standby
     std::uint8_t identify[512];
     std::uint8_t smartData[512];
     std::uint8_t smartThresholds[512];

@@ -33,7 +33,7 @@ struct Request
     ULONG outputSize;
 };
 
-/// How a request ends: what the I/O manager calls its status block.
+/// The result of a request: the I/O manager's status block.
 struct Ending
 {
     NTSTATUS status;
@@ -104,8 +104,25 @@ Ending geometry(const Request &request)
 
 Ending partition(const Request &request)
 {
+    if (request.drive.isGpt)
+        return {STATUS_INVALID_DEVICE_REQUEST, 0};
     PARTITION_INFORMATION answer{};
     answer.PartitionLength.QuadPart = LONGLONG(request.drive.capacity);
+    return give(request, answer);
+}
+
+Ending partitionEx(const Request &request)
+{
+    PARTITION_INFORMATION_EX answer{};
+    answer.PartitionStyle = request.drive.isGpt ? PARTITION_STYLE_GPT : PARTITION_STYLE_MBR;
+    answer.PartitionLength.QuadPart = LONGLONG(request.drive.capacity);
+    return give(request, answer);
+}
+
+Ending length(const Request &request)
+{
+    GET_LENGTH_INFORMATION answer{};
+    answer.Length.QuadPart = LONGLONG(request.drive.capacity);
     return give(request, answer);
 }
 
@@ -138,15 +155,29 @@ const UCHAR *sectorFor(const DriveFile &drive, const IDEREGS &registers)
     return registers.bFeaturesReg == READ_THRESHOLDS ? drive.smartThresholds : nullptr;
 }
 
+/// CHECK POWER MODE, a command without data: the sector count is its answer.
+Ending powerMode(const Request &request, IDEREGS &registers)
+{
+    registers.bFeaturesReg = 0;
+    registers.bSectorCountReg = request.drive.isAsleep ? 0x00 : 0xFF;
+    registers.bCommandReg = 0x50;
+    return {STATUS_SUCCESS, sizeof(ATA_PASS_THROUGH_EX)};
+}
+
 Ending ataPassThrough(const Request &request)
 {
+    constexpr UCHAR kCheckPowerMode = 0xE5;
     auto *const header = reinterpret_cast<ATA_PASS_THROUGH_EX *>(request.buffer);
-    if (request.inputSize < sizeof(*header) || header->Length != sizeof(*header) ||
-        header->DataBufferOffset < sizeof(*header) || header->DataTransferLength != 512 ||
+    if (request.inputSize < sizeof(*header) || request.outputSize < sizeof(*header) ||
+        header->Length != sizeof(*header))
+        return kInvalid;
+    // The order of the registers is the same in both structures.
+    auto *const registers = reinterpret_cast<IDEREGS *>(header->CurrentTaskFile);
+    if (registers->bCommandReg == kCheckPowerMode && header->DataTransferLength == 0)
+        return powerMode(request, *registers);
+    if (header->DataBufferOffset < sizeof(*header) || header->DataTransferLength != 512 ||
         header->DataBufferOffset + 512 > request.outputSize || !(header->AtaFlags & ATA_FLAGS_DATA_IN))
         return kInvalid;
-    // Registers stand in one order everywhere.
-    auto *const registers = reinterpret_cast<IDEREGS *>(header->CurrentTaskFile);
     const UCHAR *const sector = sectorFor(request.drive, *registers);
     if (!sector)
         return kInvalid;
@@ -170,6 +201,10 @@ Ending answer(const Request &request, ULONG code)
         return geometry(request);
     case IOCTL_DISK_GET_PARTITION_INFO:
         return partition(request);
+    case IOCTL_DISK_GET_PARTITION_INFO_EX:
+        return partitionEx(request);
+    case IOCTL_DISK_GET_LENGTH_INFO:
+        return length(request);
     case IOCTL_STORAGE_GET_DEVICE_NUMBER:
         return give(request, STORAGE_DEVICE_NUMBER{FILE_DEVICE_DISK, request.number, 0});
     case IOCTL_STORAGE_QUERY_PROPERTY:

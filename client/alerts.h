@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "client/column.h"
+#include "client/requests.h"
+
+#include <QJsonObject>
+
+/// The alarms of a service: findings, channels, and the requests about them.
+namespace client {
+
+/// The reply to a request that a service may refuse, or not know.
+template <typename T>
+struct Answer
+{
+    std::optional<T> value;
+    QString refusal; ///< the reason, if there is no value
+};
+
+/// What is known of the alarms, as the service's own JSON document. A service that has no such command yields
+/// {"supported": false}.
+struct Alerts
+{
+    QJsonObject document;
+    QVector<QJsonObject> findings;
+    QVector<QJsonObject> channels;
+
+    [[nodiscard]] bool isSupported() const { return document.contains(QStringLiteral("policy")); }
+};
+
+namespace requests {
+
+[[nodiscard]] Request<Alerts> alerts();
+/// Acknowledges the findings of a drive (SERIAL or MODEL/SERIAL); `kind` and `id` may be empty. The value is
+/// the number of findings.
+[[nodiscard]] Request<Answer<int>> acknowledge(const QString &drive, const QString &kind, const QString &id);
+/// Forgets a drive that is gone.
+[[nodiscard]] Request<Answer<bool>> forget(const QString &drive);
+/// Sends a test through every channel that is on. The value is the outcome of each.
+[[nodiscard]] Request<Answer<QVector<QJsonObject>>> testAlerts();
+
+} // namespace requests
+
+[[nodiscard]] const Columns<QJsonObject> &findingColumns();
+[[nodiscard]] const Columns<QJsonObject> &channelColumns();
+[[nodiscard]] const Columns<QJsonObject> &alertTestColumns();
+
+} // namespace client

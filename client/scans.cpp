@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "client/scans.h"
+
+#include "client/field_reader.h"
+#include "wire/separators.h"
+
+namespace client {
+
+namespace {
+
+constexpr int kFieldsBeforeRanges = 6;
+
+std::optional<BadRange> rangeItem(const QString &item)
+{
+    FieldReader fields(item.split(QLatin1Char('-')));
+    BadRange range;
+    range.first = fields.number<quint64>();
+    range.last = fields.number<quint64>();
+    if (!fields.fits() || range.first > range.last)
+        return std::nullopt;
+    return range;
+}
+
+std::optional<ScanStatus> statusItem(const QString &item)
+{
+    QStringList texts = item.split(QLatin1Char(';'));
+    QStringList ranges;
+    if (texts.size() == kFieldsBeforeRanges + 1)
+        ranges = texts.takeLast().split(QLatin1Char(','));
+    FieldReader fields(texts);
+    ScanStatus status;
+    status.drive = fields.number<qint32>(0);
+    status.state = ScanState(fields.number<qint32>(0, 2));
+    status.percent = fields.number<qint32>(0, 100);
+    status.firstSector = quint64(fields.number<qint64>(0));
+    // -1 is the last sector of a drive without capacity.
+    status.currentSector = quint64(std::max<qint64>(0, fields.number<qint64>(-1)));
+    status.time = fields.moment();
+    if (!fields.fits())
+        return std::nullopt;
+    // A drive that was never scanned has a date in 1980, whose two digits are those of 2080.
+    if (status.time.date() == QDate(2080, 1, 1))
+        status.time = QDateTime();
+    for (const QString &text : ranges) {
+        const auto range = rangeItem(text);
+        if (!range)
+            return std::nullopt;
+        status.badRanges.append(*range);
+    }
+    return status;
+}
+
+/// Returns the numbers of `pairs` pairs of digits, or nothing if `digits` is something else.
+QVector<int> digitPairs(const QString &digits, int pairs)
+{
+    QVector<int> numbers;
+    for (int i = 0; i < pairs && digits.size() == 2 * pairs; ++i) {
+        const QString pair = digits.mid(2 * i, 2);
+        if (pair.at(0).isDigit() && pair.at(1).isDigit())
+            numbers.append(pair.toInt());
+    }
+    return numbers.size() == pairs ? numbers : QVector<int>();
+}
+
+ScheduleKind kindOf(qint32 number)
+{
+    const bool isKnown = number >= 0 && number < qint32(ScheduleKind::Unknown);
+    return isKnown ? ScheduleKind(number) : ScheduleKind::Unknown;
+}
+
+std::optional<ScheduleEntry> scheduleItem(const QString &item)
+{
+    FieldReader fields(item.split(kFieldSeparator));
+    ScheduleEntry entry;
+    entry.drive = fields.number<qint32>(0);
+    entry.kind = kindOf(fields.number<qint32>());
+    entry.weekday = fields.number<qint32>();
+    const QString date = fields.text();
+    const QString time = fields.text();
+    const QVector<int> dateParts = digitPairs(date, 3);
+    const QVector<int> timeParts = digitPairs(time, 3);
+    const bool hasDateText = !date.isEmpty();
+    const bool hasTimeText = !time.isEmpty();
+    if (!fields.fits() || hasDateText == dateParts.isEmpty() || hasTimeText == timeParts.isEmpty())
+        return std::nullopt;
+    if (hasDateText)
+        entry.date = QDate(2000 + dateParts.at(0), dateParts.at(1), dateParts.at(2));
+    if (hasTimeText)
+        entry.time = QTime(timeParts.at(0), timeParts.at(1), timeParts.at(2));
+    return entry;
+}
+
+} // namespace
+
+bool ScanStatus::isComplete() const
+{
+    if (state != ScanState::Idle || !hasRun() || currentSector < firstSector)
+        return false;
+    if (percent == 100)
+        return true;
+    const auto sectors = double(currentSector - firstSector);
+    const double step = 100.0 / sectors;
+    return sectors > 0 && percent == qint32(sectors * step);
+}
+
+std::optional<QVector<ScanStatus>> parseScanStatus(const QString &reply)
+{
+    const auto payload = afterPrefix(reply, QStringLiteral("STATSCAN]!["));
+    if (!payload)
+        return std::nullopt;
+    QVector<ScanStatus> list;
+    if (payload->isEmpty())
+        return list;
+    for (const QString &item : payload->split(QLatin1Char('|'))) {
+        auto status = statusItem(item);
+        if (!status)
+            return std::nullopt;
+        list.append(*std::move(status));
+    }
+    return list;
+}
+
+std::optional<QVector<ScheduleEntry>> parseSchedule(const QString &reply)
+{
+    const auto payload = afterPrefix(reply, QStringLiteral("SCANSCHED"));
+    if (!payload)
+        return std::nullopt;
+    QVector<ScheduleEntry> list;
+    if (payload->isEmpty())
+        return list;
+    const QString separator = QStringLiteral("]![");
+    if (!payload->startsWith(separator))
+        return std::nullopt;
+    for (const QString &item : payload->mid(separator.size()).split(separator)) {
+        const auto entry = scheduleItem(item);
+        if (!entry)
+            return std::nullopt;
+        list.append(*entry);
+    }
+    return list;
+}
+
+} // namespace client

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "client/alerts.h"
+#include "console/context.h"
+#include "wire/service_key_table.h"
+
+namespace {
+
+namespace requests = client::requests;
+
+/// Returns the value, or ends the command with the service's reason.
+template <typename T>
+T accepted(Context &context, const client::Answer<T> &answer)
+{
+    if (!answer.value)
+        context.refuse(answer.refusal);
+    return *answer.value;
+}
+
+/// A drive's name may be any text: only what would change the request is refused.
+QString driveName(Context &context)
+{
+    QString name = context.arguments().positionals.value(0);
+    if (!client::isPlainField(name))
+        context.refuse(
+            QStringLiteral("the serial number contains characters that the protocol cannot carry"));
+    return name;
+}
+
+void alerts(Context &context)
+{
+    const client::Alerts alerts = context.ask(requests::alerts());
+    if (context.wantsJson()) {
+        context.output().print(QJsonDocument(alerts.document));
+        return;
+    }
+    if (!alerts.isSupported())
+        context.refuse(QStringLiteral("the service does not report alarms"));
+    context.showText(client::findingColumns(), alerts.findings,
+                     QStringLiteral("nothing is wrong that is remembered"));
+    context.output().print(QString());
+    context.showText(client::channelColumns(), alerts.channels, {});
+}
+
+void acknowledge(Context &context)
+{
+    const QStringList &words = context.arguments().positionals;
+    const QStringList kinds{QStringLiteral("temperature"), QStringLiteral("attribute"),
+                            QStringLiteral("growth"), QStringLiteral("unreadable")};
+    const QString kind = words.value(1);
+    if (!kind.isEmpty() && !kinds.contains(kind))
+        context.refuse(QStringLiteral("'%1' is not a kind of finding").arg(client::visible(kind)));
+    bool isNumber = true;
+    if (!words.value(2).isEmpty())
+        words.value(2).toUInt(&isNumber);
+    if (!isNumber)
+        context.refuse(QStringLiteral("'%1' is not an attribute ID").arg(client::visible(words.value(2))));
+    const int count =
+        accepted(context, context.ask(requests::acknowledge(driveName(context), kind, words.value(2))));
+    context.show(
+        [&] {
+            return QJsonObject{{QStringLiteral("acknowledged"), count}};
+        },
+        [&] { return QStringLiteral("findings acknowledged: %1").arg(count); });
+}
+
+void forget(Context &context)
+{
+    (void)accepted(context, context.ask(requests::forget(driveName(context))));
+    context.confirm(QStringLiteral("the drive is forgotten"));
+}
+
+void testAlerts(Context &context)
+{
+    const QVector<QJsonObject> outcomes = accepted(context, context.ask(requests::testAlerts()));
+    context.showTable(client::alertTestColumns(), outcomes, QStringLiteral("no channel is on"));
+    for (const QJsonObject &outcome : outcomes) {
+        if (!outcome.value(QStringLiteral("ok")).toBool())
+            throw CommandFailure{kExitUsage, {}};
+    }
+}
+
+QString typeText(const ServiceKeyRow &row)
+{
+    if (row.type == ServiceKeyRow::Type::Text)
+        return QStringLiteral("text");
+    return QStringLiteral("number from %1 to %2").arg(row.lowest).arg(row.highest);
+}
+
+const client::Columns<ServiceKeyRow> &optionColumns()
+{
+    using client::column;
+    using client::Layout;
+    using Row = ServiceKeyRow;
+    static const client::Columns<Row> kColumns{
+        column<Row>("name", "Option", Layout::Left, [](const Row &row) { return QJsonValue(row.name); }),
+        column<Row>("type", "Type", Layout::Left, [](const Row &row) { return QJsonValue(typeText(row)); }),
+        column<Row>("default", "Default", Layout::Left,
+                    [](const Row &row) { return QJsonValue(row.defaultText); }),
+        column<Row>("help", "Meaning", Layout::Shrinking,
+                    [](const Row &row) { return QJsonValue(row.help); }),
+    };
+    return kColumns;
+}
+
+void options(Context &context)
+{
+    context.showTable(optionColumns(), serviceKeyTable(), {});
+}
+
+} // namespace
+
+QVector<Command> alertCommands()
+{
+    Command acknowledging = command(
+        "acknowledge", "SERIAL [KIND [ID]]", 1, 3, acknowledge, "Silence findings until they become worse.",
+        "Without KIND and ID, all findings of the drive. SERIAL may be MODEL/SERIAL.");
+    acknowledging.words = QStringList{QStringLiteral("temperature"), QStringLiteral("attribute"),
+                                      QStringLiteral("growth"), QStringLiteral("unreadable")};
+    return {
+        command("alerts", "", 0, 0, alerts, "Show findings and alert channels.",
+                "Findings are kept with the option AlertPolicy changes of the service's key."),
+        acknowledging,
+        command("forget", "SERIAL", 1, 1, forget, "Forget a drive that was removed on purpose."),
+        command("alert-test", "", 0, 0, testAlerts, "Send a test through every alert channel that is on."),
+        command("options", "", 0, 0, options, "Explain the values of the service's key.",
+                "They are set in the key and read when the service starts. No service is asked."),
+    };
+}

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "disk/workers.h"
+
+#include "disk/logging.h"
+
+#include <QDeadlineTimer>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+Workers::Workers(WorkLimits limits, QObject *parent)
+    : QObject(parent)
+    , m_limits(limits)
+{}
+
+Workers::~Workers()
+{
+    stopAll();
+    for (auto &[number, work] : m_work) {
+        if (work.worker->isRunning())
+            Q_UNUSED(work.worker.release()); // a running QThread must not be destroyed
+    }
+}
+
+int Workers::start(std::unique_ptr<Worker> worker, Milliseconds limit, Ended ended)
+{
+    const int number = ++m_lastNumber;
+    const bool isRefused = isHung(worker->subject());
+    m_work[number] = {std::move(worker), limit, std::move(ended), isRefused ? State::Refused : State::Waiting,
+                      nullptr};
+    if (isRefused)
+        QMetaObject::invokeMethod(
+            this, [this, number] { remove(number); }, Qt::QueuedConnection);
+    else if (!mustWait(number))
+        begin(number);
+    return number;
+}
+
+void Workers::setLimit(int work, Milliseconds limit)
+{
+    const auto found = m_work.find(work);
+    if (found == m_work.end())
+        return;
+    found->second.limit = limit;
+    if (found->second.state == State::Running)
+        found->second.timer->start(limit);
+}
+
+void Workers::stopLimit(int work)
+{
+    const auto found = m_work.find(work);
+    if (found != m_work.end() && found->second.timer)
+        found->second.timer->stop();
+}
+
+void Workers::abandon(int work)
+{
+    const auto found = m_work.find(work);
+    if (found == m_work.end())
+        return;
+    found->second.ended = nullptr;
+    if (found->second.state == State::Waiting)
+        m_work.erase(found);
+    else
+        found->second.worker->requestStop();
+}
+
+bool Workers::isHung(const QString &subject) const
+{
+    return std::any_of(m_work.cbegin(), m_work.cend(), [&subject](const auto &entry) {
+        return entry.second.state == State::Late && entry.second.worker->subject() == subject;
+    });
+}
+
+bool Workers::stopAll()
+{
+    const std::map<int, Work> &all = m_work;
+    for (auto work = all.cbegin(); work != all.cend();)
+        abandon((work++)->first);
+    if (!waitForAll(m_limits.stop)) {
+        for (const auto &[number, work] : m_work)
+            work.worker->cancel();
+        waitForAll(m_limits.cancel);
+    }
+    bool hasEnded = true;
+    for (auto &[number, work] : m_work) {
+        if (!work.worker->isRunning())
+            continue;
+        work.state = State::Late;
+        hasEnded = false;
+    }
+    return hasEnded;
+}
+
+/// Whether an earlier worker of the same subject has to end first.
+bool Workers::mustWait(int number) const
+{
+    const Worker &worker = *m_work.at(number).worker;
+    if (worker.runsBeside())
+        return false;
+    return std::any_of(m_work.cbegin(), m_work.find(number), [&worker](const auto &entry) {
+        const Worker &earlier = *entry.second.worker;
+        return entry.second.state != State::Refused && !earlier.runsBeside() &&
+               earlier.subject() == worker.subject();
+    });
+}
+
+void Workers::begin(int number)
+{
+    Work &work = m_work.at(number);
+    work.state = State::Running;
+    work.timer = std::make_unique<SMART_timer>(number);
+    connect(work.timer.get(), &SMART_timer::needTerminated, this, &Workers::passLimit);
+    connect(work.worker.get(), &Worker::workDone, this, [this, number] { end(number, WorkEnd::Done); });
+    connect(work.worker.get(), &QThread::finished, this, [this, number] { remove(number); });
+    work.timer->start(work.limit);
+    work.worker->start();
+}
+
+void Workers::passLimit(int number)
+{
+    Work &work = m_work.at(number);
+    if (work.worker->hasAdvanced())
+        return;
+    qCDebug(lcDisk) << work.worker->subject() << "does not answer in time";
+    work.timer->stop();
+    work.state = State::Late;
+    end(number, WorkEnd::TimedOut); // before the cancelled work goes on with failing requests
+    work.worker->cancel();
+    if (!work.worker->isRunning()) // its end is on the way, or the system had no thread for it
+        QMetaObject::invokeMethod(
+            this, [this, number] { remove(number); }, Qt::QueuedConnection);
+
+    std::vector<int> waiting;
+    for (const auto &[other, candidate] : m_work) {
+        if (candidate.state == State::Waiting && candidate.worker->subject() == work.worker->subject())
+            waiting.push_back(other);
+    }
+    for (const int other : waiting)
+        remove(other);
+}
+
+void Workers::end(int number, WorkEnd how)
+{
+    if (const Ended ended = std::exchange(m_work.at(number).ended, nullptr))
+        ended(number, how);
+}
+
+/// Forgets work whose thread has ended or never ran, and starts what waited for it.
+void Workers::remove(int number)
+{
+    const auto found = m_work.find(number);
+    if (found == m_work.end())
+        return;
+    end(number, found->second.timer ? WorkEnd::Done : WorkEnd::Hung);
+    const QString subject = found->second.worker->subject();
+    m_work.erase(found);
+    for (const auto &[other, candidate] : m_work) {
+        if (candidate.state == State::Waiting && candidate.worker->subject() == subject && !mustWait(other)) {
+            begin(other);
+            return;
+        }
+    }
+}
+
+/// Waits for all workers except those that are late already: they were cancelled long ago.
+bool Workers::waitForAll(Milliseconds limit) const
+{
+    const QDeadlineTimer deadline(limit);
+    return std::all_of(m_work.cbegin(), m_work.cend(), [&deadline](const auto &entry) {
+        return entry.second.state == State::Late || entry.second.worker->wait(deadline);
+    });
+}

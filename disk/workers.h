@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "disk/smart_timer.h"
+#include "disk/worker.h"
+
+#include <QObject>
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+
+/// How a worker's work ended.
+enum class WorkEnd {
+    Done,
+    TimedOut, ///< the limit is over; the worker was cancelled
+    Hung,     ///< not started: an earlier worker of the subject is past its limit and still running
+};
+
+/// How long the work on drives and volumes may take.
+struct WorkLimits
+{
+    std::chrono::milliseconds request{20000}; ///< all requests of one read, probe, count or volume together
+    std::chrono::milliseconds scanBlock{
+        300000};                            ///< one block of a scan: drives try hard to read a bad sector
+    std::chrono::milliseconds stop{2000};   ///< for the block in progress when everything stops
+    std::chrono::milliseconds cancel{3000}; ///< for cancelled requests to return after that
+};
+
+/// Owns the threads that work on drives and volumes. The workers of one subject run one after another, unless
+/// they run beside others. A worker that passes its limit is cancelled and kept until its thread ends by
+/// itself; until then its subject counts as hung and gets no other worker. Event loop's thread only; never
+/// blocks, except in stopAll().
+class Workers : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Milliseconds = std::chrono::milliseconds;
+    using Ended = std::function<void(int work, WorkEnd end)>;
+
+    explicit Workers(WorkLimits limits = {}, QObject *parent = nullptr);
+
+    /// Does what stopAll() does. Threads that still run are left behind: they use the drives until the
+    /// process ends.
+    ~Workers() override;
+
+    [[nodiscard]] const WorkLimits &limits() const { return m_limits; }
+
+    /// Starts `worker`, when it is its subject's turn. `ended` is called once, in a later turn of the event
+    /// loop, unless the work is abandoned; the worker exists until it returns. Returns the work's number.
+    int start(std::unique_ptr<Worker> worker, Milliseconds limit, Ended ended);
+
+    /// Restarts the limit of work under way.
+    void setLimit(int work, Milliseconds limit);
+
+    void stopLimit(int work);
+
+    /// Asks the worker to stop and forgets `ended`.
+    void abandon(int work);
+
+    /// Whether a worker of this subject is past its limit and still running.
+    [[nodiscard]] bool isHung(const QString &subject) const;
+
+    /// Whether any thread still runs.
+    [[nodiscard]] bool isBusy() const { return !m_work.empty(); }
+
+    /// Abandons all work and waits for it, limits().stop and then limits().cancel. Returns false if a thread
+    /// does not end: the process must then leave without destroying the drives.
+    bool stopAll();
+
+private:
+    enum class State { Waiting, Refused, Running, Late };
+
+    struct Work
+    {
+        std::unique_ptr<Worker> worker;
+        Milliseconds limit;
+        Ended ended; ///< empty once it was called, or forgotten
+        State state = State::Waiting;
+        std::unique_ptr<SMART_timer> timer; ///< from the start of the worker on
+    };
+
+    [[nodiscard]] bool mustWait(int number) const;
+    void begin(int number);
+    void passLimit(int number);
+    void end(int number, WorkEnd how);
+    void remove(int number);
+    bool waitForAll(Milliseconds limit) const;
+
+    const WorkLimits m_limits;
+    std::map<int, Work> m_work; ///< by number, in the order of their start
+    int m_lastNumber = 0;
+};

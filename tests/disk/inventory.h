@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "disk/ata_smart.h"
+
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+/// Runs the event loop until `isDone`; the test's own time limit ends one that never is. The timer ends each
+/// wait: Windows may deliver an event and go on waiting.
+template <typename Condition>
+void runUntil(const Condition &isDone)
+{
+    QTimer wake;
+    wake.start(5);
+    while (!isDone())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+/// An inventory whose operations are waited for.
+struct Inventory
+{
+    explicit Inventory(DriveSystem &drives, WorkLimits limits = {}, bool leavesAsleep = false)
+        : workers(limits)
+        , smart(drives, workers, leavesAsleep)
+    {}
+
+    const DeviceList &detect()
+    {
+        QSignalSpy finished(&smart, &ATA_Smart::finishedScanSMART);
+        smart.detectDevices();
+        runUntil([&] { return finished.count() == 1; });
+        return smart.devices();
+    }
+
+    const DeviceList &poll(bool force = false)
+    {
+        bool isDone = false;
+        smart.readDrives(force, [&](const ATA_Smart::Readings &readings) {
+            smart.apply(readings);
+            isDone = true;
+        });
+        runUntil([&] { return isDone; });
+        return smart.devices();
+    }
+
+    struct Count
+    {
+        int present = -1;
+        bool changed = false;
+    };
+
+    Count count()
+    {
+        Count result;
+        smart.countDrives([&](int present, bool changed) { result = {present, changed}; });
+        runUntil([&] { return result.present >= 0; });
+        return result;
+    }
+
+    Workers workers;
+    ATA_Smart smart;
+};

@@ -1,0 +1,281 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "monitor/alert_text.h"
+#include "monitor/program_transport.h"
+#include "monitor/webhook_transport.h"
+#include "rows.h"
+
+#include <QJsonDocument>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Long enough for a busy machine; spent only by a failing test.
+constexpr int kLimitMs = 60000;
+
+OutboxEntry entryOf(const QString &text)
+{
+    OutboxEntry entry;
+    entry.text = text;
+    entry.time = QDateTime(QDate(2026, 3, 1), QTime(0, 0), Qt::UTC);
+    entry.document = {{QStringLiteral("text"), text}};
+    return entry;
+}
+
+/// Waits for the result of sending one message: "ok" or the reason of the failure.
+QString outcomeOf(Transport &transport, const OutboxEntry &entry)
+{
+    QString outcome;
+    transport.send(entry, [&outcome](const Result<void> &result) {
+        outcome = result ? QStringLiteral("ok") : result.failure().text;
+    });
+    return QTest::qWaitFor([&outcome] { return !outcome.isEmpty(); }, kLimitMs) ? outcome : QString();
+}
+
+/// An HTTP server that answers every request with the same bytes; without any it stays silent.
+class WebServer : public QTcpServer
+{
+public:
+    QByteArray answer;
+    bool closes = true; ///< after the answer
+    QByteArrayList requests;
+
+    WebServer()
+    {
+        listen(QHostAddress::LocalHost);
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket *const socket = nextPendingConnection();
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(*socket); });
+        });
+    }
+
+    [[nodiscard]] QUrl url() const
+    {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1/secret?key=secret").arg(serverPort()));
+    }
+
+private:
+    void read(QTcpSocket &socket)
+    {
+        QByteArray &request = m_received[&socket];
+        request += socket.readAll();
+        if (!request.endsWith("}"))
+            return;
+        requests << request;
+        socket.write(answer);
+        if (closes)
+            socket.disconnectFromHost();
+    }
+
+    QMap<QTcpSocket *, QByteArray> m_received;
+};
+
+/// Delivers nothing until told so.
+class HeldTransport : public Transport
+{
+public:
+    QStringList sent;
+    Done done;
+
+    void send(const OutboxEntry &entry, Done finished) override
+    {
+        sent << entry.text;
+        done = std::move(finished);
+    }
+};
+
+} // namespace
+
+class TestAlertChannels : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void webhookAnswers_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<QString>("outcome");
+        row("200", QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"), "ok");
+        row("204", QByteArray("HTTP/1.1 204 No Content\r\n\r\n"), "ok");
+        row("endless body", QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 999999999\r\n\r\nx"), "ok");
+        row("500", QByteArray("HTTP/1.1 500 Broken\r\nContent-Length: 0\r\n\r\n"),
+            "the endpoint answered with status 500");
+        row("redirect", QByteArray("HTTP/1.1 302 Found\r\nLocation: /secret\r\nContent-Length: 0\r\n\r\n"),
+            "the endpoint answered with status 302");
+        row("closed without an answer", QByteArray(), "the endpoint closed the connection without an answer");
+    }
+
+    void webhookAnswers()
+    {
+        QFETCH(QByteArray, answer);
+        WebServer server;
+        server.answer = answer;
+        WebhookTransport webhook(server.url());
+        QTEST(outcomeOf(webhook, entryOf(QStringLiteral("hot"))), "outcome");
+        QCOMPARE(server.requests.size(), 1);
+        const QByteArray request = server.requests.first();
+        QVERIFY2(request.startsWith("POST /secret?key=secret HTTP/1.1\r\n"), request);
+        QVERIFY2(request.contains("Content-Type: application/json\r\n"), request);
+        QVERIFY2(request.endsWith("\r\n\r\n{\"text\":\"hot\"}"), request);
+    }
+
+    void webhookFailures()
+    {
+        WebServer server;
+        server.closes = false;
+        WebhookTransport silent(server.url(), 1s);
+        QCOMPARE(outcomeOf(silent, entryOf({})), QStringLiteral("no answer within 1 s"));
+        const QUrl url = server.url();
+        server.close();
+        WebhookTransport refused(url);
+        QCOMPARE(outcomeOf(refused, entryOf({})), QStringLiteral("connection refused"));
+    }
+
+    void programs_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("outcome");
+        row("gets event, level and document",
+            "[ \"$HALVEX_EVENT $HALVEX_LEVEL\" = 'alert warning' ] && grep -q '^{\"text\":\"hot\"}$'", "ok");
+        row("does not read", "exit 0", "ok");
+        row("fails", "exit 7", "the program ended with status 7");
+        row("ends by a signal", "kill -TERM $$", "the program was ended by a signal");
+        row("fills its output", "head -c 10000000 /dev/zero; head -c 10000000 /dev/zero >&2", "ok");
+        row("inherits no descriptor", "[ ! -e /proc/$$/fd/77 ]", "ok");
+        row("leads its process group", "[ \"$(cut -d' ' -f5 /proc/$$/stat)\" = $$ ]", "ok");
+    }
+
+    void programs()
+    {
+        QFETCH(QString, script);
+        QCOMPARE(::dup2(0, 77), 77);
+        const auto closing = qScopeGuard([] { ::close(77); });
+        ProgramTransport program(makeProgram(script));
+        OutboxEntry entry = entryOf(QStringLiteral("hot"));
+        entry.level = Severity::Warning;
+        QTEST(outcomeOf(program, entry), "outcome");
+    }
+
+    void programThatCannotBeStarted()
+    {
+        ProgramTransport program(m_folder.filePath(QStringLiteral("none")));
+        QCOMPARE(outcomeOf(program, entryOf({})), QStringLiteral("the program cannot be started"));
+    }
+
+    /// The child holds the pipe open until it is killed with its parent.
+    void programThatHangsIsKilledWithItsChildren()
+    {
+        const QString fifo = m_folder.filePath(QStringLiteral("fifo"));
+        QCOMPARE(QProcess::execute(QStringLiteral("mkfifo"), {fifo}), 0);
+        QProcess reader;
+        reader.start(QStringLiteral("cat"), {fifo});
+        ProgramTransport program(makeProgram(QStringLiteral("exec 5>'%1'; sleep 1000 & wait").arg(fifo)), 1s);
+        QCOMPARE(outcomeOf(program, entryOf({})), QStringLiteral("the program did not end within 1 s"));
+        QVERIFY(reader.waitForFinished(kLimitMs));
+    }
+
+    void channelRepeatsInOrder()
+    {
+        auto transport = std::make_unique<HeldTransport>();
+        HeldTransport &peer = *transport;
+        QDateTime now = entryOf({}).time;
+        AlertChannel channel(QStringLiteral("webhook"), std::move(transport), [&now] { return now; });
+        channel.setOn(true);
+        channel.add(entryOf(QStringLiteral("1")));
+        channel.add(entryOf(QStringLiteral("2")));
+        channel.resume();
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("webhook has failed since .*: down")));
+        for (const int minutes : {1, 5, 15, 15}) {
+            peer.done(Error{QStringLiteral("down")});
+            now = now.addSecs(minutes * 60 - 1);
+            const int before = peer.sent.size();
+            channel.resume();
+            QCOMPARE(peer.sent.size(), before);
+            now = now.addSecs(1);
+            channel.resume();
+            QCOMPARE(peer.sent.size(), before + 1);
+        }
+        QCOMPARE(channel.outcome().reason, QStringLiteral("down"));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("webhook works again")));
+        peer.done({});
+        QCOMPARE(peer.sent.join(u' '), QStringLiteral("1 1 1 1 1 2"));
+        peer.done({});
+        QCOMPARE(channel.pending(), 0);
+        QCOMPARE(channel.outcome().lastSuccess, now);
+    }
+
+    void channelDropsAfterADay()
+    {
+        auto transport = std::make_unique<HeldTransport>();
+        HeldTransport &peer = *transport;
+        QDateTime now = entryOf({}).time;
+        AlertChannel channel(QStringLiteral("mail"), std::move(transport), [&now] { return now; });
+        channel.setOn(true);
+        channel.add(entryOf(QStringLiteral("1")));
+        channel.resume();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("has failed")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("drops 1 messages")));
+        now = now.addDays(1);
+        peer.done(Error{QStringLiteral("down")});
+        QCOMPARE(channel.pending(), 0);
+    }
+
+    /// The test is sent although an entry waits for its next attempt.
+    void testBesideTheOutbox()
+    {
+        auto transport = std::make_unique<HeldTransport>();
+        HeldTransport &peer = *transport;
+        AlertChannel channel(QStringLiteral("mail"), std::move(transport), &QDateTime::currentDateTimeUtc);
+        channel.setOn(true);
+        OutboxEntry entry = entryOf(QStringLiteral("1"));
+        entry.time = QDateTime::currentDateTimeUtc();
+        channel.add(entry);
+        channel.resume();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("has failed")));
+        peer.done(Error{QStringLiteral("down")});
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("works again")));
+        bool isDone = false;
+        channel.test(entryOf(QStringLiteral("test")),
+                     [&isDone](const Result<void> &result) { isDone = bool(result); });
+        peer.done({});
+        QVERIFY(isDone);
+        QCOMPARE(peer.sent.join(u' '), QStringLiteral("1 test"));
+        QCOMPARE(channel.pending(), 1);
+    }
+
+    void outboxKeepsTheNewestHundred()
+    {
+        Outbox outbox;
+        for (int i = 1; i <= Outbox::kMaxEntries; ++i)
+            QVERIFY(!outbox.add(entryOf(QString::number(i))));
+        const quint64 inProgress = outbox.first().id;
+        QVERIFY(outbox.add(entryOf(QStringLiteral("101"))));
+        outbox.delivered(inProgress); // dropped meanwhile
+        const Outbox restored = Outbox::fromJson(outbox.toJson());
+        QCOMPARE(restored.size(), Outbox::kMaxEntries);
+        QCOMPARE(restored.first().text, QStringLiteral("2"));
+        QCOMPARE(restored.first().document, entryOf(QStringLiteral("2")).document);
+    }
+
+private:
+    QString makeProgram(const QString &script)
+    {
+        QFile file(m_folder.filePath(QStringLiteral("program")));
+        file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        file.write("#!/bin/sh\n" + script.toUtf8() + '\n');
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return file.fileName();
+    }
+
+    QTemporaryDir m_folder;
+};
+
+QTEST_GUILESS_MAIN(TestAlertChannels)
+#include "tst_alert_channels.moc"

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "platform/whole_file.h"
+
+#include "rows.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#ifndef Q_OS_WIN
+#include <sys/stat.h>
+#endif
+
+namespace {
+
+using Kind = AccessError::Kind;
+
+constexpr qint64 kLimit = 10;
+
+} // namespace
+
+class TestWholeFile : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_path = m_folder->filePath(QStringLiteral("state"));
+    }
+
+    void reading_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::addColumn<QString>("result");
+        row("missing file", QStringLiteral("nothing"), "missing");
+        row("missing folder", QStringLiteral("no folder"), "missing");
+        row("folder", QStringLiteral("folder"), "unreadable");
+        row("file of the size limit", QStringLiteral("0123456789"), "0123456789");
+        row("file above the size limit", QStringLiteral("0123456789a"), "unreadable");
+        row("empty file", QString(), "");
+#ifndef Q_OS_WIN
+        row("pipe that nobody writes to", QStringLiteral("pipe"), "unreadable");
+#endif
+    }
+
+    void reading()
+    {
+        QFETCH(QString, what);
+        QTEST(resultOf(make(what)), "result");
+    }
+
+    void replacing()
+    {
+        QVERIFY(whole_file::replace(m_path, "old"));
+        put(m_path + QStringLiteral(".new"), "half"); // of a process that was killed
+        const auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+        QVERIFY(whole_file::replace(m_path, "secret", ownerOnly));
+        QCOMPARE(resultOf(m_path), QStringLiteral("secret"));
+        QCOMPARE(files(), QStringList(QStringLiteral("state")));
+        QVERIFY(whole_file::replace(m_path, "again"));
+        if (QSysInfo::kernelType() != QLatin1String("winnt")) // where the folder's access list is the file's
+            QVERIFY(!(QFile::permissions(m_path) & (QFileDevice::ReadGroup | QFileDevice::ReadOther)));
+    }
+
+    void failedReplacement()
+    {
+        const auto result = whole_file::replace(make(QStringLiteral("folder")), "new");
+        QVERIFY(!result && !result.failure().text.isEmpty());
+        QCOMPARE(files(), QStringList()); // the folder is not one, and no half is left
+        QVERIFY(!whole_file::replace(m_path + QStringLiteral("/no folder/state"), "new"));
+    }
+
+    void settingAside()
+    {
+        const QDateTime now(QDate(2026, 11, 15), QTime(0, 36, 7));
+        for (const char *content : {"first", "second"}) {
+            put(m_path, content);
+            QVERIFY(whole_file::setAside(m_path, now));
+        }
+        const QString name = QStringLiteral("state.damaged-20261115-003607");
+        QCOMPARE(files(), (QStringList{name, name + QStringLiteral("-2")}));
+        QCOMPARE(resultOf(m_folder->filePath(name)), QStringLiteral("first"));
+        QVERIFY(!whole_file::setAside(m_path, now));
+    }
+
+private:
+    /// Makes a file with the content `what`, or the thing that it names.
+    QString make(const QString &what) const
+    {
+        if (what == QLatin1String("no folder"))
+            return m_path + QStringLiteral("/state");
+        if (what == QLatin1String("folder"))
+            QDir().mkdir(m_path);
+#ifndef Q_OS_WIN
+        else if (what == QLatin1String("pipe"))
+            ::mkfifo(QFile::encodeName(m_path).constData(), S_IRUSR | S_IWUSR);
+#endif
+        else if (what != QLatin1String("nothing"))
+            put(m_path, what.toUtf8());
+        return m_path;
+    }
+
+    static void put(const QString &path, const QByteArray &bytes)
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(bytes), qint64(bytes.size()));
+    }
+
+    static QString resultOf(const QString &path)
+    {
+        const auto bytes = whole_file::read(path, kLimit);
+        if (bytes)
+            return QString::fromUtf8(*bytes);
+        return bytes.failure().kind == Kind::Missing ? QStringLiteral("missing")
+                                                     : QStringLiteral("unreadable");
+    }
+
+    [[nodiscard]] QStringList files() const
+    {
+        return QDir(m_folder->path()).entryList(QDir::Files);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_path;
+};
+
+QTEST_APPLESS_MAIN(TestWholeFile)
+#include "tst_whole_file.moc"

@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "process/proc_status.h"
+#include "process/service_fixture.h"
+
+#include "rows.h"
+#include "wire/scrambling.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QHostAddress>
+#include <QLocalSocket>
+#include <QTest>
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <functional>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr int kPeers = 1000;
+constexpr int kLogBytes = 32 * 1024 * 1024;
+constexpr int kAllowedKiB = 64 * 1000 * 1000 / 1024;
+
+const QByteArray kWholeLog = sendReply("GSTATD]![000101000000]![991231235959", [] { return 7; });
+
+/// A connection that never reads, made without Qt: a thousand of them are cheap.
+class SilentPeer
+{
+public:
+    explicit SilentPeer(quint16 port)
+        : m_descriptor(::socket(AF_INET, SOCK_STREAM, 0))
+    {
+        limitReceiveBuffer();
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        connectTo(address);
+    }
+    explicit SilentPeer(const QString &localSocket)
+        : m_descriptor(::socket(AF_UNIX, SOCK_STREAM, 0))
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, localSocket.toLocal8Bit().constData(), sizeof(address.sun_path));
+        connectTo(address);
+    }
+    ~SilentPeer() { ::close(m_descriptor); }
+    SilentPeer(SilentPeer &&other) noexcept
+        : m_descriptor(std::exchange(other.m_descriptor, -1))
+    {}
+
+    /// Sends as much as the service accepts; it may close the connection.
+    void send(QByteArray bytes)
+    {
+        while (!bytes.isEmpty()) {
+            const auto sent =
+                ::send(m_descriptor, bytes.constData(), std::size_t(bytes.size()), MSG_NOSIGNAL);
+            if (sent <= 0)
+                return;
+            bytes = bytes.mid(int(sent));
+        }
+    }
+
+private:
+    void limitReceiveBuffer()
+    {
+        const int size = 4096;
+        ::setsockopt(m_descriptor, SOL_SOCKET, SO_RCVBUF, &size, sizeof(size));
+    }
+    template <typename Address>
+    void connectTo(const Address &address)
+    {
+        if (::connect(m_descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0)
+            qFatal("cannot connect: %s", strerror(errno));
+    }
+
+    int m_descriptor;
+};
+
+using Peers = std::vector<SilentPeer>;
+
+/// A service with a long log and one drive.
+class Victim : public ServiceFixture
+{
+public:
+    Victim()
+    {
+        writeMachine(json(R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json"}]})"));
+        QFile log(path("temperature.log"));
+        const QByteArray records = QByteArray(";,0+!!!a").repeated(kLogBytes / 8);
+        if (!log.open(QIODevice::WriteOnly) || log.write(records) != records.size())
+            qFatal("the log cannot be written");
+    }
+
+    [[nodiscard]] int memoryKiB(const char *field) const { return int(procStatusKiB(processId(), field)); }
+
+    /// Serves, and has indexed its log; its memory when idle.
+    [[nodiscard]] int serveIdle()
+    {
+        const bool isReady = serve() && ask("GSTATD]![000101000000]![000102000000").startsWith("STATD");
+        return isReady ? memoryKiB("VmRSS") : 0;
+    }
+};
+
+} // namespace
+
+using Attack = std::function<void(Victim &, Peers &)>;
+Q_DECLARE_METATYPE(Attack)
+
+/// Peers that take what they can get: memory stays bounded, others are served, and the service ends when
+/// told.
+class TestAttacks : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        rlimit limit{};
+        ::getrlimit(RLIMIT_NOFILE, &limit);
+        limit.rlim_cur = limit.rlim_max;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+        QVERIFY(limit.rlim_cur > kPeers + 100);
+    }
+
+    void attacks_data()
+    {
+        QTest::addColumn<Attack>("attack");
+        row("ask for the history and leave", Attack([](Victim &victim, Peers &) {
+                for (int i = 0; i < kPeers; ++i)
+                    SilentPeer(victim.port()).send(kWholeLog);
+            }));
+        row("ask for the history and do not read", Attack([](Victim &victim, Peers &peers) {
+                for (int i = 0; i < kPeers; ++i)
+                    peers.emplace_back(victim.port()).send(kWholeLog);
+            }));
+        row("send half lines", Attack([](Victim &victim, Peers &peers) {
+                const QByteArray half(1024 * 1024, '0');
+                for (int i = 0; i < kPeers; ++i)
+                    peers.emplace_back(victim.port()).send(half);
+            }));
+        row("supersede local consoles", Attack([](Victim &victim, Peers &peers) {
+                for (int i = 0; i < kPeers; ++i)
+                    peers.emplace_back(victim.path("HalvexService001")).send(kWholeLog);
+            }));
+        row("hold all connections", Attack([](Victim &victim, Peers &peers) {
+                for (int i = 0; i < kPeers + 50; ++i)
+                    peers.emplace_back(victim.port());
+            }));
+    }
+
+    void attacks()
+    {
+        QFETCH(Attack, attack);
+        Victim victim;
+        const int idleKiB = victim.serveIdle();
+        QVERIFY2(idleKiB > 0, victim.output());
+        Peers peers;
+        attack(victim, peers);
+        std::vector<qint64> answerTimes; // ns
+        for (int i = 0; i < 100; ++i) {
+            RawConsole other(victim.port());
+            QVERIFY(!other.readLine().isNull());
+            QElapsedTimer time;
+            time.start();
+            QCOMPARE(other.ask("DEVCOUNT"), QString("DEVCOUNT,1"));
+            answerTimes.push_back(time.nsecsElapsed());
+        }
+        std::sort(answerTimes.begin(), answerTimes.end());
+        QLocalSocket local;
+        local.connectToServer(victim.path("HalvexService001"));
+        QVERIFY(local.waitForConnected(kPatienceMs) && local.waitForReadyRead(kPatienceMs));
+
+        const int grownKiB = victim.memoryKiB("VmHWM") - idleKiB;
+        QElapsedTimer end;
+        end.start();
+        QCOMPARE(victim.stop(), 0);
+        qInfo("%s: %d KiB above idle, answers %.1f ms (median), %.1f ms (worst), end after %lld ms",
+              QTest::currentDataTag(), grownKiB, double(answerTimes[50]) / 1e6,
+              double(answerTimes.back()) / 1e6, end.elapsed());
+        QVERIFY2(grownKiB < kAllowedKiB, qPrintable(QString::number(grownKiB)));
+    }
+
+    /// Of two addresses of this machine one is listened at, and the same one may connect.
+    void restrictedAddresses()
+    {
+        ServiceFixture service;
+        service.setKeyValue("ListenAddress", "127.0.0.1");
+        service.setKeyValue("AllowFrom", "127.0.0.1, 192.0.2.0/24");
+        service.writeMachine({});
+        QVERIFY2(service.serve(), service.output());
+        QTcpSocket elsewhere;
+        QVERIFY(elsewhere.bind(QHostAddress("127.0.0.2")));
+        elsewhere.connectToHost("127.0.0.1", service.port());
+        QVERIFY(elsewhere.waitForConnected(kPatienceMs) && elsewhere.waitForDisconnected(kPatienceMs));
+        QCOMPARE(elsewhere.bytesAvailable(), 0);
+        QTcpSocket toElsewhere;
+        toElsewhere.connectToHost("127.0.0.2", service.port());
+        QVERIFY(!toElsewhere.waitForConnected(kPatienceMs));
+        QCOMPARE(toElsewhere.error(), QAbstractSocket::ConnectionRefusedError);
+    }
+
+    /// The reader gets every byte, and costs little.
+    void oneReader()
+    {
+        Victim victim;
+        const int idleKiB = victim.serveIdle();
+        QVERIFY2(idleKiB > 0, victim.output());
+        RawConsole reader(victim.port());
+        reader.readLine();
+        QVERIFY(reader.ask("GSTATD]![000101000000]![991231235959").size() > kLogBytes);
+        const int grownKiB = victim.memoryKiB("VmHWM") - idleKiB;
+        qInfo("%d KiB above idle", grownKiB);
+        QVERIFY2(grownKiB < 16 * 1024, qPrintable(QString::number(grownKiB)));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAttacks)
+#include "tst_attacks.moc"

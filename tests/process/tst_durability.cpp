@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "process/service_fixture.h"
+
+#include "config/settings_file.h"
+#include "process/failing_files.h"
+#include "rows.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <sys/stat.h>
+
+namespace {
+
+/// A service whose files can be made to fail.
+class FailingService : public ServiceFixture
+{
+public:
+    FailingService()
+        : m_file(path("plan"))
+    {
+        if (!m_file.open(QIODevice::ReadWrite) || !m_file.resize(sizeof(FaultPlan)))
+            qFatal("cannot write %s", qPrintable(m_file.fileName()));
+        m_plan = reinterpret_cast<FaultPlan *>(m_file.map(0, sizeof(FaultPlan)));
+        setVariable("HALVEX_FAULT_PLAN", m_file.fileName());
+        setVariable("LD_PRELOAD", HALVEX_FAILING_FILES);
+        setVariable("ASAN_OPTIONS", qEnvironmentVariable("ASAN_OPTIONS") + ":verify_asan_link_order=0");
+        writeMachine(json(R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json"}]})"));
+    }
+
+    /// Lets one operation fail, after `skipped` that succeed.
+    void plan(FaultPlan::Kind kind, int skipped, const char *file = "")
+    {
+        qstrncpy(m_plan->file, file, sizeof(m_plan->file));
+        m_plan->skipped = skipped;
+        m_plan->injected = 0;
+        m_plan->kind = kind;
+    }
+    [[nodiscard]] int injected() const { return m_plan->injected; }
+
+    /// Returns how many operations of a SET the fault can hit.
+    [[nodiscard]] int operations(FaultPlan::Kind kind)
+    {
+        constexpr int kMany = 1000;
+        plan(kind, kMany);
+        set("count");
+        const int left = m_plan->skipped;
+        plan(FaultPlan::None, 0);
+        return kMany - left;
+    }
+
+    /// Changes the subject of alert mails.
+    bool set(const QString &subject) { return ask(setRequest(subject)) == "SET_OK"; }
+    static QString setRequest(const QString &subject)
+    {
+        return QString("SET]![0~;180000~;300000~;1~;0~;0~;~;~;%1~;~;0~;~;~;25~;55~;65~;~;").arg(subject);
+    }
+
+    [[nodiscard]] QString subject() const { return firstLine().split("]![").value(12); }
+
+    /// The subject in the settings file.
+    [[nodiscard]] QString storedSubject() const
+    {
+        Settings settings;
+        readSettingsLines(content("HalvexService.ini"), settings);
+        return settings.smtpSubj;
+    }
+
+    [[nodiscard]] QByteArray content(const QString &name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    [[nodiscard]] QStringList damagedFiles() const { return QDir(home()).entryList({"*.damaged-*"}); }
+
+    int restart()
+    {
+        const int code = stop();
+        return serve() ? code : -1;
+    }
+
+private:
+    QFile m_file;
+    FaultPlan *m_plan;
+};
+
+/// Returns the number of faults to inject: one for each operation, unless HALVEX_FAULT_ROUNDS is set.
+int rounds(int operations)
+{
+    const int asked = qEnvironmentVariableIntValue("HALVEX_FAULT_ROUNDS");
+    return asked > 0 ? asked : operations;
+}
+
+} // namespace
+
+/// Stored state survives whatever happens to the files and the service, and no failure is silent.
+class TestDurability : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void failedOperation_data()
+    {
+        QTest::addColumn<int>("kind");
+        row("disk full", int(FaultPlan::NoSpace));
+        row("write error", int(FaultPlan::WriteError));
+        row("sync error", int(FaultPlan::SyncError));
+    }
+
+    void failedOperation()
+    {
+        QFETCH(int, kind);
+        FailingService service;
+        QVERIFY2(service.serve(), service.output());
+        const int operations = service.operations(FaultPlan::Kind(kind));
+        QVERIFY(operations >= 5);
+        for (int i = 0; i < rounds(operations); ++i) {
+            const QString before = QString::number(2 * i);
+            const QString after = QString::number(2 * i + 1);
+            QVERIFY(service.set(before));
+            QCOMPARE(service.storedSubject(), before);
+            const QByteArray history = service.content("temperature.log");
+            QCOMPARE(history.size() % 8, 0);
+            const int reports = service.output().count("has failed since");
+
+            service.plan(FaultPlan::Kind(kind), i % operations);
+            QVERIFY(service.set(after));
+            QCOMPARE(service.injected(), 1);
+            service.plan(FaultPlan::None, 0);
+            QVERIFY(service.storedSubject() == before || service.storedSubject() == after);
+            QVERIFY(service.content("temperature.log").startsWith(history));
+            QTRY_COMPARE_WITH_TIMEOUT(service.output().count("has failed since"), reports + 1, kPatienceMs);
+        }
+        QCOMPARE(service.restart(), 0);
+        QVERIFY(service.damagedFiles().isEmpty());
+    }
+
+    void killedInTheMiddle()
+    {
+        FailingService service;
+        QVERIFY2(service.serve(), service.output());
+        const int operations = service.operations(FaultPlan::Kill);
+        for (int i = 0; i < rounds(operations); ++i) {
+            const QString before = QString::number(2 * i);
+            const QString after = QString::number(2 * i + 1);
+            QVERIFY(service.set(before));
+            const QByteArray history = service.content("temperature.log");
+            service.plan(FaultPlan::Kill, i % operations);
+            RawConsole console(service.port());
+            console.readLine();
+            console.send(FailingService::setRequest(after));
+            QVERIFY(service.process().waitForFinished(kPatienceMs));
+            service.plan(FaultPlan::None, 0);
+
+            QVERIFY2(service.serve(), service.output());
+            QVERIFY(service.subject() == before || service.subject() == after);
+            QVERIFY(service.content("temperature.log").startsWith(history));
+            QCOMPARE(service.content("temperature.log").size() % 8, 0);
+        }
+        QVERIFY(service.damagedFiles().isEmpty());
+    }
+
+    void settingsThatCannotBeRead()
+    {
+        FailingService service;
+        QVERIFY2(service.serve(), service.output());
+        QVERIFY(service.set("old"));
+        QCOMPARE(service.stop(), 0);
+        const QByteArray old = service.content("HalvexService.ini");
+        service.plan(FaultPlan::ReadError, 0, "HalvexService.ini");
+        QVERIFY2(service.serve(), service.output());
+        QCOMPARE(service.injected(), 1);
+        QVERIFY(service.output().contains("Reading the settings file has failed"));
+        QCOMPARE(service.content("HalvexService.ini"), old);
+        QVERIFY(service.set("new"));
+        QCOMPARE(service.storedSubject(), QString("new"));
+        QCOMPARE(service.damagedFiles().size(), 1);
+        QCOMPARE(service.content(service.damagedFiles().first()), old);
+    }
+
+    /// A schedule survives a RESET while the file cannot be read, and the next start.
+    void scheduleThatCannotBeReadAgain()
+    {
+        FailingService service;
+        QVERIFY2(service.serve(), service.output());
+        const QString schedule = "SCANSCHED]![0~;2~;0~;261115~;033000";
+        QCOMPARE(service.ask("SETSCANSCHED]![0~;2~;0~;261115033000~;0"), schedule);
+        for (const bool isReadable : {true, false}) {
+            service.plan(isReadable ? FaultPlan::None : FaultPlan::ReadError, 0, "HalvexService.ini");
+            QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+            QVERIFY(service.waitUntilReady());
+            QCOMPARE(service.ask("GETSCANSCHED"), schedule);
+        }
+        QCOMPARE(service.restart(), 0);
+        QCOMPARE(service.ask("GETSCANSCHED"), schedule);
+    }
+
+    void pipesInPlaceOfTheFiles()
+    {
+        FailingService service;
+        for (const QString &name : {QString("HalvexService.ini"), QString("temperature.log")})
+            QCOMPARE(::mkfifo(QFile::encodeName(service.path(name)).constData(), S_IRWXU), 0);
+        QVERIFY2(service.serve(), service.output());
+        QVERIFY(service.set("new"));
+        QCOMPARE(service.storedSubject(), QString("new"));
+        QCOMPARE(service.ask("GSTATD]![260101000000]![991231235959"), QString("STATD]!["));
+        QCOMPARE(service.stop(), 0);
+    }
+
+    void serviceKeyThatCannotBeRead()
+    {
+        FailingService service;
+        QFile key(service.path("service-key.json"));
+        QVERIFY(key.open(QIODevice::WriteOnly) && key.write("{\"Port\": 50") > 0);
+        key.close();
+        QVERIFY(!service.start({}));
+        QCOMPARE(service.process().exitCode(), 1);
+        QVERIFY2(service.output().contains("service-key.json: "), service.output());
+    }
+
+    /// The service ends while the lookup of its mail server does not.
+    void muteNameServer()
+    {
+        FailingService service;
+        service.setVariable("HALVEX_MUTE_NAME_SERVER", "1");
+        QVERIFY2(service.serve(), service.output());
+        RawConsole console(service.port());
+        console.readLine();
+        console.send("SMTPTEST]![25~;0~;a@b~;c@d~;mail.example.org~;e~;f~;g~;h");
+        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,1"));
+        QCOMPARE(service.stop(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDurability)
+#include "tst_durability.moc"

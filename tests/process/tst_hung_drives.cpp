@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "process/service_fixture.h"
+#include "process/short_limits.h"
+#include "rows.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+namespace {
+
+constexpr int kDrives = 99;
+
+/// All hang at once; a drive of each kind in turn.
+const QStringList kKinds{"open", "geometry", "identify", "smart", "read"};
+
+/// 99 drives, of which the first `hung` never answer.
+QJsonObject machine(int hung)
+{
+    QJsonArray drives;
+    for (int i = 0; i < kDrives; ++i) {
+        QJsonObject drive{{"number", i}, {"dump", "drives/st500nm0011.json"}};
+        if (i < hung)
+            drive["hangs"] = QJsonArray{kKinds.at(i % kKinds.size())};
+        drives.append(drive);
+    }
+    return {{"drives", drives}};
+}
+
+/// Drives that answer when they are detected and hang in everything but open() from then on.
+QJsonObject machineThatStopsAnswering(int hung)
+{
+    QJsonObject changed = machine(0);
+    QJsonArray drives = changed["drives"].toArray();
+    for (int i = 0; i < hung; ++i) {
+        QJsonObject drive = drives.at(i).toObject();
+        drive["hangs"] = QJsonArray{"geometry", "identify", "smart", "read"};
+        drives[i] = drive;
+    }
+    changed["drives"] = drives;
+    return changed;
+}
+
+} // namespace
+
+/// Drives that hang in the built service, with limits that are short but otherwise those of the product.
+class TestHungDrives : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void operations_data()
+    {
+        QTest::addColumn<int>("hung");
+        row("1 of 99", 1);
+        row("2 of 99", 2);
+        row("12 of 99", 12);
+    }
+
+    void startAndStop_data() { operations_data(); }
+
+    /// A detection ends after one limit, is not held up for other consoles, and can be stopped at any time.
+    void startAndStop()
+    {
+        QFETCH(int, hung);
+        ServiceFixture service;
+        service.setProgram(HALVEX_SHORT_LIMITS_PROGRAM);
+        service.writeMachine(machine(hung));
+        QVERIFY2(service.start(), service.output());
+        QCOMPARE(service.firstLine(), QString("DETECTING"));
+        QCOMPARE(service.stop(), 0);
+
+        QElapsedTimer timer;
+        QVERIFY2(service.start(), service.output());
+        timer.start();
+        QCOMPARE(service.firstLine(), QString("DETECTING"));
+        QVERIFY(service.waitUntilReady());
+        QVERIFY(timer.elapsed() < 2 * kShortRequestLimit.count());
+        const int left = kDrives - (hung + 4) / 5 - (hung + 3) / 5; // those that hang in open() or geometry
+        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,%1").arg(left));
+        QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+        QCOMPARE(service.ask("DEVCOUNT"), QString("DETECTING"));
+        QCOMPARE(service.stop(), 0);
+    }
+
+    void operations()
+    {
+        QFETCH(int, hung);
+        ServiceFixture service;
+        service.setProgram(HALVEX_SHORT_LIMITS_PROGRAM);
+        service.setKeyValue("SMARTPollInterval", 1);
+        service.writeMachine(machine(0));
+        QVERIFY2(service.serve(), service.output());
+        service.writeMachine(machineThatStopsAnswering(hung));
+
+        RawConsole busy(service.port());
+        QVERIFY(!busy.readLine().isNull());
+        QElapsedTimer timer;
+        timer.start();
+        busy.send("REFRESH");
+        for (int i = 0; i < hung; ++i)
+            service.ask(QString("STARTSCAN]![%1]![65536]![0]![1000").arg(i));
+        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,99"));
+        QVERIFY(service.ask("GSTATSCAN").startsWith("STATSCAN]![0;1;0;0;0;"));
+        QCOMPARE(busy.socket().bytesAvailable(), 0); // REFRESH was not answered before its work
+        QCOMPARE(busy.readLine(), QString("REFRESH_OK"));
+        QVERIFY(timer.elapsed() < 2 * kShortRequestLimit.count());
+
+        for (int i = 0; i < hung; ++i)
+            QCOMPARE(service.ask(QString("STOPSCAN]![%1").arg(i)), QString("STOPEDSCAN]![%1").arg(i));
+        const auto scansRunning = [&service] { return service.ask("GSTATSCAN").contains(";1;0;0;0;"); };
+        QTRY_VERIFY_WITH_TIMEOUT(!scansRunning(), kPatienceMs);
+
+        busy.send("REFRESH");
+        QVERIFY(service.command(1));
+        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,99")); // counting, too, waits for no drive
+        QCOMPARE(service.stop(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestHungDrives)
+#include "tst_hung_drives.moc"

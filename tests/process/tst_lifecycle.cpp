@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "process/service_fixture.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QTcpServer>
+#include <QTest>
+
+namespace {
+
+/// A drive at `celsius`, and a volume on it with `freeBytes`.
+QJsonObject machine(int celsius, qint64 freeBytes)
+{
+    return json(QString(R"({"drives": [{"number": 0, "model": "DRIVE", "smart": {"attributes": [
+                    {"id": 194, "current": 100, "worst": 90, "raw": %1}]}}],
+                "volumes": [{"name": "\\\\?\\Volume{0001}\\", "letters": ["C"], "label": "System",
+                    "deviceNumber": 0, "totalBytes": 500000000000, "freeBytes": %2}]})")
+                    .arg(celsius)
+                    .arg(freeBytes)
+                    .toUtf8());
+}
+
+QByteArray eventLine(int type, const QString &text)
+{
+    const QJsonObject entry{
+        {"category", 0}, {"id", 0}, {"source", "Halvex Service"}, {"text", text}, {"type", type}};
+    return QJsonDocument(entry).toJson(QJsonDocument::Compact) + '\n';
+}
+
+QByteArray temperatureLog(const ServiceFixture &service)
+{
+    QFile file(service.path("temperature.log"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+/// Start-up, periodic work, and what pauses and changes it.
+class TestLifecycle : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void startUpEvents()
+    {
+        ServiceFixture service;
+        service.writeMachine(machine(30, 1000));
+        QVERIFY2(service.serve(), service.output());
+        QCOMPARE(
+            service.events(),
+            eventLine(0, QString("Binding to port: %1. Path to service: %2/. Version: Halvex Service v 5.0.5")
+                             .arg(service.port())
+                             .arg(service.home())) +
+                eventLine(0, "Local server started. Path to service: " + service.home() +
+                                 "/. Version: Halvex Service v 5.0.5"));
+        QCOMPARE(service.stop(), 0);
+    }
+
+    void portInUse()
+    {
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::Any));
+        ServiceFixture service;
+        service.setKeyValue("Port", other.serverPort());
+        service.writeMachine(machine(30, 1000));
+        service.launch();
+        QTRY_VERIFY_WITH_TIMEOUT(service.events().startsWith(eventLine(
+                                     0, "Failed to bind to port: 0. Version: Halvex Service v 5.0.5")),
+                                 kPatienceMs);
+        QTRY_VERIFY_WITH_TIMEOUT(service.events().contains("Local server started."), kPatienceMs);
+        QCOMPARE(service.stop(), 0);
+    }
+
+    void freeSpaceIsPolled()
+    {
+        ServiceFixture service;
+        service.setKeyValue("FreeSpacePollInterval", 1);
+        service.writeMachine(machine(30, 1234567890));
+        QVERIFY2(service.serve(), service.output());
+        QVERIFY(service.ask("ALLVOLINFO").contains("1234567890"));
+        service.writeMachine(machine(30, 987654321));
+        QTRY_VERIFY_WITH_TIMEOUT(service.ask("ALLVOLINFO").contains("987654321"), kPatienceMs);
+        QCOMPARE(service.stop(), 0);
+    }
+
+    /// New intervals apply from the next start of the timers, and are not stored by themselves. A paused
+    /// service does not poll.
+    void pollIntervalsAndPause()
+    {
+        ServiceFixture service;
+        service.setKeyValue("SMARTPollInterval", 360000);
+        service.writeMachine(machine(30, 1000));
+        QVERIFY2(service.serve(), service.output());
+        QCOMPARE(service.ask("SETTIME]![5]![360000000"), QString("SETTIME_OK,5,360000000"));
+        QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+        QTRY_VERIFY_WITH_TIMEOUT(temperatureLog(service).size() >= 5 * 8, kPatienceMs);
+
+        QVERIFY(service.pause());
+        const int paused = temperatureLog(service).size();
+        service.writeMachine(machine(40, 1000));
+        QVERIFY(service.resume());
+        QTRY_VERIFY_WITH_TIMEOUT(temperatureLog(service).size() > paused, kPatienceMs);
+        QCOMPARE(temperatureLog(service).at(paused + 7), char(40 + 33));
+        QFile key(service.path("service-key.json"));
+        QVERIFY(key.open(QIODevice::ReadOnly));
+        QCOMPARE(json(key.readAll())["SMARTPollInterval"].toInt(), 360000);
+        QCOMPARE(service.stop(), 0);
+    }
+
+    void drivesAreCountedOnCommand()
+    {
+        ServiceFixture service;
+        service.writeMachine(json(R"({"drives": [{"number": 0}]})"));
+        QVERIFY2(service.serve(), service.output());
+        QVERIFY(service.pause() && service.resume()); // the control socket is open
+        service.writeMachine(json(R"({"drives": [{"number": 0}, {"number": 5}]})"));
+        QProcess command;
+        command.setProcessEnvironment(service.environment());
+        command.start(service.process().program(), {"-command", "1"});
+        QVERIFY(command.waitForFinished(kPatienceMs));
+        QTRY_COMPARE_WITH_TIMEOUT(service.ask("DEVCOUNT"), QString("DEVCOUNT,2"), kPatienceMs);
+        QCOMPARE(service.stop(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLifecycle)
+#include "tst_lifecycle.moc"
