@@ -1,0 +1,403 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "rows.h"
+#include "web/fake_snapshot.h"
+#include "web/passwords.h"
+#include "web/site.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QThreadPool>
+
+using web::Answer;
+using web::HttpRequest;
+using web::HttpResponse;
+
+namespace {
+
+/// Returns `text` with quotation marks in the place of apostrophes.
+QByteArray quoted(const char *text)
+{
+    return QByteArray(text).replace('\'', '"');
+}
+
+/// Keeps the work that handlers start.
+class FakeGateway : public web::ServiceGateway
+{
+public:
+    void start(const QString &service, const web::ServiceWork &work, const web::Reply &reply) override
+    {
+        m_service = service;
+        m_work = work;
+        reply(HttpResponse());
+    }
+
+    QString m_service;
+    std::optional<web::ServiceWork> m_work;
+};
+
+QByteArray lightHash(const QByteArray &password)
+{
+    return "pbkdf2-sha256:10000:MDEyMzQ1Njc4OWFiY2RlZg==:" + password;
+}
+
+} // namespace
+
+/// Requests and snapshots in, responses out.
+class TestWebRequests : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_configuration = web::Configuration();
+        m_configuration.hosts = QStringList{QStringLiteral("disks.example.org")};
+        m_sessions = std::make_unique<web::Sessions>();
+        m_limit = std::make_unique<web::LoginLimit>();
+        m_gateway = std::make_unique<FakeGateway>();
+        m_history = std::make_unique<web::HistoryStore>(m_folder.path());
+        m_snapshot.services = {fakeService(QStringLiteral("files"), fakeData()),
+                               fakeService(QStringLiteral("silent"), nullptr)};
+    }
+
+    void admits_data()
+    {
+        QTest::addColumn<QByteArray>("request"); // method, path, then "Name: value" each on a line
+        QTest::addColumn<QString>("role");       // of the login; empty: none
+        QTest::addColumn<int>("status");
+        const QByteArray json = "\nContent-Type: application/json";
+        const QByteArray refresh = "POST /api/v1/services/files/refresh";
+        const QString reader = QStringLiteral("reader");
+        const QString op = QStringLiteral("operator");
+        row("foreign host name", QByteArray("GET /\nHost: evil.example"), op, 403);
+        row("host name that ends like ours", QByteArray("GET /\nHost: disks.example.org.evil.example"), op,
+            403);
+        row("user name before the host", QByteArray("GET /\nHost: 127.0.0.1@evil.example"), op, 403);
+        row("configured host name", QByteArray("GET /-/healthy\nHost: Disks.Example.Org:8643"), QString(),
+            200);
+        row("IPv6 address", QByteArray("GET /-/healthy\nHost: [::1]:8643"), QString(), 200);
+        row("no Host", QByteArray("GET /\nHost:"), op, 403);
+        row("stranger reads", QByteArray("GET /api/v1/services"), QString(), 401);
+        row("stranger sees the page", QByteArray("GET /"), QString(), 200);
+        row("reader reads", QByteArray("GET /api/v1/services"), reader, 200);
+        row("reader changes", refresh + json, reader, 403);
+        row("stranger changes", refresh + json, QString(), 401);
+        row("operator changes", refresh + json, op, 200);
+        row("form post", refresh + "\nContent-Type: application/x-www-form-urlencoded", op, 415);
+        row("page of another site", refresh + json + "\nOrigin: http://evil.example", op, 403);
+        row("page that hides its origin", refresh + json + "\nOrigin: null", op, 403);
+        row("browser says cross-site", refresh + json + "\nSec-Fetch-Site: cross-site", op, 403);
+        row("own page", refresh + json + "\nOrigin: http://127.0.0.1:8643", op, 200);
+        row("metrics with the token", QByteArray("GET /metrics\nAuthorization: Bearer tok"), QString(), 200);
+        row("metrics with another token", QByteArray("GET /metrics\nAuthorization: Bearer tok2"), QString(),
+            401);
+        row("metrics with a login", QByteArray("GET /metrics"), reader, 200);
+        row("step up in the path", QByteArray("GET /api/../../etc/passwd"), op, 400);
+        row("escaped step up", QByteArray("GET /%2e%2e/etc/passwd"), op, 400);
+        row("escaped zero", QByteArray("GET /api%00"), op, 400);
+        row("broken escape", QByteArray("GET /api/v1/services?a=%f"), op, 400);
+        row("not UTF-8", QByteArray("GET /%ff"), op, 400);
+        row("no such path", QByteArray("GET /api/v1/none"), op, 404);
+        row("no such service", QByteArray("GET /api/v1/services/none/status"), op, 404);
+        row("no such drive", QByteArray("GET /api/v1/services/files/drives/2"), op, 404);
+        row("drive that is not a number", QByteArray("GET /api/v1/services/files/drives/0x1"), op, 404);
+        row("method of another route", QByteArray("DELETE /api/v1/services") + json, op, 405);
+        row("service that never answered", QByteArray("GET /api/v1/services/silent/status"), op, 504);
+        row("period without a zone", QByteArray("GET /api/v1/events?from=2026-11-15T00:00:00"), op, 400);
+        row("too many points", QByteArray("GET /api/v1/services/files/drives/0/temperatures?points=0"), op,
+            400);
+    }
+
+    void admits()
+    {
+        QFETCH(QByteArray, request);
+        QFETCH(QString, role);
+        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator, {}}};
+        m_configuration.metricsToken = "tok";
+        QByteArray cookie;
+        if (!role.isEmpty()) {
+            const auto value = role == QLatin1String("operator") ? web::Role::Operator : web::Role::Reader;
+            cookie = m_sessions->start({QStringLiteral("ann"), value}, {}, m_now.toSecsSinceEpoch());
+        }
+        QTEST(respond(parse(request, cookie)).status, "status");
+    }
+
+    void withoutUsersEverybodyReadsAndNobodyChanges()
+    {
+        QCOMPARE(respond(parse("GET /api/v1/overview")).status, 200);
+        QCOMPARE(respond(parse("GET /metrics")).status, 200);
+        const QByteArray change = "POST /api/v1/services/files/refresh\nContent-Type: application/json";
+        QCOMPARE(respond(parse(change)).status, 403);
+        QVERIFY(!m_gateway->m_work);
+    }
+
+    void stopsServingWhatIsOld()
+    {
+        auto old = std::make_shared<web::ServiceSnapshot>(*m_snapshot.services.first());
+        old->missedPolls = 3;
+        old->state = web::ServiceState::Unreachable;
+        m_snapshot.services[0] = old;
+        const HttpResponse document = respond(parse("GET /api/v1/services/files/volumes"));
+        QCOMPARE(document.status, 200);
+        QVERIFY(document.headers.contains(qMakePair(QByteArray("Halvex-Stale"), QByteArray("1"))));
+        QVERIFY(document.headers.contains(
+            qMakePair(QByteArray("Halvex-Last-Answer"), QByteArray("2026-11-15T12:00:00Z"))));
+        const QByteArray metrics = text("GET /probe?target=files");
+        QVERIFY(metrics.contains("halvex_up{service=\"files\"} 0\n"));
+        QVERIFY(!metrics.contains("smartctl_device"));
+    }
+
+    void describesServices()
+    {
+        const QJsonArray services =
+            QJsonDocument::fromJson(respond(parse("GET /api/v1/overview")).body).array();
+        const QJsonObject files = services.at(0).toObject();
+        QCOMPARE(files.value(QStringLiteral("state")).toString(), QStringLiteral("ready"));
+        QCOMPARE(files.value(QStringLiteral("level")).toString(), QStringLiteral("warning"));
+        QCOMPARE(files.value(QStringLiteral("drives")).toInt(), 2);
+        const QJsonObject drive = files.value(QStringLiteral("driveList")).toArray().at(1).toObject();
+        QCOMPARE(drive.value(QStringLiteral("serial")).toString(), QStringLiteral("S1"));
+        QCOMPARE(drive.value(QStringLiteral("temperatures")).toArray().size(), 24);
+        const QJsonObject silent = services.at(1).toObject();
+        QCOMPARE(silent.value(QStringLiteral("state")).toString(), QStringLiteral("unreachable"));
+        QVERIFY(silent.value(QStringLiteral("lastAnswer")).isNull());
+        QCOMPARE(silent.value(QStringLiteral("error")).toString(), QStringLiteral("connection refused"));
+    }
+
+    void refusesBodies_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QByteArray>("body");
+        const QByteArray drive = "POST /api/v1/services/files/drives/0/";
+        const QByteArray schedule = "PUT /api/v1/services/files/drives/0/schedule";
+        row("not JSON", drive + "scan", QByteArray("{"));
+        row("no serial", drive + "scan", QByteArray("{}"));
+        row("unknown key", drive + "scan", quoted("{'serial': 'S0', 'frist': 1}"));
+        row("negative sector", drive + "scan", quoted("{'serial': 'S0', 'first': -1}"));
+        row("block too small", drive + "scan", quoted("{'serial': 'S0', 'block': 511}"));
+        row("weekly without a day", schedule, quoted("{'serial': 'S0', 'kind': 'weekly', 'time': '03:30'}"));
+        row("time that does not exist", schedule,
+            quoted("{'serial': 'S0', 'kind': 'daily', 'time': '24:00'}"));
+        row("date out of the protocol's years", schedule,
+            quoted("{'serial': 'S0', 'kind': 'once', 'time': '03:30', 'date': '2100-01-01'}"));
+        row("port of the service", QByteArray("PUT /api/v1/services/files/settings"), quoted("{'port': 1}"));
+        row("separator in a serial", QByteArray("POST /api/v1/services/files/acknowledge"),
+            quoted("{'serial': 'S0]![X-FORGET'}"));
+    }
+
+    void refusesBodies()
+    {
+        QFETCH(QByteArray, request);
+        QFETCH(QByteArray, body);
+        HttpRequest asked = operatorRequest(request);
+        asked.body = body;
+        QCOMPARE(respond(asked).status, 400);
+        QVERIFY(!m_gateway->m_work);
+    }
+
+    void startsWork()
+    {
+        HttpRequest scan = operatorRequest("POST /api/v1/services/files/drives/1/scan");
+        scan.body = quoted("{'serial': 'S1', 'first': 10, 'last': null}");
+        QCOMPARE(respond(scan).status, 200);
+        QCOMPARE(m_gateway->m_service, QStringLiteral("files"));
+        const auto &work = std::get<web::work::StartScan>(*m_gateway->m_work);
+        QCOMPARE(work.drive.number, 1);
+        QCOMPARE(work.drive.serial, QStringLiteral("S1"));
+        QCOMPARE(*work.first, quint64(10));
+        QVERIFY(!work.last);
+        QCOMPARE(work.block, 262144);
+    }
+
+    void logsInAndOut()
+    {
+        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator,
+                                  lightHash("6umsHhz0yhb+YIJ/FUgCrsOB+tK+gGdB+tvI2KPIHns=")}};
+        HttpRequest login = parse("POST /login\nContent-Type: application/json", "chosen-by-another");
+        login.body = quoted("{'name': 'ann', 'password': 'secret'}");
+        login.isSecure = true;
+        const HttpResponse response = respond(login);
+        QCOMPARE(response.status, 200);
+        const QByteArray header = response.headers.first().second;
+        QVERIFY2(header.endsWith("; HttpOnly; SameSite=Strict; Secure"), header);
+        const QByteArray token =
+            header.mid(header.indexOf('=') + 1, header.indexOf(';') - header.indexOf('=') - 1);
+        QVERIFY(token != "chosen-by-another"); // a session that somebody prepared is never used
+        QVERIFY(text("GET /api/v1/session", token).contains(quoted("'role':'operator'")));
+        respond(parse("POST /logout\nContent-Type: application/json", token));
+        QVERIFY(text("GET /api/v1/session", token).contains(quoted("'role':null")));
+    }
+
+    void limitsFailedLogins()
+    {
+        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator,
+                                  lightHash("6umsHhz0yhb+YIJ/FUgCrsOB+tK+gGdB+tvI2KPIHns=")}};
+        HttpRequest login = parse("POST /login\nContent-Type: application/json");
+        login.body = quoted("{'name': 'ann', 'password': 'wrong'}");
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(respond(login).status, 401);
+        QCOMPARE(respond(login).status, 429);
+        login.peer = QHostAddress(QStringLiteral("192.0.2.9"));
+        QCOMPARE(respond(login).status, 401); // another address has attempts of its own
+        m_now = m_now.addSecs(60);
+        login.peer = QHostAddress(QHostAddress::LocalHost);
+        QCOMPARE(respond(login).status, 401);
+    }
+
+    void endsSessions()
+    {
+        const web::Seconds start = m_now.toSecsSinceEpoch();
+        const QByteArray token = m_sessions->start({QStringLiteral("ann"), web::Role::Reader}, {}, start);
+        QVERIFY(m_sessions->find(token, start + 12 * 3600 - 1));
+        QVERIFY(!m_sessions->find(token, start + 12 * 3600));
+        const QByteArray next = m_sessions->start({QStringLiteral("ann"), web::Role::Reader}, token, start);
+        QVERIFY(!m_sessions->find(token, start)); // replaced by the new login
+        QVERIFY(m_sessions->find(next, start));
+    }
+
+    void writesMetrics()
+    {
+        auto data = fakeData();
+        data->drives[0].model = QStringLiteral("A\"B\\C\n<b>");
+        data->drives[1] = data->drives[0]; // same model and serial
+        data->drives[1].temperature.reset();
+        data->drives[1].powerOn.unit = PowerOnCounter::Unit::Unknown;
+        data->attributes[0].append(data->attributes[0].first());
+        m_snapshot.services = {fakeService(QStringLiteral("files"), data)};
+        const QByteArray metrics = text("GET /metrics");
+        const QByteArray device = "device=\"ata-A_B_C__b__S0-0\"";
+        QVERIFY(metrics.contains("smartctl_device_temperature{" + device +
+                                 ",temperature_type=\"current\"} 30\n"));
+        QVERIFY(metrics.contains(quoted("model_name='A\\'B\\\\C\\n<b>'")));
+        QVERIFY(metrics.contains("smartctl_device_power_on_seconds{" + device + "} 36000\n"));
+        QVERIFY(metrics.contains("smartctl_device_attribute{" + device +
+                                 quoted(",attribute_id='5',attribute_name='Reallocated_Sector_Ct',attribute_"
+                                        "flags_short='PO--CK',attribute_flags_long='prefailure,updated_"
+                                        "online,event_count,auto_keep',attribute_value_type='raw'} 7")));
+        QVERIFY(metrics.contains("device=\"ata-A_B_C__b__S0-1\"")); // told apart by the index
+        QCOMPARE(metrics.count("smartctl_device_temperature{"), 1);
+        QCOMPARE(metrics.count("smartctl_device_power_on_seconds{"), 1);
+        const QList<QByteArray> lines = metrics.split('\n');
+        QSet<QByteArray> series;
+        for (const QByteArray &line : lines.mid(0, lines.size() - 1)) {
+            const QByteArray name = line.left(line.lastIndexOf(' '));
+            QVERIFY2(!series.contains(name), name);
+            series.insert(name);
+        }
+    }
+
+    void writesOpenMetrics()
+    {
+        const QByteArray metrics = text(
+            "GET /probe?target=files\nAccept: text/plain;q=0.5,application/openmetrics-text;version=1.0.0");
+        QVERIFY(metrics.endsWith("\n# EOF\n"));
+        QVERIFY(metrics.contains("# TYPE halvex_polls counter\nhalvex_polls_total{"));
+        QVERIFY(metrics.contains("# TYPE smartctl_device_power_cycle_count unknown\n"));
+    }
+
+    void derivesSmartStatus_data()
+    {
+        QTest::addColumn<bool>("isPrefailure");
+        QTest::addColumn<quint32>("current");
+        QTest::addColumn<quint32>("threshold");
+        QTest::addColumn<QByteArray>("status");
+        row("above the threshold → 1", true, 37U, 36U, QByteArray("1"));
+        row("at the threshold → 0", true, 36U, 36U, QByteArray("0"));
+        row("advisory attribute at its threshold → 1", false, 36U, 36U, QByteArray("1"));
+        row("threshold 0 is never reached → 1", true, 0U, 0U, QByteArray("1"));
+    }
+
+    void derivesSmartStatus()
+    {
+        QFETCH(bool, isPrefailure);
+        QFETCH(quint32, current);
+        QFETCH(quint32, threshold);
+        QFETCH(QByteArray, status);
+        auto data = fakeData();
+        data->attributes[0] = {{5, isPrefailure, true, current, current, threshold, 0, 0x33}};
+        m_snapshot.services = {fakeService(QStringLiteral("files"), data)};
+        QVERIFY(text("GET /metrics")
+                    .contains("smartctl_device_smart_status{device=\"ata-MODEL_0_S0\"} " + status + '\n'));
+    }
+
+    void discoversTargets()
+    {
+        m_configuration.basePath = QStringLiteral("/disks/");
+        const QByteArray targets = text("GET /disks/targets");
+        QVERIFY2(targets.startsWith(quoted(
+                     "[{'labels':{'__metrics_path__':'/disks/"
+                     "probe','__param_target':'files','instance':'files'},'targets':['127.0.0.1:8643']}")),
+                 targets);
+        QCOMPARE(respond(parse("GET /targets")).status, 404); // outside the base path
+    }
+
+private:
+    HttpRequest parse(const QByteArray &text, const QByteArray &cookie = {}) const
+    {
+        const QList<QByteArray> lines = text.split('\n');
+        HttpRequest request;
+        request.method = lines.first().split(' ').first();
+        request.target = lines.first().split(' ').last();
+        request.peer = QHostAddress(QHostAddress::LocalHost);
+        request.headers = {{"host", "127.0.0.1:8643"}, {"cookie", "a=b; halvex-web-8643=" + cookie}};
+        for (const QByteArray &line : lines.mid(1)) {
+            const int colon = line.indexOf(':');
+            request.headers[line.left(colon).toLower()] = line.mid(colon + 1).trimmed();
+        }
+        return request;
+    }
+
+    HttpRequest operatorRequest(const QByteArray &text)
+    {
+        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator, {}}};
+        const QByteArray token =
+            m_sessions->start({QStringLiteral("ann"), web::Role::Operator}, {}, m_now.toSecsSinceEpoch());
+        return parse(text + "\nContent-Type: application/json", token);
+    }
+
+    /// Returns the response, waiting for it where it comes later, and the whole text of a chunked one.
+    HttpResponse respond(const HttpRequest &request)
+    {
+        const web::Site site{m_configuration,
+                             8643,
+                             QStringLiteral("1.0"),
+                             *m_sessions,
+                             *m_limit,
+                             *m_history,
+                             *m_gateway,
+                             std::make_shared<web::Snapshot>(m_snapshot),
+                             m_now};
+        const Answer given = web::answer(request, site);
+        if (const auto *response = std::get_if<HttpResponse>(&given))
+            return *response;
+        HttpResponse response;
+        if (const auto *deferred = std::get_if<web::Deferred>(&given)) {
+            deferred->start([&response](HttpResponse later) { response = std::move(later); });
+            QThreadPool::globalInstance()->waitForDone();
+        } else if (const auto *chunks = std::get_if<web::ChunkedText>(&given)) {
+            while (chunks->next(response.body)) {
+            }
+        }
+        return response;
+    }
+
+    QByteArray text(const QByteArray &request, const QByteArray &cookie = {})
+    {
+        return respond(parse(request, cookie)).body;
+    }
+
+    QTemporaryDir m_folder;
+    web::Configuration m_configuration;
+    std::unique_ptr<web::Sessions> m_sessions;
+    std::unique_ptr<web::LoginLimit> m_limit;
+    std::unique_ptr<FakeGateway> m_gateway;
+    std::unique_ptr<web::HistoryStore> m_history;
+    web::Snapshot m_snapshot;
+    QDateTime m_now{QDate(2026, 11, 15), QTime(12, 0), Qt::UTC};
+};
+
+QTEST_GUILESS_MAIN(TestWebRequests)
+#include "tst_web_requests.moc"

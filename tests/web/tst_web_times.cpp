@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "rows.h"
+#include "web/admission.h"
+#include "web/hourly_temperatures.h"
+#include "web/mail_transcript.h"
+#include "web/metrics/temperature_export.h"
+#include "web/temperature_series.h"
+
+#include <QJsonArray>
+
+namespace {
+
+/// A history of drive 0: each record is "MMddhhmmss" of 2026 and a temperature.
+client::TemperatureHistory history(const QVector<QPair<QString, int>> &records)
+{
+    client::TemperatureHistory result;
+    for (const auto &[time, celsius] : records) {
+        QDateTime moment =
+            QDateTime::fromString(QStringLiteral("2026") + time, QStringLiteral("yyyyMMddHHmmss"));
+        moment.setTimeSpec(Qt::UTC);
+        result.records.append({moment, 0, celsius});
+    }
+    return result;
+}
+
+const QByteArray kBerlin = QByteArrayLiteral("Europe/Berlin");
+
+} // namespace
+
+class TestWebTimes : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsServiceTime_data()
+    {
+        QTest::addColumn<QString>("reply");
+        QTest::addColumn<QByteArray>("configured");
+        QTest::addColumn<int>("offset"); // on 2026-07-01, seconds east of UTC
+        const QString prefix = QStringLiteral("X-TIME_OK]![1794744000]![");
+        row("zone name", prefix + QStringLiteral("3600]![Europe/Berlin"), QByteArray("UTC"), 7200);
+        row("name of Windows", prefix + QStringLiteral("3600]![W. Europe Standard Time"), QByteArray(), 7200);
+        row("unknown name → offset", prefix + QStringLiteral("3600]![CET?"), QByteArray(), 3600);
+        row("name that contradicts the offset → offset", prefix + QStringLiteral("7200]![Europe/Berlin"),
+            QByteArray(), 7200);
+        row("no such command → configured", QStringLiteral("UNKNOWN COMMAND - Command list:"), kBerlin, 7200);
+        row("offset out of range → configured", prefix + QStringLiteral("90000]![UTC"), kBerlin, 7200);
+    }
+
+    void readsServiceTime()
+    {
+        QFETCH(QString, reply);
+        QFETCH(QByteArray, configured);
+        const QTimeZone zone = web::zoneOf(client::parseServiceTime(reply), configured);
+        const QDateTime summer(QDate(2026, 7, 1), QTime(12, 0), Qt::UTC);
+        QTEST(zone.offsetFromUtc(summer), "offset");
+    }
+
+    void convertsAcrossDaylightSaving()
+    {
+        web::ServiceClock clock((QTimeZone(kBerlin)));
+        const auto utc = [&clock](int month, int day, int hour) {
+            const QDateTime local(QDate(2026, month, day), QTime(hour, 0), Qt::UTC);
+            return QDateTime::fromSecsSinceEpoch(clock.secondsSinceEpoch(local), Qt::UTC).time().hour();
+        };
+        QCOMPARE(utc(7, 1, 12), 10);
+        QCOMPARE(utc(11, 15, 12), 11);
+        QCOMPARE(utc(10, 25, 3), 2); // the hour after the repeated one
+        const qint64 summer = QDateTime(QDate(2026, 7, 1), QTime(10, 0), Qt::UTC).toSecsSinceEpoch();
+        QCOMPARE(clock.localTime(summer).time(), QTime(12, 0));
+    }
+
+    void dividesASeries()
+    {
+        const auto records = history({{QStringLiteral("1115000000"), 20},
+                                      {QStringLiteral("1115000100"), 30},
+                                      {QStringLiteral("1115000900"), 50},
+                                      {QStringLiteral("1115001000"), 99}});
+        web::TemperatureQuery query{0, 0, records.records.at(2).time.toSecsSinceEpoch(), 2};
+        const web::ServiceClock utc(QTimeZone::utc());
+        QJsonArray points = web::temperatureSeries(records, query, utc)[QStringLiteral("points")].toArray();
+        QCOMPARE(points.size(), 2);
+        QCOMPARE(points.at(0)[QStringLiteral("min")].toInt(), 20);
+        QCOMPARE(points.at(0)[QStringLiteral("mean")].toDouble(), 25.0);
+        QCOMPARE(points.at(0)[QStringLiteral("max")].toInt(), 30);
+        QCOMPARE(points.at(1)[QStringLiteral("time")].toString(), QStringLiteral("2026-11-15T00:09:00Z"));
+        query.drive = 1;
+        points = web::temperatureSeries(records, query, utc)[QStringLiteral("points")].toArray();
+        QVERIFY(points.isEmpty());
+        QCOMPARE(web::temperatureCsv(records, {0, 0, query.to, 1}, utc).count('\n'), 4);
+    }
+
+    void meansTheLastDay()
+    {
+        web::HourlyTemperatures hours;
+        const qint64 now = 1000 * 3600 + 1800;
+        hours.add(0, now - 24 * 3600, 10); // one hour too old
+        hours.add(0, now - 23 * 3600, 20);
+        hours.add(0, now, 30);
+        hours.add(0, now + 1, 33);
+        const web::HourlyMeans means = hours.means(0, now);
+        QCOMPARE(*means.front(), 20.0);
+        QVERIFY(!means[1]);
+        QCOMPARE(*means.back(), 31.5);
+        QVERIFY(!hours.means(7, now).back());
+    }
+
+    void exportsWithoutTheRepeatedHour()
+    {
+        const auto records =
+            history({{QStringLiteral("1025025000"), 20},
+                     {QStringLiteral("1025020500"), 21}, // the same hour again
+                     {QStringLiteral("1025025500"), 22},
+                     {QStringLiteral("1025030500"), 23},
+                     {QStringLiteral("0601000000"), 24}}); // the clock was set back by months
+        client::Drive drive;
+        drive.model = QStringLiteral("M");
+        drive.serial = QStringLiteral("S");
+        const QByteArray text = web::metrics::exportTemperatures(records, {drive}, QStringLiteral("files"),
+                                                                 web::ServiceClock(QTimeZone(kBerlin)));
+        QVector<int> celsius;
+        qint64 last = 0;
+        for (const QByteArray &line : text.split('\n')) {
+            const QList<QByteArray> words = line.split(' ');
+            if (!line.startsWith("smartctl_device_temperature{device=\"ata-M_S\","))
+                continue;
+            celsius.append(words.at(1).toInt());
+            QVERIFY(words.at(2).toLongLong() > last);
+            last = words.at(2).toLongLong();
+        }
+        QCOMPARE(celsius, (QVector<int>{24, 20, 22, 23}));
+        QVERIFY(text.endsWith("# EOF\n"));
+    }
+
+    void hidesCredentials_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<bool>("isShown");
+        const QString password = QStringLiteral("geheim");
+        row("server's greeting", QStringLiteral("220 mail ready"), true);
+        row("AUTH LOGIN", QString::fromLatin1(password.toUtf8().toBase64()), false);
+        row("AUTH PLAIN",
+            QStringLiteral("AUTH PLAIN ") + QString::fromLatin1(QByteArray("\0ann\0geheim", 11).toBase64()),
+            false);
+        row("plain", QStringLiteral("535 'geheim' is wrong"), false);
+    }
+
+    void hidesCredentials()
+    {
+        QFETCH(QString, line);
+        QTEST(web::withoutCredentials(line + QLatin1Char('\r'), QStringLiteral("geheim")).contains(line),
+              "isShown");
+    }
+
+    void findsTheClientBehindProxies_data()
+    {
+        QTest::addColumn<QByteArray>("forwarded");
+        QTest::addColumn<QString>("client"); // of a request from 10.0.0.1
+        row("no header", QByteArray(), QStringLiteral("10.0.0.1"));
+        row("one hop", QByteArray("192.0.2.1"), QStringLiteral("192.0.2.1"));
+        row("client that invents hops", QByteArray("127.0.0.1, 192.0.2.1"), QStringLiteral("192.0.2.1"));
+        row("two proxies", QByteArray("192.0.2.1, 10.0.0.2"), QStringLiteral("192.0.2.1"));
+        row("garbage", QByteArray("unknown"), QStringLiteral("10.0.0.1"));
+    }
+
+    void findsTheClientBehindProxies()
+    {
+        QFETCH(QByteArray, forwarded);
+        const QVector<QHostAddress> proxies{QHostAddress(QStringLiteral("10.0.0.1")),
+                                            QHostAddress(QStringLiteral("10.0.0.2"))};
+        QTEST(web::clientAddress(proxies.first(), forwarded, proxies).toString(), "client");
+        const QHostAddress stranger(QStringLiteral("203.0.113.5")); // whose header does not count
+        QCOMPARE(web::clientAddress(stranger, forwarded, proxies), stranger);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestWebTimes)
+#include "tst_web_times.moc"

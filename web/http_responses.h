@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Halvex developers
+#pragma once
+
+#include "web/answer.h"
+
+struct MHD_Response;
+
+/// The responses of the HTTP library. Each function returns one that the caller releases; null without
+/// memory.
+namespace web {
+
+[[nodiscard]] MHD_Response *plainResponse(const HttpResponse &answer);
+[[nodiscard]] MHD_Response *chunkedResponse(const ChunkedText &text);
+
+/// Adds the headers that every response carries: what a browser must not do with it.
+void addCommonHeaders(MHD_Response *response);
+
+} // namespace web
