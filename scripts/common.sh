@@ -1,18 +1,20 @@
 # shellcheck shell=bash
-# What the scripts share: where things are, how they speak, and which packages each kind of work needs.
-# To be sourced by bash.
+# Shared by the scripts: paths, messages, and the packages of each kind of work. To be sourced by bash.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 jobs=${JOBS:-$(nproc)}
-# What is slow to make is kept here, under names that carry their recipe's hash.
+# Slow builds are kept here, under names that contain the hash of their recipe.
 cache=${HALVEX_CACHE:-$HOME/.cache/halvex}
-# One clone takes what another has compiled: paths below the root count as relative.
+# Clones share the compiler cache: paths below the root count as relative.
 export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 
-# Debian 12's names. Nothing else in the tree names a package to be installed.
+# Packages of Debian 12. No other file names a package to install.
 declare -A packages=(
-    [build]="g++ cmake ninja-build pkg-config qtbase5-dev libudev-dev libsystemd-dev"
+    [build]="g++ cmake ninja-build pkg-config qtbase5-dev libudev-dev libsystemd-dev libmicrohttpd-dev libsqlite3-dev libjs-dygraphs"
     [test]="ccache exim4-daemon-light mandoc"
+    [web]="chromium chromium-driver python3-selenium"
+    [npm]="nodejs npm"
+    [fleet]="prometheus prometheus-alertmanager python3"
     [benchmark]="libbenchmark-dev xxd"
     [lint]="git clang-format clang-tidy"
     [mutate]="python3"
@@ -24,7 +26,7 @@ declare -A packages=(
     [qemu]="qemu-system-x86 busybox-static cpio e2fsprogs binutils"
 )
 
-# The name of the script that speaks.
+# The name of the running script.
 speaker=$(basename "$0")
 
 say() { printf '%s: %s\n' "$speaker" "$*"; }
@@ -50,7 +52,7 @@ need() {
     for group; do
         read -ra wanted -d '' <<<"${wanted[*]} ${packages[$group]}" || true
     done
-    command -v dpkg-query >/dev/null || fail "this is no Debian: install the likes of ${wanted[*]}"
+    command -v dpkg-query >/dev/null || fail "this is not Debian: install the equivalents of ${wanted[*]}"
     mapfile -t missing < <(comm -23 <(printf '%s\n' "${wanted[@]}" | sort -u) \
         <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null |
             sed -n 's/^installed //p' | sort -u))
