@@ -41,14 +41,22 @@ ConnectionWatch::ConnectionWatch(QVector<QHostAddress> unlimitedAddresses, bool 
 bool ConnectionWatch::mayConnect(const QHostAddress &address) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    return isWithinLimit(address);
+}
+
+bool ConnectionWatch::isWithinLimit(const QHostAddress &address) const
+{
     return m_unlimited.contains(address) || m_counts.value(address) < kMostOfOneAddress;
 }
 
-void ConnectionWatch::opened(quintptr socket, const QHostAddress &address, qint64 nowMs)
+bool ConnectionWatch::opened(quintptr socket, const QHostAddress &address, qint64 nowMs)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!isWithinLimit(address))
+        return false;
     m_connections.insert(socket, {address, Phase::FirstHeaders, nowMs});
     ++m_counts[address];
+    return true;
 }
 
 void ConnectionWatch::closed(quintptr socket)

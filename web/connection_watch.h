@@ -26,10 +26,12 @@ public:
 
     explicit ConnectionWatch(QVector<QHostAddress> unlimitedAddresses, bool isPlain);
 
-    /// Returns whether a new connection from `address` is within its limit.
+    /// Returns whether a new connection from `address` is within its limit at this moment.
     [[nodiscard]] bool mayConnect(const QHostAddress &address) const;
 
-    void opened(quintptr socket, const QHostAddress &address, qint64 nowMs);
+    /// Counts a connection. Returns false, and does not count it, if it exceeds the limit of its address:
+    /// threads that accept at the same time may all have been told that they may. The caller must end it.
+    [[nodiscard]] bool opened(quintptr socket, const QHostAddress &address, qint64 nowMs);
     /// Must be called before the descriptor is closed.
     void closed(quintptr socket);
     void enter(quintptr socket, Phase phase, qint64 nowMs);
@@ -38,6 +40,8 @@ public:
     void endOverdue(qint64 nowMs);
 
 private:
+    [[nodiscard]] bool isWithinLimit(const QHostAddress &address) const;
+
     struct Connection
     {
         QHostAddress address;

@@ -220,10 +220,11 @@ void HttpServer::Daemon::keepWatch()
 
 void HttpServer::Daemon::notifyConnection(MHD_Connection *connection, MHD_ConnectionNotificationCode code)
 {
-    if (code == MHD_CONNECTION_NOTIFY_STARTED)
-        m_watch.opened(socketOf(connection), peerOf(connection), m_clock.elapsed());
-    else
-        m_watch.closed(socketOf(connection));
+    const quintptr socket = socketOf(connection);
+    if (code != MHD_CONNECTION_NOTIFY_STARTED)
+        m_watch.closed(socket);
+    else if (!m_watch.opened(socket, peerOf(connection), m_clock.elapsed()))
+        host::endConnection(socket, {});
 }
 
 /// Called when the headers are complete, for each part of the body, at its end, and after each suspension.

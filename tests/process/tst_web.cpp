@@ -300,7 +300,7 @@ private Q_SLOTS:
         for (int i = 0; i < 40; ++i) {
             sockets.push_back(std::make_unique<QTcpSocket>());
             sockets.back()->connectToHost("127.0.0.1", m_web->port());
-            QVERIFY(sockets.back()->waitForConnected(kPatienceMs));
+            sockets.back()->waitForConnected(kPatienceMs); // fails if the server has closed it by then
         }
         const auto open = [&sockets] {
             return std::count_if(sockets.cbegin(), sockets.cend(), [](const auto &socket) {

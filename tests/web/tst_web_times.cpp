@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "rows.h"
 #include "web/admission.h"
+#include "web/connection_watch.h"
 #include "web/hourly_temperatures.h"
 #include "web/mail_transcript.h"
 #include "web/metrics/temperature_export.h"
@@ -151,6 +152,25 @@ private Q_SLOTS:
         QFETCH(QString, line);
         QTEST(web::withoutCredentials(line + QLatin1Char('\r'), QStringLiteral("geheim")).contains(line),
               "isShown");
+    }
+
+    void limitsConnectionsOfOneAddress()
+    {
+        const QHostAddress client(QStringLiteral("192.0.2.1"));
+        const QHostAddress proxy(QStringLiteral("10.0.0.1"));
+        web::ConnectionWatch watch({proxy}, true);
+        for (quintptr socket = 1; socket <= 31; ++socket)
+            QVERIFY(watch.opened(socket, client, 0));
+        QVERIFY(watch.mayConnect(client)); // asked on two threads before either connection is counted
+        QVERIFY(watch.opened(32, client, 0));
+        QVERIFY(!watch.opened(33, client, 0));
+        QVERIFY(!watch.mayConnect(client));
+        watch.closed(33); // was not counted
+        QVERIFY(!watch.mayConnect(client));
+        watch.closed(1);
+        QVERIFY(watch.mayConnect(client));
+        for (quintptr socket = 101; socket <= 140; ++socket)
+            QVERIFY(watch.opened(socket, proxy, 0));
     }
 
     void findsTheClientBehindProxies_data()
