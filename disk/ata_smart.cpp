@@ -58,16 +58,18 @@ ATA_Smart::ATA_Smart(DriveSystem &drives, Workers &workers, bool leavesAsleep, Q
 void ATA_Smart::detectDevices()
 {
     abandonReaders();
+    m_deadline.setRemainingTime(m_workers.limits().request);
     m_found.assign(detection::kDetectedNumbers, std::nullopt);
     m_runningReaders = detection::kDetectedNumbers;
     const auto rescan = std::make_shared<std::once_flag>();
     for (int number = 0; number < detection::kDetectedNumbers; ++number) {
         SmartRead read = probeOf(number);
         read.rescan = rescan;
-        startReader(std::move(read), [this, number](const DriveReading &reading) {
+        const auto found = [this, number](const DriveReading &reading) {
             m_found[std::size_t(number)] = reading;
             S_thread_terminated();
-        });
+        };
+        startReader(read, found, m_workers.limits().request);
     }
 }
 
@@ -219,20 +221,36 @@ void ATA_Smart::listDrive(const DriveReading &reading)
         applyReading(m_detected[index], reading);
         return;
     }
+    if (m_deadline.hasExpired())
+        return; // another drive hangs; hasUnreadDrives() has this one read
     ++m_runningReaders;
-    startReader(fullReadOf(device, index), [this, index](const DriveReading &read) {
+    const auto done = [this, index](const DriveReading &read) {
         applyReading(m_detected[index], read);
         S_thread_terminated();
-    });
+    };
+    startReader(fullReadOf(device, index), done, std::chrono::milliseconds(m_deadline.remainingTime()));
 }
 
-void ATA_Smart::startReader(SmartRead read, Done done)
+bool ATA_Smart::hasUnreadDrives() const
 {
-    auto thread = std::make_unique<SMART_thread>(m_drives, std::move(read));
+    return std::any_of(m_devices.cbegin(), m_devices.cend(),
+                       [](const DeviceRecord &device) { return device.lastRead == LastRead::None; });
+}
+
+/// Starts a reader, or shares the same read of somebody else that has not started yet.
+void ATA_Smart::startReader(const SmartRead &read, Done done, std::chrono::milliseconds limit)
+{
+    for (auto &[number, reader] : m_readers) {
+        if (reader.thread->task() == read && m_workers.isWaiting(number)) {
+            reader.done.push_back(std::move(done));
+            return;
+        }
+    }
+    auto thread = std::make_unique<SMART_thread>(m_drives, read);
     SMART_thread *const reader = thread.get();
-    const int number = m_workers.start(std::move(thread), m_workers.limits().request,
-                                       [this](int work, WorkEnd end) { passReading(work, end); });
-    m_readers[number] = {reader, std::move(done)};
+    const int number =
+        m_workers.start(std::move(thread), limit, [this](int work, WorkEnd end) { passReading(work, end); });
+    m_readers[number] = {reader, {std::move(done)}};
 }
 
 /// Starts the reads at the same time; passes their results when the last is done.
@@ -254,11 +272,12 @@ void ATA_Smart::readAll(const std::vector<std::optional<SmartRead>> &reads,
     for (std::size_t i = 0; i < reads.size(); ++i) {
         if (!reads[i])
             continue;
-        startReader(*reads[i], [batch, i](const DriveReading &reading) {
+        const auto store = [batch, i](const DriveReading &reading) {
             batch->readings[i] = reading;
             if (--batch->running == 0)
                 batch->done(batch->readings);
-        });
+        };
+        startReader(*reads[i], store, m_workers.limits().request);
     }
 }
 
@@ -278,7 +297,8 @@ void ATA_Smart::passReading(int reader, WorkEnd end)
     DriveReading reading = found->second.thread->reading();
     if (end != WorkEnd::Done)
         reading.error = end == WorkEnd::Hung ? system_error::kBusy : system_error::kSemTimeout;
-    const Done done = std::move(found->second.done);
+    const std::vector<Done> receivers = std::move(found->second.done);
     m_readers.erase(found);
-    done(reading);
+    for (const Done &done : receivers)
+        done(reading);
 }

@@ -7,8 +7,10 @@
 #include "disk/smart_thread.h"
 #include "disk/workers.h"
 
+#include <QDeadlineTimer>
 #include <QObject>
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
@@ -47,6 +49,9 @@ public:
     /// in number or identity from the device list. A drive that does not answer counts as unchanged.
     void countDrives(std::function<void(int present, bool changed)> done);
 
+    /// Whether the detection had no time left to read a drive that is read by its place in the list.
+    [[nodiscard]] bool hasUnreadDrives() const;
+
 Q_SIGNALS:
     void finishedScanSMART(); ///< the detection is complete
 
@@ -62,10 +67,10 @@ private:
     struct Reader
     {
         SMART_thread *thread = nullptr; ///< owned by m_workers; valid until the reader is done
-        Done done;
+        std::vector<Done> done;         ///< of all that share the read
     };
 
-    void startReader(SmartRead read, Done done);
+    void startReader(const SmartRead &read, Done done, std::chrono::milliseconds limit);
     void readAll(const std::vector<std::optional<SmartRead>> &reads,
                  std::function<void(const Readings &)> done);
     void passReading(int reader, WorkEnd end);
@@ -84,6 +89,7 @@ private:
     FaultLog m_faults;
     std::map<int, Reader> m_readers; ///< by the number of their work
     int m_runningReaders = 0;        ///< of the detection
+    QDeadlineTimer m_deadline;       ///< of the detection
     Readings m_found;                ///< by probe number, while a detection looks for drives
     DeviceList m_detected;           ///< the new list, until the detection is complete
 };

@@ -5,6 +5,7 @@
 #include "disk/detection.h"
 #include "disk/exchange.h"
 
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -35,6 +36,15 @@ bool hasThresholds(AccessMethod method)
 }
 
 } // namespace
+
+bool operator==(const SmartRead &left, const SmartRead &right)
+{
+    const auto values = [](const SmartRead &read) {
+        return std::tie(read.path, read.index, read.driveNumber, read.identify, read.probeNumber, read.method,
+                        read.data, read.thresholds, read.leaveAsleep, read.rescan);
+    };
+    return values(left) == values(right);
+}
 
 SMART_thread::SMART_thread(DriveSystem &drives, SmartRead read)
     : DriveWorker(drives, read.path)

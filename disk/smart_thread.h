@@ -25,6 +25,8 @@ struct SmartRead
         rescan; ///< set: the first of the reads that share it looks for new drives
 };
 
+[[nodiscard]] bool operator==(const SmartRead &left, const SmartRead &right);
+
 /// Reads one drive: its identity, its S.M.A.R.T. sectors, or both.
 class SMART_thread : public DriveWorker
 {
@@ -32,6 +34,8 @@ class SMART_thread : public DriveWorker
 
 public:
     SMART_thread(DriveSystem &drives, SmartRead read);
+
+    [[nodiscard]] const SmartRead &task() const { return m_read; }
 
     /// Returns what has been read so far. Any thread.
     [[nodiscard]] DriveReading reading() const;

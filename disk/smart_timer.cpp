@@ -6,6 +6,7 @@ SMART_timer::SMART_timer(int index, QObject *parent)
     : QTimer(parent)
     , m_index(index)
 {
+    setTimerType(Qt::PreciseTimer); // others may end some percent too early
     connect(this, &QTimer::timeout, this, &SMART_timer::itsTime);
 }
 

@@ -28,12 +28,17 @@ int Workers::start(std::unique_ptr<Worker> worker, Milliseconds limit, Ended end
 {
     const int number = ++m_lastNumber;
     const bool isRefused = isHung(worker->subject());
-    m_work[number] = {std::move(worker), limit, std::move(ended), isRefused ? State::Refused : State::Waiting,
-                      nullptr};
-    if (isRefused)
-        QMetaObject::invokeMethod(
-            this, [this, number] { remove(number); }, Qt::QueuedConnection);
-    else if (!mustWait(number))
+    auto timer = std::make_unique<SMART_timer>(number);
+    connect(timer.get(), &SMART_timer::needTerminated, this, &Workers::passLimit);
+    Work &work = m_work[number];
+    work = {std::move(worker), std::move(ended), isRefused ? State::Refused : State::Waiting,
+            std::move(timer)};
+    if (isRefused) {
+        removeLater(number);
+        return number;
+    }
+    work.timer->start(limit);
+    if (!mustWait(number))
         begin(number);
     return number;
 }
@@ -41,17 +46,15 @@ int Workers::start(std::unique_ptr<Worker> worker, Milliseconds limit, Ended end
 void Workers::setLimit(int work, Milliseconds limit)
 {
     const auto found = m_work.find(work);
-    if (found == m_work.end())
-        return;
-    found->second.limit = limit;
-    if (found->second.state == State::Running)
+    if (found != m_work.end() &&
+        (found->second.state == State::Running || found->second.state == State::Waiting))
         found->second.timer->start(limit);
 }
 
 void Workers::stopLimit(int work)
 {
     const auto found = m_work.find(work);
-    if (found != m_work.end() && found->second.timer)
+    if (found != m_work.end())
         found->second.timer->stop();
 }
 
@@ -72,6 +75,12 @@ bool Workers::isHung(const QString &subject) const
     return std::any_of(m_work.cbegin(), m_work.cend(), [&subject](const auto &entry) {
         return entry.second.state == State::Late && entry.second.worker->subject() == subject;
     });
+}
+
+bool Workers::isWaiting(int work) const
+{
+    const auto found = m_work.find(work);
+    return found != m_work.end() && found->second.state == State::Waiting;
 }
 
 bool Workers::stopAll()
@@ -111,11 +120,8 @@ void Workers::begin(int number)
 {
     Work &work = m_work.at(number);
     work.state = State::Running;
-    work.timer = std::make_unique<SMART_timer>(number);
-    connect(work.timer.get(), &SMART_timer::needTerminated, this, &Workers::passLimit);
     connect(work.worker.get(), &Worker::workDone, this, [this, number] { end(number, WorkEnd::Done); });
     connect(work.worker.get(), &QThread::finished, this, [this, number] { remove(number); });
-    work.timer->start(work.limit);
     work.worker->start();
 }
 
@@ -126,13 +132,20 @@ void Workers::passLimit(int number)
         return;
     qCDebug(lcDisk) << work.worker->subject() << "does not answer in time";
     work.timer->stop();
-    work.state = State::Late;
+    const bool hasStarted = std::exchange(work.state, State::Refused) == State::Running;
+    if (hasStarted)
+        work.state = State::Late;
     end(number, WorkEnd::TimedOut); // before the cancelled work goes on with failing requests
-    work.worker->cancel();
-    if (!work.worker->isRunning()) // its end is on the way, or the system had no thread for it
-        QMetaObject::invokeMethod(
-            this, [this, number] { remove(number); }, Qt::QueuedConnection);
+    if (hasStarted)
+        endLate(work);
+    if (!work.worker->isRunning()) // its end is on the way, it had no turn, or the system no thread for it
+        removeLater(number);
+}
 
+/// Cancels late work, and ends the work that waits for it.
+void Workers::endLate(Work &work)
+{
+    work.worker->cancel();
     std::vector<int> waiting;
     for (const auto &[other, candidate] : m_work) {
         if (candidate.state == State::Waiting && candidate.worker->subject() == work.worker->subject())
@@ -140,6 +153,12 @@ void Workers::passLimit(int number)
     }
     for (const int other : waiting)
         remove(other);
+}
+
+void Workers::removeLater(int number)
+{
+    QMetaObject::invokeMethod(
+        this, [this, number] { remove(number); }, Qt::QueuedConnection);
 }
 
 void Workers::end(int number, WorkEnd how)
@@ -154,7 +173,7 @@ void Workers::remove(int number)
     const auto found = m_work.find(number);
     if (found == m_work.end())
         return;
-    end(number, found->second.timer ? WorkEnd::Done : WorkEnd::Hung);
+    end(number, found->second.state == State::Running ? WorkEnd::Done : WorkEnd::Hung);
     const QString subject = found->second.worker->subject();
     m_work.erase(found);
     for (const auto &[other, candidate] : m_work) {

@@ -49,11 +49,12 @@ public:
 
     [[nodiscard]] const WorkLimits &limits() const { return m_limits; }
 
-    /// Starts `worker`, when it is its subject's turn. `ended` is called once, in a later turn of the event
-    /// loop, unless the work is abandoned; the worker exists until it returns. Returns the work's number.
+    /// Starts `worker`, when it is its subject's turn. The limit begins now, and work that has not had its
+    /// turn by then ends too. `ended` is called once, in a later turn of the event loop, unless the work is
+    /// abandoned; the worker exists until it returns. Returns the work's number.
     int start(std::unique_ptr<Worker> worker, Milliseconds limit, Ended ended);
 
-    /// Restarts the limit of work under way.
+    /// Restarts the limit of work.
     void setLimit(int work, Milliseconds limit);
 
     void stopLimit(int work);
@@ -64,6 +65,9 @@ public:
     /// Whether a worker of this subject is past its limit and still running.
     [[nodiscard]] bool isHung(const QString &subject) const;
 
+    /// Whether the work has not had its turn yet.
+    [[nodiscard]] bool isWaiting(int work) const;
+
     /// Whether any thread still runs.
     [[nodiscard]] bool isBusy() const { return !m_work.empty(); }
 
@@ -72,20 +76,21 @@ public:
     bool stopAll();
 
 private:
-    enum class State { Waiting, Refused, Running, Late };
+    enum class State { Waiting, Refused, Running, Late }; ///< Refused: ends without having run
 
     struct Work
     {
         std::unique_ptr<Worker> worker;
-        Milliseconds limit;
         Ended ended; ///< empty once it was called, or forgotten
         State state = State::Waiting;
-        std::unique_ptr<SMART_timer> timer; ///< from the start of the worker on
+        std::unique_ptr<SMART_timer> timer;
     };
 
     [[nodiscard]] bool mustWait(int number) const;
     void begin(int number);
     void passLimit(int number);
+    void endLate(Work &work);
+    void removeLater(int number);
     void end(int number, WorkEnd how);
     void remove(int number);
     bool waitForAll(Milliseconds limit) const;

@@ -11,6 +11,7 @@
 #include "rows.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 
 using namespace std::chrono_literals;
 using Stall = StallingDrives::Stall;
@@ -192,6 +193,46 @@ private Q_SLOTS:
         }
         devices = inventory.detect(); // the one whose open() never returns is not asked again
         QCOMPARE(pathsOf(devices), QStringList({"0", "2", "3", "4", "5"}));
+    }
+
+    /// A drive that is read by its place in the list waits for the others; it is read later if they hang.
+    void detectionEndsWithinOneLimit_data()
+    {
+        QTest::addColumn<QByteArray>("first"); // keys of the first of two drives
+        QTest::addColumn<bool>("isUnread");    // the second
+        row("both answer", QByteArray("{}"), false);
+        row("one hangs", QByteArray(R"({"hangs": ["geometry"]})"), true);
+    }
+
+    void detectionEndsWithinOneLimit()
+    {
+        QFETCH(QByteArray, first);
+        const SimulatedMachine machine(
+            {simulated(0, first),
+             simulated(1, R"({"answers": ["geometry", "partition", "deviceNumber", "smart"]})")});
+        Inventory inventory(machine.drives(), {3s, kAgeLong, 0ms, 1s});
+        QElapsedTimer timer;
+        timer.start();
+        inventory.detect();
+        QTEST(inventory.smart.hasUnreadDrives(), "isUnread");
+        QVERIFY(timer.elapsed() < 2 * 3000);
+        inventory.poll();
+        QVERIFY(!inventory.smart.hasUnreadDrives());
+        QCOMPARE(inventory.smart.devices().last().attributes.value(0).threshold, 20U);
+    }
+
+    /// A crowd of polls reads each drive twice at most at a time: now, and once more for all that come later.
+    void pollsThatWaitShareARead()
+    {
+        TwoDrives machine;
+        machine.drives.stall(machine.first, Stall::UntilReleased);
+        int done = 0;
+        for (int i = 0; i < 10; ++i)
+            machine.inventory.smart.readDrives(false, [&](const auto & /*readings*/) { ++done; });
+        QTRY_COMPARE(machine.drives.requests.load(), 3); // the second drive answers meanwhile
+        machine.drives.stall(machine.first, Stall::No);
+        runUntil([&] { return done == 10; });
+        QCOMPARE(machine.drives.requests.load(), 4);
     }
 
     void detectionKeepsTheIdentityOfADriveThatHangs()

@@ -107,6 +107,20 @@ private Q_SLOTS:
         QCOMPARE(bench.ends.last(), WorkEnd::Done);
     }
 
+    /// The wait for a drive that is slow, but not hung, counts too.
+    void limitIncludesTheWait()
+    {
+        Bench bench;
+        bench.start(kAgeLong);
+        const int second = bench.start(1ms);
+        QVERIFY(bench.workers.isWaiting(second));
+        QTRY_COMPARE(bench.ends, QVector<WorkEnd>({WorkEnd::TimedOut}));
+        QVERIFY(!bench.workers.isHung(kSubject));
+        bench.script.permits.release(2);
+        QTRY_VERIFY(!bench.workers.isBusy());
+        QCOMPARE(bench.script.started.load(), 1);
+    }
+
     void abandonedWorkIsNotReported()
     {
         Bench bench;
