@@ -5,20 +5,18 @@
 #include "config/service_options.h"
 #include "config/settings.h"
 #include "config/settings_store.h"
-#include "disk/life_time.h"
-#include "disk/volume_enumeration.h"
 #include "monitor/health.h"
 #include "monitor/temperature_log.h"
 #include "platform/platform.h"
 #include "scan/schedule.h"
 #include "service/logging.h"
+#include "service/poll_interval.h"
 #include "service/service_context.h"
 
 #include <QDateTime>
 
 #include <algorithm>
 #include <chrono>
-#include <limits>
 #include <memory>
 #include <utility>
 
@@ -27,29 +25,10 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kScheduleCheckInterval{20000};
-constexpr milliseconds kDriveCountDelay{500};
 constexpr milliseconds kStoreRetryDelay{20000};
-constexpr milliseconds kLifeTimeDelay{130000};
 
 /// How long a scan may take to end before STOPSCAN is answered, so that the next status shows its end.
 constexpr milliseconds kStopScanGrace{100};
-
-/// Returns a poll interval as a timer takes it. One below 1 ms would make the event loop spin.
-milliseconds timerInterval(qint64 interval)
-{
-    constexpr milliseconds kTooShort{1000};
-    return interval < 1 ? kTooShort
-                        : milliseconds(std::min<qint64>(interval, std::numeric_limits<qint32>::max()));
-}
-
-/// Calls `done` at the `count`th call.
-std::function<void()> after(int count, std::function<void()> done)
-{
-    return [left = std::make_shared<int>(count), done = std::move(done)] {
-        if (--*left == 0)
-            done();
-    };
-}
 
 /// The usual number of consoles, unless descriptors are scarce: then enough of them are left for drives,
 /// scans, files and listeners, and for a console that another one is closed for. An accept that fails for
@@ -79,45 +58,48 @@ HxDaemon::HxDaemon(ServiceContext &context, QObject *parent)
                 connectionLimits(context.platform.descriptorLimit))
     , m_context(context)
     , m_workers(context.limits)
-    , m_inventory(*context.platform.drives, m_workers, context.options.skipStandbyDrives)
-    , m_volumes(*context.platform.volumes, m_workers)
+    , m_cycle(*context.platform.drives, *context.platform.volumes, m_workers,
+              context.options.skipStandbyDrives)
     , m_scans(*context.platform.drives, m_workers)
     , m_temperatures(temperatureLogIn(context.settings.programDirectory), historySizes())
-    , m_refreshes([this](int number) { startRefresh(number); })
     , m_mail({context.options.smtpSecurity, context.options.smtpAuthorities})
     , m_alerts(*context.platform.eventLog, m_mail)
     , m_alarms(context.settings, context.options, *context.platform.eventLog, m_alerts,
                context.settings.programDirectory)
 {
-    connect(&m_inventory, &ATA_Smart::finishedScanSMART, this, &HxDaemon::get_devices_complette);
     listenOn(quint16(settings().port));
     qCInfo(lcService, "Listening port: %d. isListening = %d", serverPort(), int(isListening()));
 
-    connect(&m_smartTimer, &QTimer::timeout, this, &HxDaemon::update_SMART);
-    connect(&m_volumeTimer, &QTimer::timeout, this, &HxDaemon::Volume_updateDisplay);
-    connect(&m_scheduleTimer, &QTimer::timeout, this, &HxDaemon::checkScanScheduler);
-    m_smartTimer.setInterval(timerInterval(settings().smartPollInterval));
-    m_volumeTimer.setInterval(timerInterval(settings().freeSpacePollInterval));
-    m_scheduleTimer.setInterval(kScheduleCheckInterval);
-
+    connectTimers();
+    connectDrives();
     m_mail.setTimeouts({SmtpTimeouts().connecting, context.options.smtpReplyTimeout});
     connect(&m_mail, &smtp_sender::smtpSenderError, this, &HxDaemon::smtpSenderError);
     connect(&m_mail, &smtp_sender::smtpSenderOk, this, &HxDaemon::smtpSenderOk);
 
-    m_driveCountTimer.setSingleShot(true);
-    m_driveCountTimer.setInterval(kDriveCountDelay);
-    connect(&m_driveCountTimer, &QTimer::timeout, this, &HxDaemon::checkFixedDriveCount);
-    m_lifeTimeTimer.setSingleShot(true);
-    m_lifeTimeTimer.setInterval(kLifeTimeDelay);
-    connect(&m_lifeTimeTimer, &QTimer::timeout, this, &HxDaemon::set_attr9);
-    connect(&m_scans, &ScanWorkers::ended, this, &HxDaemon::storeScan);
+    m_temperatures.prepare();
+    resetInfo();
+}
 
+void HxDaemon::connectTimers()
+{
+    connect(&m_smartTimer, &QTimer::timeout, this, &HxDaemon::update_SMART);
+    connect(&m_volumeTimer, &QTimer::timeout, this, &HxDaemon::Volume_updateDisplay);
+    connect(&m_scheduleTimer, &QTimer::timeout, this, &HxDaemon::checkScanScheduler);
+    applyPollIntervals();
+    m_scheduleTimer.setInterval(kScheduleCheckInterval);
     m_storeTimer.setSingleShot(true);
     m_storeTimer.setInterval(kStoreRetryDelay);
     connect(&m_storeTimer, &QTimer::timeout, this, &HxDaemon::writeSettings);
+}
 
-    m_temperatures.prepare();
-    resetInfo();
+void HxDaemon::connectDrives()
+{
+    connect(&m_cycle, &DriveCycle::detected, this, &HxDaemon::get_devices_complette);
+    connect(&m_cycle, &DriveCycle::polled, this, [this] { evaluateDrives(true); });
+    connect(&m_cycle, &DriveCycle::countDue, this, &HxDaemon::checkFixedDriveCount);
+    connect(&m_cycle, &DriveCycle::countChanged, this, &HxDaemon::resetInfo);
+    connect(&m_cycle, &DriveCycle::lifeTimeDue, this, &HxDaemon::set_attr9);
+    connect(&m_scans, &ScanWorkers::ended, this, &HxDaemon::storeScan);
 }
 
 HxDaemon::~HxDaemon()
@@ -141,8 +123,7 @@ void HxDaemon::resume()
 
 void HxDaemon::scheduleDriveCount()
 {
-    if (!m_driveCountTimer.isActive())
-        m_driveCountTimer.start();
+    m_cycle.scheduleCount();
 }
 
 void HxDaemon::startPeriodicTimers()
@@ -159,55 +140,42 @@ void HxDaemon::stopPeriodicTimers()
     m_scheduleTimer.stop();
 }
 
+/// The new intervals apply when the timers start again.
+void HxDaemon::applyPollIntervals()
+{
+    m_smartTimer.setInterval(timerInterval(settings().smartPollInterval));
+    m_volumeTimer.setInterval(timerInterval(settings().freeSpacePollInterval));
+}
+
 void HxDaemon::resetInfo()
 {
-    if (m_paused || m_detectionParts > 0)
+    if (m_paused || m_cycle.isDetecting())
         return;
-    m_detecting = true;
-    m_detectionParts = 2; // the drives and the volumes
-    m_isPolling = false;
-    m_isCounting = false;
     stopPeriodicTimers();
-    m_lifeTimeTimer.stop();
     m_scans.abandonAll();
-    m_inventory.detectDevices();
-    m_volumes.read([this](const VolumeList &volumes) {
-        m_detectedVolumes = volumes;
-        get_devices_complette();
-    });
+    m_cycle.detect();
 }
 
 // A detection that was under way when the service paused still starts the timers here.
 void HxDaemon::get_devices_complette()
 {
-    if (--m_detectionParts > 0)
-        return;
-    m_detecting = false;
     m_hasDevices = true;
-    if (!m_inventory.devices().isEmpty()) {
-        volume_enumeration::assign(m_detectedVolumes, m_inventory.devices());
-        m_context.store.readDriveState(m_inventory.devices());
-    }
+    if (!m_cycle.devices().isEmpty())
+        m_context.store.readDriveState(m_cycle.devices());
     evaluateDrives(true);
-    m_smartTimer.setInterval(timerInterval(settings().smartPollInterval));
-    m_volumeTimer.setInterval(timerInterval(settings().freeSpacePollInterval));
+    applyPollIntervals();
     startPeriodicTimers();
-    m_lifeTimeTimer.start();
     qCInfo(lcService, "Collection info finished");
-    m_refreshes.endAll(); // those that the detection has interrupted: it has read all they asked for
 }
 
-/// Skips a poll while the last one has not ended.
 void HxDaemon::update_SMART()
 {
-    if (!std::exchange(m_isPolling, true))
-        pollDrives([this] { m_isPolling = false; });
+    m_cycle.pollDrives();
 }
 
 void HxDaemon::Volume_updateDisplay()
 {
-    if (!std::exchange(m_isPollingVolumes, true))
-        pollVolumes([this] { m_isPollingVolumes = false; });
+    m_cycle.pollVolumes();
 }
 
 void HxDaemon::update_ALL()
@@ -220,40 +188,9 @@ void HxDaemon::refreshInfo()
     refresh([] {});
 }
 
-void HxDaemon::startRefresh(int number)
-{
-    const auto partEnded = after(2, [this, number] { m_refreshes.end(number); });
-    pollDrives(partEnded);
-    pollVolumes(partEnded);
-}
-
-void HxDaemon::pollDrives(const Completion &done)
-{
-    m_inventory.readDrives(false, [this, done](const ATA_Smart::Readings &readings) {
-        keepPreviousValues(m_inventory.devices());
-        m_inventory.apply(readings);
-        evaluateDrives(true);
-        qCInfo(lcService, "Update SMART info finished");
-        done();
-    });
-}
-
-void HxDaemon::pollVolumes(const Completion &done)
-{
-    m_volumes.read([this, done](const VolumeList &volumes) {
-        volume_enumeration::assign(volumes, m_inventory.devices());
-        qCInfo(lcService, "Update Volume info finished");
-        done();
-    });
-}
-
 void HxDaemon::set_attr9()
 {
-    m_inventory.readDrives(true, [this](const ATA_Smart::Readings &readings) {
-        m_inventory.apply(readings);
-        life_time::classify(m_inventory.devices());
-        qCInfo(lcService, "Detecting life time info finished");
-    });
+    m_cycle.detectLifeTimes();
 }
 
 void HxDaemon::checkHealth()
@@ -263,36 +200,25 @@ void HxDaemon::checkHealth()
 
 void HxDaemon::evaluateDrives(bool isPoll)
 {
-    const HealthReport report = evaluateHealth(m_inventory.devices(), settings());
+    const HealthReport report = evaluateHealth(m_cycle.devices(), settings());
     m_context.settings.alertLevel = report.alertLevel;
     m_temperatures.append(report.temperatures, QDateTime::currentDateTime());
-    m_alarms.evaluated(report, m_inventory.devices(), isPoll, !m_detecting);
+    m_alarms.evaluated(report, m_cycle.devices(), isPoll, !isDetecting());
 }
 
 void HxDaemon::checkScanScheduler()
 {
     const QDateTime now = QDateTime::currentDateTime();
-    for (const ScanRequest &request : dueScans(m_inventory.devices(), m_servedSchedules, now)) {
-        const DeviceRecord &device = m_inventory.devices().at(request.device);
+    for (const ScanRequest &request : dueScans(m_cycle.devices(), m_servedSchedules, now)) {
+        const DeviceRecord &device = m_cycle.devices().at(request.device);
         if (m_scans.start(request, device))
             m_servedSchedules.serve(device, now.date());
     }
 }
 
-/// Waits for a detection or a count in progress, so that no change is missed.
 void HxDaemon::checkFixedDriveCount()
 {
-    if (m_detectionParts > 0 || m_isCounting) {
-        m_driveCountTimer.start();
-        return;
-    }
-    m_isCounting = true;
-    m_inventory.countDrives([this](int present, bool changed) {
-        m_isCounting = false;
-        qCInfo(lcService, "processCommand timer %d %d", m_inventory.devices().size(), present);
-        if (changed)
-            resetInfo();
-    });
+    m_cycle.countDrives();
 }
 
 void HxDaemon::smtpSenderError(const MailRun &run)
@@ -345,12 +271,12 @@ void HxDaemon::changeSettings(const SettingsChange &change)
 
 const DeviceList &HxDaemon::devices() const
 {
-    return m_inventory.devices();
+    return m_cycle.devices();
 }
 
 void HxDaemon::publishScanProgress()
 {
-    m_scans.publish(m_inventory.devices());
+    m_scans.publish(m_cycle.devices());
 }
 
 void HxDaemon::writeSettings()
@@ -370,7 +296,7 @@ void HxDaemon::reset(Completion started)
 
 void HxDaemon::refresh(Completion finished)
 {
-    m_refreshes.add(std::move(finished));
+    m_cycle.refresh(std::move(finished));
 }
 
 bool HxDaemon::isScanRunning(int device) const
@@ -380,8 +306,8 @@ bool HxDaemon::isScanRunning(int device) const
 
 void HxDaemon::startScan(const ScanRequest &request)
 {
-    if (request.device >= 0 && request.device < m_inventory.devices().size())
-        m_scans.start(request, m_inventory.devices().at(request.device));
+    if (request.device >= 0 && request.device < m_cycle.devices().size())
+        m_scans.start(request, m_cycle.devices().at(request.device));
 }
 
 void HxDaemon::stopScan(int device, Completion finished)
@@ -396,7 +322,7 @@ void HxDaemon::stopScan(int device, Completion finished)
 
 void HxDaemon::changeSchedule(const ScheduleChange &change)
 {
-    applyScheduleChange(change, m_inventory.devices());
+    applyScheduleChange(change, m_cycle.devices());
     writeSettings();
 }
 
@@ -412,13 +338,13 @@ void HxDaemon::findTemperatures(const HistoryPeriod &period, TemperatureHistory:
 
 void HxDaemon::storeScan(int device, const ScanProgress &result)
 {
-    applyProgress(result, m_inventory.devices()[device]);
+    applyProgress(result, m_cycle.devices()[device]);
     writeSettings();
 }
 
 bool HxDaemon::endWorkers()
 {
     const bool hasEnded = m_workers.stopAll();
-    m_scans.publish(m_inventory.devices());
+    m_scans.publish(m_cycle.devices());
     return hasEnded && !HostLookup::isAnyRunning();
 }

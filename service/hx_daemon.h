@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
-#include "disk/ata_smart.h"
-#include "disk/volume_reader.h"
 #include "disk/workers.h"
 #include "monitor/alarms.h"
 #include "monitor/alert_delivery.h"
@@ -14,7 +12,7 @@
 #include "scan/scan_progress.h"
 #include "scan/scan_workers.h"
 #include "scan/schedule.h"
-#include "service/refresh_queue.h"
+#include "service/drive_cycle.h"
 #include "service/service_context.h"
 
 #include <QTimer>
@@ -62,7 +60,7 @@ public Q_SLOTS:
 
 private:
     [[nodiscard]] bool isPaused() const override { return m_paused; }
-    [[nodiscard]] bool isDetecting() const override { return m_detecting; }
+    [[nodiscard]] bool isDetecting() const override { return m_cycle.isDetecting(); }
     [[nodiscard]] const Settings &settings() const override;
     [[nodiscard]] const DeviceList &devices() const override;
     [[nodiscard]] bool isScanRunning(int device) const override;
@@ -89,11 +87,11 @@ private:
         m_alarms.test(finished);
     }
 
+    void connectTimers();
+    void connectDrives();
+    void applyPollIntervals();
     void startPeriodicTimers();
     void stopPeriodicTimers();
-    void startRefresh(int number);
-    void pollDrives(const Completion &done);
-    void pollVolumes(const Completion &done);
     void storeScan(int device, const ScanProgress &result);
     void writeSettings();
     void endMailRun(const MailRun &run);
@@ -102,26 +100,16 @@ private:
 
     ServiceContext &m_context;
     bool m_paused = false;
-    bool m_detecting = true;
     QTimer m_smartTimer;
     QTimer m_volumeTimer;
     QTimer m_scheduleTimer;
-    QTimer m_driveCountTimer;
     QTimer m_storeTimer; ///< repeats a write that failed
-    QTimer m_lifeTimeTimer;
     Workers m_workers;
-    ATA_Smart m_inventory;
-    VolumeReader m_volumes;
+    DriveCycle m_cycle;
     ScanWorkers m_scans;
     ServedSchedules m_servedSchedules;
     TemperatureHistory m_temperatures;
-    RefreshQueue m_refreshes;
-    int m_detectionParts = 0;     ///< that a detection still waits for
-    VolumeList m_detectedVolumes; ///< by the latest detection
-    bool m_hasDevices = false;    ///< since the first detection has ended
-    bool m_isPolling = false;     ///< by the timer
-    bool m_isPollingVolumes = false;
-    bool m_isCounting = false;
+    bool m_hasDevices = false; ///< since the first detection has ended
     smtp_sender m_mail;
     AlertDelivery m_alerts;
     Alarms m_alarms;
