@@ -12,7 +12,8 @@ namespace web {
 
 namespace {
 
-constexpr int kPlaces = 16; ///< polls at the same time
+constexpr int kPlaces = 16;                ///< polls at the same time
+constexpr int kFailedPlaces = kPlaces / 2; ///< of services whose last poll failed
 constexpr qint64 kDay = 24 * 3600;
 constexpr int kStartSpacingMs = 20;
 constexpr int kRetryMs = 2000;
@@ -104,10 +105,27 @@ void Poller::enqueue(int index)
     startQueued();
 }
 
+std::optional<int> Poller::takeQueued()
+{
+    if (m_running == kPlaces)
+        return std::nullopt;
+    const auto failed = std::count_if(m_services.cbegin(), m_services.cend(), [](const auto &service) {
+        return service->poll && service->hasFailed;
+    });
+    const auto next = std::find_if(m_queue.begin(), m_queue.end(), [&](int index) {
+        return failed < kFailedPlaces || !m_services[size_t(index)]->hasFailed;
+    });
+    if (next == m_queue.end())
+        return std::nullopt;
+    const int index = *next;
+    m_queue.erase(next);
+    return index;
+}
+
 void Poller::startQueued()
 {
-    while (m_running < kPlaces && !m_queue.isEmpty()) {
-        const int index = m_queue.dequeue();
+    while (const auto queued = takeQueued()) {
+        const int index = *queued;
         Service &service = *m_services[size_t(index)];
         service.isQueued = false;
         service.timer.start(m_configuration.pollSeconds * 1000);
@@ -122,6 +140,7 @@ void Poller::take(int index, PollResult result)
 {
     Service &service = *m_services[size_t(index)];
     service.poll.release()->deleteLater();
+    service.hasFailed = !result.data;
     --m_running;
 
     const std::shared_ptr<const ServiceSnapshot> before = m_snapshot->services.at(index);

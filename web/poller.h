@@ -14,12 +14,14 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace web {
 
 /// Polls every service at the configured interval, on the event loop's thread. A service that does not answer
-/// holds one of a few places until its deadline and delays nobody else.
+/// holds one of a few places until its deadline. Those that failed last time have half of the places, so that
+/// they delay nobody else, however many they are.
 class Poller : public QObject
 {
     Q_OBJECT
@@ -51,6 +53,7 @@ private:
         std::unique_ptr<ServicePoll> poll; ///< null while none runs
         bool isQueued = false;
         bool wantsAnother = false; ///< a poll was asked for while one was running
+        bool hasFailed = false;    ///< the last poll
         std::optional<client::ServiceTime> time;
         HourlyTemperatures temperatures;
         QElapsedTimer sinceAnswer; ///< invalid before the first one
@@ -59,6 +62,8 @@ private:
 
     void enqueue(int index);
     void startQueued();
+    /// Removes the first service that a place is free for from the queue; nullopt if there is none.
+    [[nodiscard]] std::optional<int> takeQueued();
     void take(int index, PollResult result);
     void takeHistory(Service &service, const PollResult &result);
     [[nodiscard]] std::shared_ptr<ServiceSnapshot> next(int index, PollResult &result);

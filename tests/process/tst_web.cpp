@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QTcpSocket>
 
+#include <csignal>
 #include <memory>
 #include <vector>
 
@@ -263,6 +264,16 @@ private Q_SLOTS:
         m_web->crash();
         QVERIFY(m_web->start());
         QCOMPARE(events(), 1); // written before the crash
+    }
+
+    void scrapesDoNotWaitForAHungService()
+    {
+        QVERIFY(m_web->start());
+        QTRY_COMPARE_WITH_TIMEOUT(m_web->state(), "ready", kPatienceMs);
+        ::kill(pid_t(m_service->processId()), SIGSTOP);
+        const QByteArray metrics = m_web->request("GET", "/probe?target=files").body;
+        QVERIFY2(metrics.contains("smartctl_device_temperature{"), metrics);
+        QVERIFY2(metrics.contains("halvex_last_answer_timestamp_seconds{service=\"files\"} 1"), metrics);
     }
 
     void refusesHostileRequests_data()
