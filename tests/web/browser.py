@@ -4,8 +4,10 @@
 
 import os
 import tempfile
+from pathlib import Path
 
 from selenium import webdriver
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium.webdriver.chrome.service import Service as DriverService
 from selenium.webdriver.common.by import By
 
@@ -57,10 +59,23 @@ class Browser:
     def shown(self, selector):
         return self.run("return [...document.querySelectorAll(arguments[0])].filter(e => e.checkVisibility())", selector)
 
-    def text(self, selector="main"):
-        """Returns the text of all elements of `selector` that are shown."""
+    def click(self, selector):
+        """Clicks an element; a poll may replace it between the search and the click."""
+        def is_clicked():
+            try:
+                self.one(selector).click()
+                return True
+            except StaleElementReferenceException:
+                return False
+        wait_for(is_clicked, f"a click on '{selector}'")
+
+    def texts(self, selector):
+        """Returns the text of each element of `selector` that is shown."""
         return self.run("return [...document.querySelectorAll(arguments[0])].filter(e => e.checkVisibility())"
-                        ".map(e => e.innerText).join('\\n')", selector)
+                        ".map(e => e.innerText)", selector)
+
+    def text(self, selector="main"):
+        return "\n".join(self.texts(selector))
 
     def wait_text(self, text, selector="main"):
         wait_for(lambda: text in self.text(selector), f"the text '{text}' in '{selector}':\n{self.text(selector)}")
@@ -78,11 +93,14 @@ class Browser:
     def submit(self, button, confirm=None):
         """Clicks a button, answers the question that follows, and returns the outcome that the page shows."""
         self.run("document.getElementById('notices').replaceChildren()")
-        self.one(button).click()
+        self.click(button)
         if confirm is not None:
-            self.one(f"dialog button[value='{'yes' if confirm else ''}']").click()
+            self.click(f"dialog button[value='{'yes' if confirm else ''}']")
             wait_for(lambda: not self.all("dialog"), "the end of the dialog")
-        return self.one(".notice > span").text if confirm is not False else None
+        if confirm is False:
+            return None
+        self.one(".notice > span")
+        return self.text(".notice > span")
 
     def console(self):
         """Returns what the browser reported since the last call, without the failed requests that a test provokes."""
@@ -90,7 +108,7 @@ class Browser:
 
     def accessibility_violations(self):
         if not self.run("return typeof axe === 'object'"):
-            self.run(open(AXE, encoding="utf-8").read())
+            self.run(Path(AXE).read_text(encoding="utf-8"))
         found = self.driver.execute_async_script(
             "axe.run().then(r => arguments[0](r.violations.map(v => "
             "v.id + ': ' + v.nodes.slice(0, 3).map(n => n.html.slice(0, 160)).join(' | '))))")

@@ -139,7 +139,8 @@ class Web(Program):
 
     def is_healthy(self):
         try:
-            return urllib.request.urlopen(self.url + "-/healthy", timeout=5).status == 200
+            with urllib.request.urlopen(self.url + "-/healthy", timeout=5) as response:
+                return response.status == 200
         except (urllib.error.URLError, OSError):
             return False
 
@@ -169,3 +170,7 @@ class MailServer(socketserver.ThreadingTCPServer):
         super().__init__(("127.0.0.1", 0), self.Handler)
         self.mails = 0
         threading.Thread(target=self.serve_forever, daemon=True).start()
+
+    def close(self):
+        self.shutdown()
+        self.server_close()

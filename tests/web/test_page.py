@@ -6,6 +6,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
+from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
 from browser import Browser
@@ -18,7 +19,7 @@ FAILING, HOT, HOSTILE, FINE = range(4)
 
 
 def setUpModule():
-    global folder, service, web, browsers
+    global folder, service, web, users, browsers
     folder = tempfile.TemporaryDirectory()
     root = Path(folder.name)
     drives = [
@@ -48,17 +49,17 @@ def drive_url(number, name="lab"):
     return f"{web.url}#/services/{name}/drives/{number}"
 
 
-def log_in(browser, role):
+def log_in(browser, role, url=None):
     """Opens the page as `role`; None is a stranger."""
-    browser.driver.get(web.url)
+    url = url or web.url
+    browser.driver.get(url)
     browser.driver.delete_all_cookies()
+    browser.open(url, "Log in")
     if role is None:
-        browser.open(web.url, "Log in")
         return
-    browser.open(web.url, "Log in")
     browser.one("#login-name").send_keys(USERS[role])
     browser.one("#login-password").send_keys(PASSWORD, Keys.ENTER)
-    wait_for(lambda: len(browser.all(".drive-list tbody tr")) == 4, "the list of drives")
+    wait_for(lambda: browser.all(".drive-list tbody tr"), "the list of drives")
     browser.console()  # the browser reports the answer 401 that led to the form
 
 
@@ -117,17 +118,17 @@ class Reading(PageTest):
         log_in(cls.browser, "reader")
 
     def names(self):
-        return [element.text for element in self.browser.shown(".drive-list .drive-name a")]
+        return self.browser.texts(".drive-list .drive-name a")
 
     def test_overview(self):
         browser = self.browser
         browser.open(web.url, "Overview")
         wait_for(lambda: self.names() == ["FAILING DISK", "HOT DISK", "FINE DISK", MARKUP]
                  or self.names() == ["FAILING DISK", "HOT DISK", MARKUP, "FINE DISK"], "the drives, worst first")
-        self.assertEqual([element.text for element in browser.shown(".tile-value")], ["1", "1", "0", "2"])
-        browser.one("#count-warning").click()
+        self.assertEqual(browser.texts(".tile-value"), ["1", "1", "0", "2"])
+        browser.click("#count-warning")
         self.assertEqual(self.names(), ["HOT DISK"])
-        browser.one("#count-warning").click()
+        browser.click("#count-warning")
         browser.one("input[type=search]").send_keys("serial-3 LAB")
         self.assertEqual(self.names(), ["FINE DISK"])
         browser.one("input[type=search]").clear()
@@ -153,9 +154,9 @@ class Reading(PageTest):
             button.click()
             wait_for(lambda: button.get_attribute("aria-pressed") == "true", f"the range {name}")
         browser.wait_text("Minimum 30 °C, mean 30 °C, maximum 30 °C", ".readout")
-        browser.one("button[aria-label='Zoom in']").click()
+        browser.click("button[aria-label='Zoom in']")
         wait_for(lambda: not browser.all(".segments button[aria-pressed=true]"), "a chosen span")
-        browser.one("#history-5").click()
+        browser.click("#history-5")
         browser.wait_text("100", ".expansion")
         self.assertEqual(browser.console(), [])
 
@@ -163,36 +164,41 @@ class Reading(PageTest):
         browser = self.browser
         browser.open(drive_url(HOT), "HOT DISK")
         browser.wait_text("57 °C", ".facts")
-        browser.one("#unit").click()
+        browser.click("#unit")
         browser.wait_text("135 °F", ".facts")
         browser.wait_text("warning from 131 °F on", ".reasons")
-        browser.one("#unit").click()
+        browser.click("#unit")
 
     def test_keyboard_alone(self):
         browser = self.browser
         browser.open(web.url, "Overview")
         wait_for(lambda: len(self.names()) == 4, "the drives")
 
-        def press_until(key, condition):
-            for _ in range(40):
-                browser.driver.switch_to.active_element.send_keys(key)
-                if condition(browser.driver.switch_to.active_element):
-                    return
-            self.fail("no press of the key reached the element")
+        def press(key):
+            ActionChains(browser.driver).send_keys(key).perform()
 
-        press_until(Keys.TAB, lambda element: element.get_attribute("id") == "skip")
-        press_until(Keys.TAB, lambda element: element.text == "lab")
+        def focused():
+            return browser.run("const e = document.activeElement; return e.id || `${e.tagName} ${e.innerText}`")
+
+        def tab_to(element):
+            for _ in range(40):
+                press(Keys.TAB)
+                if focused() == element:
+                    return
+            self.fail(f"no press of the key reached {element}")
+
+        tab_to("skip")
+        tab_to("A lab")
         service.heat(HOSTILE, 31)  # the service's card and the drive's row are made anew
         self.addCleanup(service.heat, HOSTILE, 30)
         browser.wait_text("31 °C")
-        press_until(Keys.TAB, lambda element: element.text == "FAILING DISK")
-        browser.driver.switch_to.active_element.send_keys(Keys.ENTER)
-        wait_for(lambda: browser.driver.switch_to.active_element.text == "FAILING DISK"
-                 and browser.driver.switch_to.active_element.tag_name == "h1", "the focus on the heading of the drive")
+        tab_to("A FAILING DISK")
+        press(Keys.ENTER)
+        wait_for(lambda: focused() == "H1 FAILING DISK", "the focus on the heading of the drive")
 
     def test_login_and_logout(self):
         browser = self.browser
-        browser.one("#logout").click()
+        browser.click("#logout")
         browser.open(web.url, "Log in")
         browser.one("#login-name").send_keys("rob")
         browser.one("#login-password").send_keys("wrong", Keys.ENTER)
@@ -266,7 +272,7 @@ class Actions(PageTest):
 
     def test_mail(self):
         browser, mail = self.browser, MailServer()
-        self.addCleanup(mail.shutdown)
+        self.addCleanup(mail.close)
         browser.open(f"{web.url}#/services/lab", "lab")
         for name, value in {"smtpServer": "127.0.0.1", "smtpPort": mail.server_address[1], "smtpTo": "ann@example.org",
                             "smtpFrom": "disks@example.org"}.items():
@@ -296,6 +302,32 @@ class Actions(PageTest):
                     " {...options, body: options.body.replace('SERIAL-1', 'SERIAL-0')} : options)")
         self.assertIn("drive", browser.submit("#scan-start"))
         self.assertEqual(len(browser.shown(".notice.is-error")), 1)
+
+
+class IdleService(PageTest):
+    """A service that reads its drives only when it is asked to."""
+
+    @classmethod
+    def setUpClass(cls):
+        root = Path(folder.name)
+        cls.service = Service(root / "idle", [drive(0, "IDLE DISK")], {"SMARTPollInterval": 360_000}).start()
+        cls.addClassCleanup(cls.service.stop)
+        cls.web = Web(root / "idle-web", [service_entry("idle", cls.service)], users=users).start()
+        cls.addClassCleanup(cls.web.stop)
+        cls.browser = browsers[1280]
+        log_in(cls.browser, "operator", cls.web.url)
+        cls.browser.open(f"{cls.web.url}#/services/idle", "idle")
+
+    def test_refresh_reads_the_drives(self):
+        self.browser.wait_text("30 °C", ".drive-list")
+        self.service.heat(0, 41)
+        self.assertIn("were read", self.browser.submit("#service-refresh"))
+        self.browser.wait_text("41 °C", ".drive-list")
+
+    def test_detect_finds_a_new_drive(self):
+        self.service.change(lambda machine: machine["drives"].append(drive(1, "NEW DISK")))
+        self.assertIn("has started", self.browser.submit("#service-detect"))
+        self.browser.wait_text("NEW DISK", ".drive-list")
 
 
 class Live(PageTest):

@@ -30,6 +30,7 @@ def setUpModule():
 def tearDownModule():
     browser.close()
     server.shutdown()
+    server.server_close()
 
 
 class Rules(unittest.TestCase):

@@ -144,7 +144,7 @@ export class ServiceView {
         return h(
             "div",
             { class: "buttons" },
-            button("refresh", "Read the drives now", "The drives are being read."),
+            button("refresh", "Read the drives now", "The drives were read."),
             button("detect", "Detect drives", "The detection of drives has started."),
         );
     }
