@@ -51,7 +51,7 @@ void Consoles::makeRoom()
     for (const auto &entry : m_heldBytes)
         ++counts[entry.first->peer().key()];
     const auto rank = [&counts](const auto &entry) {
-        return std::make_pair(counts.value(entry.first->peer().key()), entry.first->idleMs());
+        return std::make_pair(counts.value(entry.first->peer().key()), entry.first->idleNs());
     };
     const auto chosen = std::max_element(m_heldBytes.begin(), m_heldBytes.end(),
                                          [&rank](const auto &a, const auto &b) { return rank(a) < rank(b); });

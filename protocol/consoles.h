@@ -18,7 +18,7 @@ struct ConnectionLimits
     int connections = 1000;                 ///< TCP and local together
     qint64 lineBytes = qint64{1024} * 1024; ///< a longer line closes its connection
     /// Data that all connections hold together. With the allocator's share this is less than 64 MB.
-    qint64 heldBytes = qint64{52} * 1024 * 1024;
+    qint64 heldBytes = qint64{48} * 1024 * 1024;
     /// From a request to disconnect to the end of the connection, for a peer that does not read its replies.
     std::chrono::milliseconds disconnectTime{30000};
 };

@@ -45,8 +45,8 @@ public:
     ~Conversation() override;
 
     [[nodiscard]] const Peer &peer() const { return m_peer; }
-    /// Milliseconds since a line was accepted, or a part of a reply was sent.
-    [[nodiscard]] qint64 idleMs() const { return m_lastActivity.elapsed(); }
+    /// Nanoseconds since a line was accepted, or a part of a reply was sent.
+    [[nodiscard]] qint64 idleNs() const { return m_lastActivity.nsecsElapsed(); }
 
     /// The memory that the connection holds, in bytes.
     [[nodiscard]] qint64 heldBytes() const;

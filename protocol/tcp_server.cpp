@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "protocol/tcp_server.h"
 
+#include "platform/listen_queue.h"
 #include "protocol/command_target.h"
 #include "protocol/logging.h"
 
@@ -37,6 +38,9 @@ TcpServer::TcpServer(CommandTarget &target, OffsetSource offsets, const ListenRu
     , m_rules(rules)
     , m_consoles(target, std::move(offsets), limits)
 {
+    // Queued, so that a turn of the event loop accepts no more than maxPendingConnections() and serves the
+    // others in between.
+    connect(this, &QTcpServer::newConnection, this, &TcpServer::servePending, Qt::QueuedConnection);
     connect(this, &QTcpServer::acceptError, this, &TcpServer::resumeAcceptingLater);
 }
 
@@ -44,24 +48,36 @@ bool TcpServer::listenOn(quint16 port)
 {
     close();
     const bool listening = listen(m_rules.address, port);
-    if (listening)
-        qCInfo(lcProtocol, "Listening port: %d", serverPort());
-    else
+    if (!listening) {
         qCWarning(lcProtocol).noquote() << "Cannot listen at port" << port << ":" << errorString();
-    return listening;
+        return false;
+    }
+    lengthenListenQueue(socketDescriptor());
+    qCInfo(lcProtocol, "Listening port: %d", serverPort());
+    return true;
 }
 
 void TcpServer::incomingConnection(qintptr descriptor)
 {
     auto socket = std::make_unique<QTcpSocket>(this);
-    if (!socket->setSocketDescriptor(descriptor))
-        return;
-    const Peer peer = peerOf(*socket);
+    if (socket->setSocketDescriptor(descriptor))
+        addPendingConnection(socket.release());
+}
+
+void TcpServer::servePending()
+{
+    while (QTcpSocket *const client = nextPendingConnection())
+        serve(*client);
+}
+
+void TcpServer::serve(QTcpSocket &client)
+{
+    const Peer peer = peerOf(client);
     if (!m_rules.allowFrom.allows(peer.address)) {
         qCDebug(lcProtocol) << "Refused a connection from" << peer.address;
+        delete &client;
         return;
     }
-    QTcpSocket &client = *socket.release();
     connect(&client, &QTcpSocket::disconnected, this, [this, peer] { discardClient(peer.address); });
     client.setSocketOption(QAbstractSocket::KeepAliveOption, 1); // ends a connection whose peer lost power
     client.setSocketOption(QAbstractSocket::LowDelayOption, 1);  // the last chunk does not wait for the peer

@@ -40,10 +40,13 @@ protected:
     void incomingConnection(qintptr descriptor) override;
 
 private Q_SLOTS:
+    void servePending();
     void discardClient(const QHostAddress &peer);
     void resumeAcceptingLater();
 
 private:
+    void serve(QTcpSocket &client);
+
     CommandTarget &m_target;
     const ListenRules m_rules;
     Consoles m_consoles;

@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <array>
 #include <list>
 #include <memory>
 
@@ -356,13 +357,23 @@ private Q_SLOTS:
         Client local(servers, Local);
         Client first(servers);
         Client second(servers);
-        QTest::qWait(2); // idle times are milliseconds
         QCOMPARE(first.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
         const Client third(servers);
         QVERIFY(third.firstLine.startsWith(QLatin1String("VER")));
         QTRY_VERIFY(second.isClosed());
         for (Client *kept : {&first, &other, &local})
             QCOMPARE(kept->ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+    }
+
+    /// Consoles that arrive while the service is busy are not dropped.
+    void manyConnectAtOnce()
+    {
+        Servers servers;
+        std::array<QTcpSocket, 200> sockets;
+        for (QTcpSocket &socket : sockets) {
+            socket.connectToHost(QHostAddress::LocalHost, servers.tcp.serverPort());
+            QVERIFY(socket.waitForConnected()); // does not run the server's event loop
+        }
     }
 
     void refusedAddress()
