@@ -7,6 +7,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace {
 
 using json_fields::rawValue;
@@ -60,6 +62,13 @@ QString text(const QJsonObject &json, const char *name)
     return json.value(QLatin1String(name)).toString();
 }
 
+/// Reads a number of evaluations or polls, to which more are going to be added.
+int count(const QJsonObject &json, const char *name)
+{
+    constexpr int kHighest = 1000000;
+    return std::clamp(json.value(QLatin1String(name)).toInt(), 0, kHighest);
+}
+
 std::optional<Finding> parseFinding(const QJsonObject &json)
 {
     const auto kind = parseKind(text(json, "kind"));
@@ -77,8 +86,8 @@ std::optional<Finding> parseFinding(const QJsonObject &json)
     finding.raw = rawValue(number("raw"));
     finding.baseline = rawValue(number("baseline"));
     finding.limit = number("limit").toInt();
-    finding.evaluationsAbsent = number("evaluationsAbsent").toInt();
-    finding.evaluationsBelowCritical = number("evaluationsBelowCritical").toInt();
+    finding.evaluationsAbsent = count(json, "evaluationsAbsent");
+    finding.evaluationsBelowCritical = count(json, "evaluationsBelowCritical");
     finding.lastGrowth = time(json, "lastGrowth");
     finding.delivered = parseSeverity(text(json, "delivered")).value_or(Severity::Fine);
     const QJsonObject acknowledged = number("acknowledged").toObject();
@@ -97,7 +106,7 @@ DriveAlerts parseDrive(const QJsonObject &json)
     drive.index = json.value(QLatin1String("index")).toInt(-1);
     drive.deviceNumber = json.value(QLatin1String("deviceNumber")).toInt(-1);
     drive.isKnown = json.value(QLatin1String("known")).toBool();
-    drive.failedPolls = json.value(QLatin1String("failedPolls")).toInt();
+    drive.failedPolls = count(json, "failedPolls");
     drive.isReported = json.value(QLatin1String("reported")).toBool();
     const QJsonObject baselines = json.value(QLatin1String("baselines")).toObject();
     for (auto it = baselines.begin(); it != baselines.end(); ++it)

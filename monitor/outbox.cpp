@@ -56,6 +56,10 @@ bool Outbox::add(OutboxEntry entry)
 
 int Outbox::dropExpired(const QDateTime &now)
 {
+    for (OutboxEntry &entry : m_entries) {
+        if (!entry.time.isValid() || entry.time > now)
+            entry.time = now;
+    }
     int dropped = 0;
     for (; !isEmpty() && first().time.secsTo(now) >= kLifetime.count(); ++dropped)
         removeFirst();
@@ -80,7 +84,7 @@ void Outbox::failed(quint64 id, const QDateTime &now)
 {
     if (isEmpty() || first().id != id)
         return;
-    ++m_failures;
+    m_failures = std::min(m_failures + 1, kDelayCount);
     m_lastFailure = now;
 }
 
@@ -107,7 +111,7 @@ Outbox Outbox::fromJson(const QJsonObject &json)
         if (auto entry = parseEntry(value.toObject()))
             outbox.add(*std::move(entry));
     }
-    outbox.m_failures = std::max(0, json.value(QLatin1String("failures")).toInt());
+    outbox.m_failures = std::clamp(json.value(QLatin1String("failures")).toInt(), 0, kDelayCount);
     outbox.m_lastFailure = json_fields::time(json, "lastFailure");
     return outbox;
 }

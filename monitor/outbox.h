@@ -51,6 +51,6 @@ private:
 
     QVector<OutboxEntry> m_entries;
     quint64 m_lastId = 0;
-    int m_failures = 0; ///< of the first entry
+    int m_failures = 0; ///< of the first entry; no longer counted when the delay is the longest
     QDateTime m_lastFailure;
 };

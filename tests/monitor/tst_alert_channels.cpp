@@ -10,6 +10,8 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 
+#include <limits>
+
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -143,6 +145,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("outcome");
         row("gets event, level and document",
             "[ \"$HALVEX_EVENT $HALVEX_LEVEL\" = 'alert warning' ] && grep -q '^{\"text\":\"hot\"}$'", "ok");
+        row("has no arguments, which other users could list", "[ $# = 0 ]", "ok");
         row("does not read", "exit 0", "ok");
         row("fails", "exit 7", "the program ended with status 7");
         row("ends by a signal", "kill -TERM $$", "the program was ended by a signal");
@@ -262,6 +265,21 @@ private Q_SLOTS:
         QCOMPARE(restored.size(), Outbox::kMaxEntries);
         QCOMPARE(restored.first().text, QStringLiteral("2"));
         QCOMPARE(restored.first().document, entryOf(QStringLiteral("2")).document);
+    }
+
+    /// The clock was set back after the message was queued; the file holds a count that somebody wrote.
+    void outboxWithTimesInTheFuture()
+    {
+        const QDateTime now = entryOf({}).time;
+        Outbox outbox;
+        outbox.add(entryOf(QStringLiteral("1")));
+        QJsonObject json = outbox.toJson();
+        json.insert(QStringLiteral("failures"), std::numeric_limits<int>::max());
+        outbox = Outbox::fromJson(json);
+        outbox.failed(outbox.first().id, now);
+        QCOMPARE(outbox.waitingTime(now), std::chrono::milliseconds(15min));
+        QCOMPARE(outbox.dropExpired(now.addYears(-1)), 0);
+        QCOMPARE(outbox.dropExpired(now.addYears(-1).addDays(1)), 1);
     }
 
 private:
