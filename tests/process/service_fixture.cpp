@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QHostAddress>
 #include <QJsonDocument>
 #include <QRegularExpression>
 #include <QSaveFile>
@@ -25,8 +26,9 @@ void writeJson(const QString &path, const QJsonObject &object)
 
 } // namespace
 
-RawConsole::RawConsole(quint16 port)
+RawConsole::RawConsole(quint16 port, const char *from)
 {
+    m_socket.bind(QHostAddress(QString::fromLatin1(from)));
     m_socket.connectToHost("127.0.0.1", port);
     m_socket.waitForConnected(kPatienceMs);
 }

@@ -21,8 +21,8 @@ inline constexpr int kPatienceMs = 150000;
 class RawConsole
 {
 public:
-    /// Connects to the service on this machine; isConnected() tells.
-    explicit RawConsole(quint16 port);
+    /// Connects to the service on this machine, from one of its addresses; isConnected() tells.
+    explicit RawConsole(quint16 port, const char *from = "127.0.0.1");
 
     [[nodiscard]] bool isConnected() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
     [[nodiscard]] QTcpSocket &socket() { return m_socket; }
