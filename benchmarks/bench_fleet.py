@@ -38,7 +38,8 @@ def simulator():
 
 @contextlib.contextmanager
 def halvex_web(folder, services):
-    web = Web(folder, services, pollSeconds=POLL_S)
+    # Prometheus is trusted, as docs/fleet.md advises: scrapes that a busy machine delays need more connections.
+    web = Web(folder, services, pollSeconds=POLL_S, trustedProxies=["127.0.0.1"])
     try:
         yield web.start()
     finally:
