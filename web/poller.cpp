@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kPlaces = 16;                ///< polls at the same time
 constexpr int kFailedPlaces = kPlaces / 2; ///< of services whose last poll failed
-constexpr qint64 kDay = 24 * 3600;
+constexpr qint64 kDay = qint64{24} * 3600;
 constexpr int kStartSpacingMs = 20;
 constexpr int kRetryMs = 2000;
 constexpr int kFirstTries = 60;

@@ -27,7 +27,7 @@ struct PowerOnCounter
     [[nodiscard]] std::optional<qint64> hours() const
     {
         constexpr qint64 kCountsPerHour[] = {0, 1, 60, 120, 3600};
-        constexpr qint64 kCenturyHours = 100 * 8766;
+        constexpr qint64 kCenturyHours = qint64{100} * 8766;
         if (unit == Unit::Unknown || raw < 0)
             return std::nullopt;
         const qint64 hours = raw / kCountsPerHour[int(unit)];

@@ -252,7 +252,8 @@ template <typename Write>
 void forEachChannel(const Source &source, Write write)
 {
     QSet<QString> written;
-    for (const QJsonValue &item : source.data->alerts->value(QStringLiteral("channels")).toArray()) {
+    const QJsonArray channels = source.data->alerts->value(QStringLiteral("channels")).toArray();
+    for (const QJsonValue &item : channels) {
         const QString name = item[QLatin1String("name")].toString();
         if (!item[QLatin1String("on")].toBool() || written.contains(name))
             continue;
