@@ -11,7 +11,7 @@ namespace web {
 
 namespace {
 
-constexpr qint64 kLargestFile = 4 * 1024 * 1024;
+constexpr qint64 kLargestFile = qint64{4} * 1024 * 1024;
 
 const char kHelp[] =
     R"(usage: halvex-web [--config FILE] [--listen ADDRESS:PORT] [--service [NAME=]HOST[:PORT]]... [--state FOLDER]

@@ -14,7 +14,7 @@ namespace web {
 
 namespace {
 
-constexpr qint64 kDay = 24 * 3600;
+constexpr qint64 kDay = qint64{24} * 3600;
 constexpr int kDefaultPoints = 500;
 constexpr int kMostPoints = 10000;
 constexpr int kDefaultEvents = 200;

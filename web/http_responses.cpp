@@ -12,7 +12,7 @@ namespace web {
 
 namespace {
 
-constexpr size_t kChunk = 32 * 1024;
+constexpr size_t kChunk = size_t{32} * 1024;
 
 const char *const kContentSecurityPolicy =
     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; connect-src 'self'; "

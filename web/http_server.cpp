@@ -27,8 +27,8 @@ namespace {
 
 constexpr unsigned kMostConnections = 200;
 constexpr unsigned kThreads = 4;
-constexpr size_t kConnectionMemory = 24 * 1024;
-constexpr size_t kMostHeaderBytes = 8 * 1024;
+constexpr size_t kConnectionMemory = size_t{24} * 1024;
+constexpr size_t kMostHeaderBytes = size_t{8} * 1024;
 constexpr int kMostBodyBytes = 64 * 1024;
 constexpr unsigned kInactivitySeconds = 60;
 constexpr int kWatchIntervalMs = 1000;

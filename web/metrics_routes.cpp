@@ -48,9 +48,8 @@ QString ownAddress(const Call &call)
     const QString authority = QString::fromLatin1(call.request.headers.value("host"));
     const int bracket = int(authority.lastIndexOf(QLatin1Char(']')));
     const bool hasPort = authority.indexOf(QLatin1Char(':'), bracket + 1) >= 0;
-    if (hasPort)
-        return authority;
-    return authority + (call.request.isSecure ? QStringLiteral(":443") : QStringLiteral(":80"));
+    const QString defaultPort = call.request.isSecure ? QStringLiteral(":443") : QStringLiteral(":80");
+    return hasPort ? authority : authority + defaultPort;
 }
 
 Answer targets(const Call &call)

@@ -29,7 +29,7 @@ struct Identity
 class Sessions
 {
 public:
-    static constexpr Seconds kLifetime = 12 * 60 * 60;
+    static constexpr Seconds kLifetime = Seconds{12} * 60 * 60;
 
     /// Starts a session and returns its new token. `previous` ends: a token that was known before a login
     /// never becomes a session of the user.
