@@ -18,7 +18,7 @@ struct Answer
     QString refusal; ///< the reason, if there is no value
 };
 
-/// What is known of the alarms, as the service's own JSON document. A service that has no such command yields
+/// Requests the state of the alarms as the service's own JSON document. A service without that command yields
 /// {"supported": false}.
 struct Alerts
 {

@@ -73,7 +73,7 @@ void Connection::ask(const QString &request, std::chrono::milliseconds deadline)
         m_link->write(wireLine(request));
 }
 
-void Connection::tell(const QString &request, std::chrono::milliseconds deadline)
+void Connection::sendWithoutReply(const QString &request, std::chrono::milliseconds deadline)
 {
     if (!m_link)
         return;

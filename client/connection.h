@@ -37,7 +37,7 @@ public:
     void ask(const QString &request, std::chrono::milliseconds deadline);
 
     /// Sends a line that has no reply, and waits until it is sent, for at most `deadline`.
-    void tell(const QString &request, std::chrono::milliseconds deadline);
+    void sendWithoutReply(const QString &request, std::chrono::milliseconds deadline);
 
     /// Closes the connection and releases the lock of the local socket.
     void close();

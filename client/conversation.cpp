@@ -125,7 +125,7 @@ void Conversation::proceed()
     const Job &job = m_jobs.head();
     if (!job.hasReply) {
         if (!job.line.isEmpty())
-            m_connection.tell(job.line, m_timeout);
+            m_connection.sendWithoutReply(job.line, m_timeout);
         finish(QString());
         return;
     }

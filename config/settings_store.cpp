@@ -37,7 +37,7 @@ void logChange(const QString &text)
 template <typename Outcome>
 void logChange(FaultState &state, const Outcome &outcome, const QString &reason)
 {
-    logChange(outcome ? state.worked() : state.failed(reason, QDateTime::currentDateTime()));
+    logChange(outcome ? state.succeeded() : state.failed(reason, QDateTime::currentDateTime()));
 }
 
 } // namespace

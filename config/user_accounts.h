@@ -6,13 +6,13 @@
 
 #include <QString>
 
-/// What consoles learn of the machine's local accounts, and the rights their users have.
+/// The machine's local accounts as consoles see them, and the rights of their users.
 
 [[nodiscard]] qint32 getUserCount(const QVector<Account> &accounts);
 
-/// "Operator,Admin": the name and the access level of the account at `index`; empty when there is none.
+/// Returns "Operator,Admin": the name and the access level of the account at `index`; empty if there is none.
 [[nodiscard]] QString getUserInfo(const QVector<Account> &accounts, qint32 index);
 
-/// One "1" or "0" a right. Every right is granted to every pair: no command is kept from anybody, and
-/// consoles decide by themselves what to offer.
+/// Returns "1" or "0" for each right. Every right is granted to every pair: the service refuses no command,
+/// and consoles decide which ones they offer.
 [[nodiscard]] QString checkUser(const QString &user, const QString &password);

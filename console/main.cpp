@@ -18,7 +18,7 @@ int run(const Arguments &arguments, Output &output)
         arguments.command->run(context);
     } catch (const CommandFailure &failure) {
         if (!failure.text.isEmpty())
-            output.complain(failure.text);
+            output.printError(failure.text);
         return failure.exitCode;
     }
     return kExitFine;
@@ -39,6 +39,6 @@ int main(int argc, char *argv[])
         return kExitFine;
     }
     if (const auto *error = std::get_if<UsageError>(&parsed))
-        output.complain(error->text);
+        output.printError(error->text);
     return kExitUsage;
 }

@@ -59,7 +59,7 @@ void Output::note(const QString &line)
         m_err << line << Qt::endl;
 }
 
-void Output::complain(const QString &text)
+void Output::printError(const QString &text)
 {
     m_err << QStringLiteral("halvexctl: ") << text << Qt::endl;
 }

@@ -31,7 +31,7 @@ public:
     void note(const QString &line);
 
     /// Writes an error, after the name of the program.
-    void complain(const QString &text);
+    void printError(const QString &text);
 
     void setQuiet() { m_isQuiet = true; }
 

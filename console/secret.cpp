@@ -36,7 +36,7 @@ Option passwordFileOption()
     return option("password-file", "FILE", "Read the password from the first line of FILE.");
 }
 
-std::optional<QString> obtainSecret(const Context &context, const QString &prompt, bool isNeeded)
+std::optional<QString> readSecret(const Context &context, const QString &prompt, bool isNeeded)
 {
     const auto file = context.arguments().value(QStringLiteral("password-file"));
     if (!file && !isNeeded && !context.arguments().has(QStringLiteral("ask-password")))

@@ -12,5 +12,5 @@
 
 /// Returns the password that --password-file or --ask-password gives, or nothing without these options; with
 /// `isNeeded` the terminal is then asked. Throws CommandFailure.
-[[nodiscard]] std::optional<QString> obtainSecret(const Context &context, const QString &prompt,
-                                                  bool isNeeded = false);
+[[nodiscard]] std::optional<QString> readSecret(const Context &context, const QString &prompt,
+                                                bool isNeeded = false);

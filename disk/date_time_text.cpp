@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr int kInvalidPart = -1; // of no date or time of day
+constexpr int kInvalidPart = -1; // of an invalid date or time of day
 
 } // namespace
 

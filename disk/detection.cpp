@@ -68,8 +68,8 @@ Identification readIdentity(Drive &drive, int number, const std::optional<Storag
     return {};
 }
 
-/// The descriptor's model and firmware are kept where it has them; the serial number that the drive itself
-/// reports replaces the descriptor's.
+/// Uses the descriptor's model and firmware where it has them. A serial number from the drive itself replaces
+/// the descriptor's.
 void applyIdentify(ByteView sector, DetectedDrive &device)
 {
     device.smartSupported = identify::smartSupported(sector);
@@ -86,7 +86,7 @@ void applyIdentify(ByteView sector, DetectedDrive &device)
     device.ataVersion = version.text;
 }
 
-/// Whether both are known and differ.
+/// Returns whether both are known and differ.
 bool differ(const QString &a, const QString &b)
 {
     return !a.isEmpty() && !b.isEmpty() && a != b;

@@ -9,12 +9,12 @@
 
 #include <optional>
 
-/// What detection asks a drive. Each function blocks until the drive answers.
+/// The requests of a detection to one drive. Each function blocks until the drive answers.
 namespace detection {
 
-/// Drives are looked for under the numbers below this one.
+/// A detection probes the numbers below this one.
 inline constexpr int kDetectedNumbers = 99;
-/// The count of the drives looks at the numbers below this one only.
+/// A count of the drives probes only the numbers below this one.
 inline constexpr int kCountedNumbers = 26;
 
 /// Reads geometry, size and device number, without which a drive is not listed. On failure returns the system
@@ -23,15 +23,15 @@ inline constexpr int kCountedNumbers = 26;
 
 [[nodiscard]] bool isFixedDisk(const DetectedDrive &device);
 
-/// Reads what the system knows of the drive without asking it, and fills in model, serial and firmware by
-/// that. Returns nullopt if the system has no descriptor of it.
+/// Reads the identity that the system keeps, without a request to the drive, and sets model, serial and
+/// firmware. Returns nullopt if the system has no descriptor of the drive.
 [[nodiscard]] std::optional<StorageDescriptor> describe(Drive &drive, DetectedDrive &device);
 
-/// Reads the identity by the first access method that answers; the last is to make it up from the descriptor.
+/// Reads the identity by the first access method that answers; the last method builds it from the descriptor.
 void identify(Drive &drive, const std::optional<StorageDescriptor> &descriptor, DetectedDrive &device);
 
-/// Whether `found`, detected again under the path of `known`, can be the same drive. What was not read, or
-/// not by the same access method, is not compared.
+/// Returns whether `found`, detected again under the path of `known`, can be the same drive. Compares only
+/// fields that were read by the same access method.
 [[nodiscard]] bool isSameDrive(const DetectedDrive &known, const DetectedDrive &found);
 
 } // namespace detection

@@ -24,7 +24,7 @@ struct AttributeEntry
     quint32 flagBit2 = 0;      ///< 0 or 1
 };
 
-/// What a surface scan calls a sector, in bytes, whatever the drive's own sectors are.
+/// Size of a sector in surface scans, in bytes. Independent of the drive's own sector size.
 inline constexpr int kScanSectorSize = 512;
 
 /// Sectors of kScanSectorSize, both ends inclusive.
@@ -39,8 +39,8 @@ struct SectorRange
     }
 };
 
-/// A drive that drops out in the middle of a scan fails every block from there on; this keeps the record, the
-/// replies and the settings file at a few megabytes a drive.
+/// A drive that disappears during a scan fails every further block. This limit keeps the record, the replies
+/// and the settings file at a few megabytes per drive.
 inline constexpr int kMaxBadRanges = 100000;
 
 /// Which request answered IDENTIFY; S.M.A.R.T. is read by the same one.
@@ -50,7 +50,7 @@ enum class AccessMethod : qint32 {
     SmartDriveData = 1,
     IdePassThrough = 2,
     StorageDescriptor =
-        3, ///< IDENTIFY made up from the descriptor; S.M.A.R.T. by the predict-failure request
+        3, ///< IDENTIFY is built from the descriptor; S.M.A.R.T. by the predict-failure request
 };
 
 /// Drive levels and the service-wide alert level, which is the worst of them.
@@ -61,12 +61,12 @@ inline constexpr qint32 kWarning = 2;
 inline constexpr qint32 kCritical = 3;
 } // namespace level
 
-/// What detection reads from one fixed disk.
+/// The properties of a fixed disk that detection reads.
 struct DetectedDrive
 {
     qint32 deviceNumber = -1;
     QString path;
-    int probeNumber = 0; ///< N of the path; the S.M.A.R.T. drive-data request carries it in IDENTIFY
+    int probeNumber = 0; ///< N of the path; sent with the S.M.A.R.T. drive-data request for IDENTIFY
     quint32 mediaType = 0;
     qint64 cylinders = 0;
     quint32 tracksPerCylinder = 0;
@@ -79,17 +79,17 @@ struct DetectedDrive
     QString smartRevision;
     QString model;
     QString serial;
-    QString descriptorSerial; ///< as the system keeps it, which answers without the drive; may be empty
+    QString descriptorSerial; ///< kept by the system, available without a request to the drive; may be empty
     QString firmware;
     quint64 capacity = 0; ///< bytes
     qint32 ataMajor = -1; ///< -1 when not reported
     QString ataVersion;
 };
 
-/// How the latest S.M.A.R.T. read of a drive ended.
+/// The result of the latest S.M.A.R.T. read of a drive.
 enum class LastRead { None, Answered, Failed, Asleep };
 
-/// All that is known of one fixed disk. Its place in the DeviceList is its identity in the protocol.
+/// The record of one fixed disk. Its place in the DeviceList is its identity in the protocol.
 struct DeviceRecord : DetectedDrive
 {
     // Set by S.M.A.R.T. reading.

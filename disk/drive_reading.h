@@ -8,12 +8,12 @@
 
 #include <optional>
 
-/// What one read of a drive returned, in whole or up to the request that failed or did not return.
+/// The result of one read of a drive, complete or up to the request that failed or did not return.
 struct DriveReading
 {
-    bool isFixedDisk = false;            ///< by its geometry; only if the drive was to be identified
-    std::optional<DetectedDrive> device; ///< a fixed disk that can be listed; the same
+    bool isFixedDisk = false;            ///< by its geometry; set only if the read identifies the drive
+    std::optional<DetectedDrive> device; ///< a fixed disk that can be listed; also only then
     std::optional<SmartSectors> sectors;
     quint32 error = system_error::kNone; ///< of the request that ended the read
-    bool isAsleep = false;               ///< in standby, and left so
+    bool isAsleep = false;               ///< in standby, and not woken
 };

@@ -11,8 +11,8 @@
 
 #include <array>
 
-/// The four ways to send an ATA command to a drive. Each blocks until the drive answers. On failure `data`
-/// holds nothing of use.
+/// The four ways to send an ATA command to a drive. Each blocks until the drive answers. On failure the
+/// content of `data` is undefined.
 namespace exchange {
 
 /// Success, or the system error; kIoDevice if the drive itself or its driver reports a failure.
@@ -43,8 +43,8 @@ enum class Direction { DataIn, DataOut };
 /// drive. Whether the drive predicts its failure does not matter.
 [[nodiscard]] Outcome predictFailure(Drive &drive, MutableBytes data);
 
-/// Returns whether the drive says that it is in standby. CHECK POWER MODE does not wake it. A drive that does
-/// not answer the command counts as awake.
+/// Returns whether the drive reports that it is in standby. CHECK POWER MODE does not wake it. A drive that
+/// does not answer the command counts as awake.
 [[nodiscard]] bool isInStandby(Drive &drive);
 
 } // namespace exchange

@@ -27,7 +27,7 @@ QString reasonOf(quint32 systemError)
     }
 }
 
-/// Not as plain text: quoting escapes the control characters of a drive's own texts.
+/// Quotes the text, which escapes control characters in the drive's own texts.
 void logChange(const QString &text)
 {
     if (!text.isEmpty())
@@ -47,6 +47,6 @@ void FaultLog::answered(const QString &subject)
     const auto fault = m_faults.find(subject);
     if (fault == m_faults.end())
         return;
-    logChange(fault->second.worked());
+    logChange(fault->second.succeeded());
     m_faults.erase(fault);
 }

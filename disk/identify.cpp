@@ -13,20 +13,20 @@ namespace {
 constexpr int kMajorVersion = 80;
 constexpr int kMinorVersion = 81;
 constexpr int kCommandSets = 82;         // bit 0: S.M.A.R.T. supported
-constexpr int kCommandSetsMark = 83;     // tells whether 82 and 83 are valid
+constexpr int kCommandSetsMark = 83;     // shows whether 82 and 83 are valid
 constexpr int kCommandsEnabled = 85;     // bit 0: S.M.A.R.T. enabled
-constexpr int kCommandsEnabledMark = 87; // tells whether 85 to 87 are valid
+constexpr int kCommandsEnabledMark = 87; // shows whether 85 to 87 are valid
 constexpr quint16 kMarkMask = 0xC000;
 constexpr quint16 kMarkValid = 0x4000;
 constexpr quint16 kSmartBit = 0x0001;
 
 struct VersionRow
 {
-    qint32 major; ///< 0 where the table has no say
+    qint32 major; ///< 0: not determined by word 81
     const char *text;
 };
 
-/// By word 81. Consoles know the two ATA-3 drafts by their -3.
+/// By word 81. Consoles identify the two ATA-3 drafts by -3.
 constexpr std::array<VersionRow, 35> kVersions{{
     {0, "Device does not report version"},
     {1, "ATA-1 X3T9.2 781D prior to revision 4"},

@@ -22,13 +22,13 @@ inline constexpr TextField kSerialNumber{10, 10};
 inline constexpr TextField kFirmwareRevision{23, 4};
 inline constexpr TextField kModelNumber{27, 20};
 
-/// The text of `field` up to its first NUL, without white space around it.
+/// Returns the text of `field` up to its first NUL, without white space around it.
 [[nodiscard]] QString text(ByteView sector, TextField field);
 
-/// 1 or 0; -1 when the drive does not tell.
+/// Returns 1 or 0; -1 if the drive does not report it.
 [[nodiscard]] qint32 smartSupported(ByteView sector);
 
-/// 1 or 0; 1 when the drive does not tell.
+/// Returns 1 or 0; 1 if the drive does not report it.
 [[nodiscard]] qint32 smartEnabled(ByteView sector);
 
 struct AtaVersion
@@ -39,8 +39,8 @@ struct AtaVersion
 
 [[nodiscard]] AtaVersion ataVersion(ByteView sector);
 
-/// A sector for a drive that answers no IDENTIFY: model and firmware from the system's descriptor, S.M.A.R.T.
-/// supported and enabled, no serial number.
+/// Returns a sector for a drive that does not answer IDENTIFY: model and firmware from the system's
+/// descriptor, S.M.A.R.T. supported and enabled, no serial number.
 [[nodiscard]] QByteArray fromDescriptor(const StorageDescriptor &descriptor);
 
 } // namespace identify

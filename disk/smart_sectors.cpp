@@ -9,8 +9,7 @@
 
 namespace {
 
-// Both sectors hold a table of slots after a version word; a slot of one belongs to the same slot of the
-// other.
+// Both sectors hold a table of slots after a version word; slots at the same place belong together.
 constexpr int kTableOffset = 2;
 constexpr int kSlotSize = 12;
 constexpr int kSlotCount = 30;
@@ -35,8 +34,8 @@ ByteView slotAt(ByteView sector, int number)
     return sector.mid(kTableOffset + kSlotSize * number, kSlotSize);
 }
 
-/// Whole degrees from the low word; the bytes above it hold the extremes of many drives. What no drive
-/// survives is in tenths.
+/// Returns whole degrees from the low word; many drives keep extremes in the bytes above it. A value that no
+/// drive survives counts tenths.
 quint64 degrees(quint16 reported)
 {
     return reported > 100 ? reported / 10U : reported;
@@ -65,7 +64,7 @@ AttributeEntry parseEntry(ByteView entry, ByteView threshold)
     return attribute;
 }
 
-/// Keeps what other parts of the service want at hand.
+/// Copies the values that other parts of the service use most.
 void noteAttribute(DeviceRecord &device, const AttributeEntry &attribute)
 {
     if (attribute.id == kTemperature) {

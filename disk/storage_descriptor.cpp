@@ -12,7 +12,7 @@ namespace layout = drive_request::descriptor;
 
 constexpr quint32 kOutputSize = 4096;
 
-/// Strings begin behind the bus type's first byte at the earliest.
+/// Lowest offset of a string: after the first byte of the bus type.
 constexpr quint32 kFirstStringOffset = layout::kBusType + 1;
 
 QByteArray stringAt(ByteView answer, int offsetField)

@@ -10,7 +10,7 @@
 
 #include <optional>
 
-/// What the system itself knows of a drive's identity, as the bytes it gave; empty where it told nothing.
+/// A drive's identity as the system keeps it, in the system's own bytes; empty fields are not known.
 struct StorageDescriptor
 {
     QByteArray vendor;
@@ -23,11 +23,11 @@ struct StorageDescriptor
 
 namespace storage_descriptor {
 
-/// Reads the strings out of `answer`, the bytes that the system returned. Offsets that point elsewhere than
-/// behind the fixed part and into `answer` are ignored.
+/// Reads the strings from `answer`, the bytes that the system returned. Ignores offsets into the fixed part
+/// or beyond `answer`.
 [[nodiscard]] StorageDescriptor parse(ByteView answer);
 
-/// Asks the drive's driver; nullopt when it refuses.
+/// Sends the request to the drive's driver; returns nullopt if it refuses.
 [[nodiscard]] std::optional<StorageDescriptor> query(Drive &drive);
 
 } // namespace storage_descriptor

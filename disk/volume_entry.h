@@ -10,7 +10,7 @@ struct VolumeEntry
 {
     qint32 ordinal = 0;       ///< place in the system's enumeration, which counts volumes of every type
     QString volumeName;       ///< with its trailing backslash
-    QString root;             ///< "C:\", or a running number in place of the letter
+    QString root;             ///< "C:\", or a running number if the volume has no letter
     QString label;            ///< empty when unknown
     QString fileSystem;       ///< "Unknown" when unknown
     QString volumeSerial;     ///< "1234-ABCD"; empty when unknown

@@ -9,14 +9,14 @@ namespace {
 
 constexpr int kLetters = 26;
 
-/// Four digits, a dash, four digits.
+/// Formats four digits, a dash, four digits.
 QString serialText(quint32 serial)
 {
     const QString digits = QStringLiteral("%1").arg(serial, 8, 16, QLatin1Char('0')).toUpper();
     return digits.left(4) + QLatin1Char('-') + digits.mid(4);
 }
 
-/// A volume with several letters gets the first of them.
+/// Sets the root of each volume with a letter; of several letters the first.
 void assignLetters(VolumeSystem &volumes, VolumeList &list)
 {
     const quint32 inUse = volumes.logicalDrives();
@@ -36,7 +36,7 @@ void assignLetters(VolumeSystem &volumes, VolumeList &list)
     }
 }
 
-/// Gives a running number to volumes that are mounted in a folder, or nowhere.
+/// Numbers the volumes without a letter.
 void numberOthers(VolumeList &list)
 {
     int number = 1;

@@ -73,7 +73,7 @@ void VolumeReader::finish(Reading &reading)
     reading.done(reading.volumes);
 }
 
-/// Returns the values of the last read under the place that the volume has now.
+/// Returns the values of the last read, with the volume's present ordinal.
 VolumeEntry VolumeReader::lastReadOf(const VolumeEntry &listed) const
 {
     const auto last = std::find_if(m_last.cbegin(), m_last.cend(), [&listed](const VolumeEntry &candidate) {

@@ -36,8 +36,7 @@ void alerts(Context &context)
     }
     if (!alerts.isSupported())
         context.refuse(QStringLiteral("the service does not report alarms"));
-    context.showText(client::findingColumns(), alerts.findings,
-                     QStringLiteral("nothing is wrong that is remembered"));
+    context.showText(client::findingColumns(), alerts.findings, QStringLiteral("there are no findings"));
     context.output().print(QString());
     context.showText(client::channelColumns(), alerts.channels, {});
 }

@@ -28,7 +28,7 @@ struct HostAnswer
     client::Result<Drives> drives = Drives();
 };
 
-/// Reads one HOST or HOST:PORT a line; "#" begins a comment.
+/// Reads one HOST or HOST:PORT per line; "#" begins a comment.
 QVector<client::Endpoint> readHostsFile(const Context &context, const QString &name)
 {
     QVector<client::Endpoint> endpoints;
@@ -167,8 +167,8 @@ void hosts(Context &context)
 QVector<Command> hostsCommands()
 {
     return {
-        command("hosts", "", 0, 0, hosts, "Ask several services at the same time and show them in one table.",
-                "",
-                {option("hosts-file", "FILE", "Also ask the hosts in FILE: one HOST or HOST:PORT a line.")}),
+        command(
+            "hosts", "", 0, 0, hosts, "Ask several services at the same time and show them in one table.", "",
+            {option("hosts-file", "FILE", "Also ask the hosts in FILE: one HOST or HOST:PORT per line.")}),
     };
 }

@@ -48,7 +48,7 @@ void users(Context &context)
 void login(Context &context)
 {
     const QString user = context.arguments().positionals.first();
-    const auto secret = obtainSecret(context, QStringLiteral("Password of %1: ").arg(user), true);
+    const auto secret = readSecret(context, QStringLiteral("Password of %1: ").arg(user), true);
     if (!client::isPlainField(user))
         context.refuse(QStringLiteral("the name contains characters that the protocol cannot carry"));
     const auto rights = context.ask(requests::authenticate(user, *secret));

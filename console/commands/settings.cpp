@@ -52,7 +52,7 @@ void showSettings(Context &context)
 
 void setSettings(Context &context)
 {
-    const auto secret = obtainSecret(context, QStringLiteral("Mail password: "));
+    const auto secret = readSecret(context, QStringLiteral("Mail password: "));
     if (context.arguments().positionals.isEmpty() && !secret)
         context.refuse(QStringLiteral("no setting is named; see halvexctl settings set --help"));
     const auto settings = changedSettings(context, secret, {});
@@ -103,7 +103,7 @@ void report(Context &context, const client::MailOutcome &outcome)
 
 void testMail(Context &context)
 {
-    const auto secret = obtainSecret(context, QStringLiteral("Mail password: "));
+    const auto secret = readSecret(context, QStringLiteral("Mail password: "));
     const QString body = context.arguments()
                              .value(QStringLiteral("body"))
                              .value_or(QStringLiteral("Test mail of the Halvex Service."));

@@ -112,6 +112,6 @@ QVector<Command> temperatureCommands()
                 "Times are those of the service's clock, such as '2026-11-15' or '2026-11-15 08:00'.",
                 {option("from", "TIME", "The beginning of the history (a day ago)."),
                  option("to", "TIME", "The end of the history (the latest record)."),
-                 option("csv", "", "Print one record a line: time,temperatureCelsius.")}),
+                 option("csv", "", "Print one record per line: time,temperatureCelsius.")}),
     };
 }

@@ -45,7 +45,7 @@ template <typename Row>
     return tableLines(headings, cells, style);
 }
 
-/// Returns names and values, one pair a line.
+/// Returns names and values, one pair per line.
 [[nodiscard]] QStringList pairLines(const QVector<QPair<QString, client::Cell>> &pairs, const Style &style);
 
 } // namespace render
