@@ -13,7 +13,7 @@ struct Account
     quint32 privilege = 0;
 };
 
-/// The machine's local accounts. Called from the event loop's thread only.
+/// The machine's local accounts. Event loop's thread only.
 class AccountSystem
 {
 public:
@@ -22,6 +22,6 @@ public:
     AccountSystem &operator=(const AccountSystem &) = delete;
     virtual ~AccountSystem() = default;
 
-    /// Returns all normal accounts in the system's order; none if it refuses.
+    /// Returns all normal accounts in the system's order; empty if the system refuses.
     virtual QVector<Account> accounts() = 0;
 };

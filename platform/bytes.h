@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <cstring>
 
-/// Read-only bytes that somebody else owns; little-endian numbers come out by offset.
-/// Reading outside the bytes is allowed and gives 0, so that a short answer of a drive can never be
-/// overrun. Call covers() first where a short buffer must be distinguished from zeros.
+/// Read-only view of bytes that the caller owns, with little-endian numbers by offset. Reading outside the
+/// bytes returns 0, so that a short answer of a drive cannot cause an overrun. Call covers() first where a
+/// short buffer must be distinguished from zeros.
 class ByteView
 {
 public:
@@ -33,7 +33,7 @@ public:
         return offset >= 0 && length >= 0 && length <= m_size && offset <= m_size - length;
     }
 
-    /// The bytes from `offset` on, at most `length`; empty where they lie outside.
+    /// Returns the bytes from `offset` on, at most `length`; empty if they lie outside.
     [[nodiscard]] ByteView mid(int offset, int length) const
     {
         if (offset < 0 || offset >= m_size)
@@ -57,7 +57,7 @@ private:
     int m_size = 0;
 };
 
-/// Bytes that somebody else owns and that may be written. Writing outside them is a fault of the caller.
+/// Writable view of bytes that the caller owns. Writing outside them is an error of the caller.
 class MutableBytes
 {
 public:

@@ -27,7 +27,7 @@ struct ReadReply
     [[nodiscard]] bool ok() const { return error == system_error::kNone; }
 };
 
-/// An open drive; destroying it closes it. One thread at a time makes requests; cancel() alone may come
+/// An open drive; destroying it closes it. Requests come from one thread at a time; cancel() may be called
 /// from any thread at any time.
 class Drive
 {
@@ -37,16 +37,16 @@ public:
     Drive &operator=(const Drive &) = delete;
     virtual ~Drive() = default;
 
-    /// One control request (platform/drive_requests.h). Input and output may be the same memory; output
-    /// bytes beyond `bytesReturned` keep what the caller put there. Blocks until the drive answers.
+    /// Sends one control request (platform/drive_requests.h). Input and output may be the same memory; output
+    /// bytes beyond `bytesReturned` stay unchanged. Blocks until the drive answers.
     virtual ControlReply control(quint32 code, ByteView input, MutableBytes output) = 0;
 
     /// Reads `buffer.size()` bytes at byte `offset`. Offset, length and the buffer's address must suit the
     /// drive's sectors; page-aligned buffers and multiples of the sector size always do.
     virtual ReadReply readAt(quint64 offset, MutableBytes buffer) = 0;
 
-    /// Makes a pending request or read, and every later one, end early with an error, as far as the system
-    /// can: a request that it cannot cut off stays pending.
+    /// Cancels a pending request or read, and makes every later one fail. A request that the system cannot
+    /// cancel stays pending.
     virtual void cancel() = 0;
 };
 
@@ -56,7 +56,7 @@ struct OpenReply
     quint32 error = system_error::kNone;
 };
 
-/// The machine's drives, opened by path ("\\.\PhysicalDrive0"). Any thread may call.
+/// The machine's drives, opened by path ("\\.\PhysicalDrive0"). All functions may be called on any thread.
 class DriveSystem
 {
 public:
@@ -65,16 +65,16 @@ public:
     DriveSystem &operator=(const DriveSystem &) = delete;
     virtual ~DriveSystem() = default;
 
-    /// Looks for drives that came or went. Call it before the opens of one detection or count: a system that
-    /// lists its drives then does so once, and not for every open(). Does not wake a drive.
+    /// Updates the list of drives. Must be called before the opens of one detection or count: a system that
+    /// enumerates its drives then does so once, not in every open(). Does not wake a drive.
     virtual void rescan() {}
 
-    /// Opens for reading and writing, shared with other readers and writers. Until the next rescan() a new
-    /// drive may stay unknown; a drive that was swapped is never taken for the one before it.
+    /// Opens for reading and writing, shared with other readers and writers. A new drive may stay unknown
+    /// until the next rescan(); a replacement is never opened as the drive that it replaced.
     virtual OpenReply open(const QString &path) = 0;
 };
 
-/// The path of drive `number`, as open() takes it.
+/// Returns the path of drive `number` for open().
 [[nodiscard]] inline QString physicalDrivePath(int number)
 {
     return QStringLiteral("\\\\.\\PhysicalDrive%1").arg(number);

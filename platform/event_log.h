@@ -23,8 +23,8 @@ struct Event
     QByteArray data; ///< raw bytes stored with the entry; mostly empty
 };
 
-/// The system's event log. Called from the event loop's thread only. An entry that cannot be written is lost
-/// silently: nothing that reports an event may fail because of it.
+/// The system's event log. Event loop's thread only. An entry that cannot be written is dropped silently, so
+/// that no caller fails because of it.
 class EventLog
 {
 public:

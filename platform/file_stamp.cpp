@@ -16,7 +16,7 @@
 namespace {
 
 constexpr qint64 kNsPerSecond = 1000000000;
-constexpr qint64 kSettledAfterNs = kNsPerSecond / 10; // several ticks of the coarsest clock in use
+constexpr qint64 kSettledAfterNs = kNsPerSecond / 10; // several ticks of the coarsest clock of a file system
 
 } // namespace
 

@@ -4,6 +4,6 @@
 
 #include <QByteArray>
 
-/// Returns whether a native event, as QAbstractNativeEventFilter receives it, ends the program because a user
-/// logs off, which is no business of a service.
+/// Returns whether a native event, as QAbstractNativeEventFilter receives it, would end the program because a
+/// user logs off. A service ignores such events.
 [[nodiscard]] bool isLogoffEvent(const QByteArray &eventType, void *message);

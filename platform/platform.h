@@ -14,19 +14,19 @@
 
 #include <memory>
 
-/// Everything that the service asks of the machine it runs on. Composed once, in the program entry.
+/// The services of the operating system that the program uses. Composed once, in the program entry.
 struct Platform
 {
     std::unique_ptr<DriveSystem> drives;
     std::unique_ptr<VolumeSystem> volumes;
     std::unique_ptr<AccountSystem> accounts;
     std::unique_ptr<EventLog> eventLog;
-    /// Where the service manager's services log their warnings, which have no standard error there; null on
+    /// The log for warnings of services under the service manager, which have no standard error; null on
     /// systems where they have. Never the simulated machine's. Any thread may report.
     std::unique_ptr<EventLog> messageLog;
     std::unique_ptr<ServiceKey> serviceKey;
     std::unique_ptr<ServiceManager> serviceManager;
     std::unique_ptr<InstanceLock> instanceLock;
-    QString localSocketName; ///< what the local client socket listens under
-    int descriptorLimit = 0; ///< how many files and sockets together may be open; 0 for no limit
+    QString localSocketName; ///< the name of the local client socket
+    int descriptorLimit = 0; ///< limit of open files and sockets together; 0 for no limit
 };

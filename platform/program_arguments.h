@@ -7,8 +7,8 @@
 
 #include <vector>
 
-/// The program's arguments, none of which loses a character. The run time's own are in the code page on
-/// Windows, which has no place for most of them; these come from the system's wide text.
+/// The program's arguments without loss of characters. On Windows the run time converts them to the code
+/// page, which lacks most characters; these come from the system's wide text.
 class ProgramArguments
 {
 public:

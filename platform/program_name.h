@@ -4,11 +4,11 @@
 
 #include <QtGlobal>
 
-/// The service's name: the service manager's, and the source of the events about the service itself.
+/// The service's name in the service manager, and the source of the events about the service itself.
 inline constexpr char kServiceName[] = "Halvex Service";
 
-/// The service program's file name. The program directory is the service's image path cut by a fixed count,
-/// so that count and both names go together.
+/// The service program's file name. The program directory is the service's image path without a fixed number
+/// of characters, so that number and both names must agree.
 inline constexpr int kProgramNameLength = 22;
 
 inline constexpr char kWindowsProgramName[] = "HalvexLocalService.exe";

@@ -20,9 +20,9 @@ Result<void, AccessError> open(QFile &file, QIODevice::OpenMode mode);
 /// Waits until the content of `file`, opened by open(), is on the disk.
 Result<void> sync(QFile &file);
 
-/// Gives the file `from` the name `to` in one step that survives a power cut, and replaces a file of that
-/// name. Both are in the same folder. If it fails with `to` already replaced, only its durability is in
-/// doubt. May wait for half a second on Windows, where a reader of the old file keeps its name busy.
+/// Renames the file `from` to `to` in one step that survives a power cut, and replaces a file of that name.
+/// Both are in the same folder. If it fails after `to` was replaced, only its durability is in doubt. May
+/// wait for half a second on Windows if a reader has the old file open.
 Result<void> rename(const QString &from, const QString &to);
 
 } // namespace regular_file

@@ -10,8 +10,8 @@
 
 #include <memory>
 
-/// A log file of bounded size. When it is full it becomes PATH.1, what was that PATH.2, and so on; the oldest
-/// is dropped. One thread at a time.
+/// A log file of bounded size. A full file is renamed to PATH.1, PATH.1 to PATH.2, and so on; the oldest is
+/// deleted. One thread at a time.
 class RotatingLog
 {
 public:

@@ -25,7 +25,7 @@ public:
     OpenKey &operator=(const OpenKey &) = delete;
     virtual ~OpenKey() = default;
 
-    /// nullopt when the value is missing or of a type that is neither number nor text.
+    /// Returns nullopt if the value is missing or of a type that is neither number nor text.
     [[nodiscard]] virtual std::optional<KeyValue> value(const QString &name) const = 0;
 
     /// Returns the names of all values, of whatever type.

@@ -35,7 +35,7 @@ inline constexpr quint32 kPauseContinue = 2;
 
 } // namespace accepted_controls
 
-/// With the numbers of winsvc.h.
+/// The numbers are those of winsvc.h.
 enum class ServiceState : quint32 {
     Stopped = 1,
     StartPending = 2,
@@ -84,7 +84,7 @@ struct ServiceView
 /// The result of a control request.
 struct ControlOutcome
 {
-    bool opened = false; ///< the service was found and opened; `sent` means nothing without it
+    bool opened = false; ///< the service was found and opened; otherwise `sent` has no meaning
     ServiceOutcome sent;
     ServiceState state = ServiceState::Stopped; ///< what the service reported after the request
 };
@@ -101,7 +101,7 @@ public:
     /// The manager has started the service; called once, before any control request.
     virtual void started(const QStringList &arguments) = 0;
 
-    /// Returns when the request has been carried out; false when the service is past carrying it out.
+    /// Returns when the request has been carried out; false if the service has ended its event loop.
     virtual bool controlRequested(quint32 code) = 0;
 };
 
@@ -110,8 +110,8 @@ public:
 class ServiceManager
 {
 public:
-    /// The way in which the program was started: as the installed service, or as a regular application that
-    /// is merely reachable like a service where the system allows it.
+    /// How the program was started: as the installed service, or as a regular application. Some systems make
+    /// the latter reachable for control requests, too.
     enum class RunMode { Service, Application };
 
     ServiceManager() = default;
@@ -119,7 +119,7 @@ public:
     ServiceManager &operator=(const ServiceManager &) = delete;
     virtual ~ServiceManager() = default;
 
-    /// Full path of the running program's file.
+    /// Returns the full path of the running program's file.
     [[nodiscard]] virtual QString programPath() const = 0;
 
     [[nodiscard]] virtual bool isInstalled(const QString &name) = 0;
@@ -127,18 +127,18 @@ public:
     virtual ServiceOutcome uninstall(const QString &name) = 0;
     virtual ServiceOutcome start(const QString &name, const QStringList &arguments) = 0;
 
-    /// nullopt when there is no such service or it cannot be asked.
+    /// Returns nullopt if there is no such service or its state is not accessible.
     [[nodiscard]] virtual std::optional<ServiceState> state(const QString &name) = 0;
 
     /// Returns what can be seen of a service without any right to control it.
     [[nodiscard]] virtual ServiceView view(const QString &name) = 0;
 
-    /// Stop, pause, continue or a user-defined code, to the service wherever it runs.
+    /// Sends stop, pause, continue or a user-defined code to the service, whatever process it runs in.
     virtual ControlOutcome control(const QString &name, quint32 code) = 0;
 
     /// Connects this process to the manager and delivers to `client` until ServiceState::Stopped has been
-    /// reported. Blocks; called at most once in a manager's life. In application mode, started() is not
-    /// called. Fails with kNotStartedByManager when the program is not run as the installed service.
+    /// reported. Blocks; must be called at most once per manager. In application mode, started() is not
+    /// called. Fails with kNotStartedByManager if the program does not run as the installed service.
     virtual ServiceOutcome runDispatcher(const QString &name, RunMode mode, ServiceClient &client) = 0;
 
     virtual void reportStatus(const ServiceStatus &status) = 0;

@@ -7,9 +7,9 @@
 #include <functional>
 #include <memory>
 
-/// Makes the system's polite requests to end a program (SIGTERM, SIGINT) wait for a watcher instead of ending
-/// the process. Called on the main thread before any other thread exists. They stay caught until the process
-/// ends, so that a second request cannot cut a shutdown short.
+/// Keeps the system's requests to end a program (SIGTERM, SIGINT) pending for a watcher, so that they do not
+/// end the process. Must be called on the main thread before any other thread exists. They stay caught until
+/// the process ends, so that a second request cannot interrupt a shutdown.
 void catchStopSignals();
 
 /// Calls `requested` in the event loop for every caught request. Made and destroyed on the thread that

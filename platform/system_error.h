@@ -4,8 +4,8 @@
 
 #include <QtGlobal>
 
-/// The system error codes that cross the platform seam, with the numbers Windows gives them (winerror.h).
-/// Every backend maps its own system's errors to these.
+/// The system error codes of the platform seam, with the numbers of Windows (winerror.h). Every backend maps
+/// its own system's errors to these.
 namespace system_error {
 
 inline constexpr quint32 kNone = 0;

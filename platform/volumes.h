@@ -20,8 +20,8 @@ struct VolumeInformation
     quint32 serial = 0;
 };
 
-/// The machine's volumes. Any thread may call; a call that fails returns nullopt. The functions block while a
-/// volume's drive does not answer.
+/// The machine's volumes. All functions may be called on any thread, return nullopt on failure, and block
+/// while a volume's drive does not answer.
 class VolumeSystem
 {
 public:
@@ -32,21 +32,22 @@ public:
     VolumeSystem &operator=(const VolumeSystem &) = delete;
     virtual ~VolumeSystem() = default;
 
-    /// Every volume's name, with its trailing backslash, in the system's order; empty if it refuses.
+    /// Returns every volume's name, with its trailing backslash, in the system's order; empty if the system
+    /// refuses.
     virtual QStringList volumeNames() = 0;
 
-    /// The drive type (GetDriveTypeW's numbers) of a volume name or of a letter and colon.
+    /// Returns the drive type (GetDriveTypeW's numbers) of a volume name or of a letter and colon.
     virtual quint32 driveType(const QString &volumeOrLetter) = 0;
 
     virtual std::optional<VolumeSpace> space(const QString &volumeName) = 0;
     virtual std::optional<VolumeInformation> information(const QString &volumeName) = 0;
 
-    /// The number of the disk that the volume lies on; `devicePath` is the name without its last backslash.
+    /// Returns the number of the volume's disk; `devicePath` is the name without its last backslash.
     virtual std::optional<qint32> deviceNumber(const QString &devicePath) = 0;
 
-    /// Bit n is set when letter 'A' + n is in use.
+    /// Returns the letters in use: bit n stands for 'A' + n.
     virtual quint32 logicalDrives() = 0;
 
-    /// The name of the volume mounted at a letter's root ("C:\").
+    /// Returns the name of the volume mounted at a letter's root ("C:\").
     virtual std::optional<QString> volumeNameAt(const QString &letterRoot) = 0;
 };

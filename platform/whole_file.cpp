@@ -13,11 +13,11 @@ AccessError unreadable(const QString &text)
 
 Result<void> writeNew(const QString &path, const QByteArray &bytes, QFileDevice::Permissions permissions)
 {
-    QFile::remove(path); // left by a process that was killed
+    QFile::remove(path); // from a process that was killed
     QFile file(path);
     if (const auto opened = regular_file::open(file, QIODevice::WriteOnly | QIODevice::NewOnly); !opened)
         return Error{opened.failure().text};
-    // By name: on Windows QFile does not know the name of a file that it was given opened.
+    // By name: on Windows QFile does not know the name of a file that it received opened.
     if (!QFile::setPermissions(path, permissions))
         return Error{QStringLiteral("the permissions cannot be set")};
     if (file.write(bytes) != bytes.size())
@@ -50,7 +50,7 @@ Result<QByteArray, AccessError> read(const QString &path, qint64 maxSize)
         return opened.failure();
     if (file.size() > maxSize)
         return unreadable(QStringLiteral("larger than %1 bytes").arg(maxSize));
-    // QFile allocates as much as it is asked for, so the limit is not a size to ask for.
+    // QFile allocates the requested size, so the limit must not be requested.
     QByteArray bytes = file.read(file.size());
     if (file.error() != QFileDevice::NoError)
         return unreadable(file.errorString());

@@ -10,8 +10,8 @@
 #include <QFileDevice>
 #include <QString>
 
-/// Reading and writing of files that fit into memory, as the service keeps its state in them. Any thread, but
-/// one writer for one file at a time. Callers log failures.
+/// Reading and writing of files that fit into memory, such as the service's state. Any thread, but one writer
+/// for one file at a time. Callers log failures.
 namespace whole_file {
 
 /// Reads all of the regular file at `path`. Fails with Kind::Missing if there is none, and with Kind::Failed
@@ -19,14 +19,14 @@ namespace whole_file {
 /// blocks on a pipe.
 Result<QByteArray, AccessError> read(const QString &path, qint64 maxSize);
 
-/// Replaces the file at `path` by `bytes` as a whole: after a crash or a power cut there is the old file or
-/// the new one. On failure the old file stays, unless the text says that only the folder could not be synced.
-/// The default permissions are those of the old file, else 0644. Writes to "<path>.new" first. Follows a
-/// symbolic link.
+/// Replaces the file at `path` by `bytes` as a whole: after a crash or a power cut the old file or the new
+/// one exists. On failure the old file stays, unless the error text reports that only the folder was not
+/// synced. The default permissions are those of the old file, else 0644. Writes to "<path>.new" first.
+/// Follows a symbolic link.
 Result<void> replace(const QString &path, const QByteArray &bytes, QFileDevice::Permissions permissions = {});
 
-/// Renames a file that cannot be used to "<path>.damaged-20261115-003607", for an administrator to look at,
-/// so that a new one can be written. Returns its new path.
+/// Renames a file that cannot be used to "<path>.damaged-20261115-003607", so that a new one can be written
+/// and an administrator can inspect the old one. Returns its new path.
 Result<QString> setAside(const QString &path, const QDateTime &now);
 
 } // namespace whole_file
