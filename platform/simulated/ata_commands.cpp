@@ -11,7 +11,7 @@ namespace {
 
 constexpr quint8 kStatusReady = 0x50; // DRDY, and the bit that was once "seek complete"
 
-// What SMART RETURN STATUS leaves in the address registers of a drive that predicts its failure.
+// The address registers after SMART RETURN STATUS from a drive that predicts its failure.
 constexpr quint8 kFailingLbaMid = 0xF4;
 constexpr quint8 kFailingLbaHigh = 0x2C;
 

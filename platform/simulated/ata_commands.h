@@ -7,10 +7,10 @@
 
 #include <QByteArray>
 
-/// The ATA commands that a simulated drive knows; it aborts every other one.
+/// The ATA commands that a simulated drive supports; it aborts every other one.
 enum class AtaCommand { Identify, SmartData, SmartThresholds, SmartStatus, CheckPower, Unknown };
 
-/// What a drive hands back for one command.
+/// A drive's answer to one command.
 struct AtaAnswer
 {
     QByteArray registerBlock; ///< drive_request::registers::kSize bytes
@@ -20,10 +20,11 @@ struct AtaAnswer
 
 [[nodiscard]] AtaCommand ataCommand(ByteView registerBlock);
 
-/// Whether the drive answers the command with a sector.
+/// Returns whether the drive answers the command with a sector.
 [[nodiscard]] bool readsSector(AtaCommand command);
 
-/// Whether the registers hold what the command asks for, the device register aside: drivers fill that in.
+/// Returns whether the registers are right for the command. The device register is not checked: drivers fill
+/// it in.
 [[nodiscard]] bool registersSuit(ByteView registerBlock);
 
 [[nodiscard]] AtaAnswer executeAta(const DriveState &drive, ByteView registerBlock);

@@ -6,15 +6,15 @@
 #include <condition_variable>
 #include <mutex>
 
-/// Waits that another thread can end for good.
+/// Waits that another thread can cancel permanently.
 class Cancellation
 {
 public:
-    /// True once `delay` is over; false, at once, when cancel() has been called.
+    /// Returns true after `delay`; false, at once, when cancel() has been called.
     [[nodiscard]] bool wait(std::chrono::milliseconds delay)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        if (delay.count() > 0) // a wait of no time at all would still put the thread to sleep
+        if (delay.count() > 0) // a wait of zero would still suspend the thread
             m_changed.wait_for(lock, delay, [this] { return m_cancelled; });
         return !m_cancelled;
     }

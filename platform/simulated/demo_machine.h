@@ -4,5 +4,5 @@
 
 #include <QByteArray>
 
-/// The text of demo_machine.json, which is part of the program.
+/// Returns the text of demo_machine.json, which is compiled into the program.
 [[nodiscard]] QByteArray demoMachineJson();

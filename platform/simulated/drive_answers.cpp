@@ -13,7 +13,7 @@ using namespace drive_request;
 
 namespace {
 
-constexpr quint32 kLongestTimeOutSeconds = 30 * 3600; // what the system's own drivers let pass
+constexpr quint32 kLongestTimeOutSeconds = 30 * 3600; // the limit of the system's own drivers
 
 ControlReply refused(quint32 error)
 {
@@ -94,7 +94,7 @@ QByteArray storageDescriptor(const DescriptorState &state)
 
 ControlReply answerProperty(const DriveState &drive, ByteView input, MutableBytes output)
 {
-    constexpr int kVersionAndSize = 8; // what a caller asks for first, to learn the whole size
+    constexpr int kVersionAndSize = 8; // callers request these first, to learn the whole size
     if (input.size() < descriptor::kQuerySize || output.size() < kVersionAndSize)
         return refused(system_error::kInsufficientBuffer);
     if (!isZero(input.mid(0, descriptor::kQuerySize)))
@@ -194,8 +194,8 @@ ControlReply answerIdePassThrough(const DriveState &drive, ByteView input, Mutab
     return answered(kDataOffset + answer.data.size());
 }
 
-/// Whether SENDCMDINPARAMS holds `dataSize` and registers that suit: the device register names the drive
-/// by its place on the cable, which is its number's lowest bit.
+/// Returns whether SENDCMDINPARAMS holds `dataSize` and valid registers: the device register selects the
+/// drive by its place on the cable, which is its number's lowest bit.
 bool commandSuits(ByteView request, int dataSize)
 {
     using namespace send_command;
@@ -205,11 +205,11 @@ bool commandSuits(ByteView request, int dataSize)
            registersSuit(taskFile);
 }
 
-/// Fills in SENDCMDOUTPARAMS with `payload` behind it.
+/// Fills in SENDCMDOUTPARAMS, followed by `payload`.
 ControlReply answerCommand(const AtaAnswer &answer, const QByteArray &payload, MutableBytes output)
 {
     using namespace send_command;
-    constexpr quint8 kDriverErrorIde = 1; // SMART_IDE_ERROR: the drive's error register tells more
+    constexpr quint8 kDriverErrorIde = 1; // SMART_IDE_ERROR: the drive's error register has the reason
     clear(output, kOutputHeaderSize);
     if (answer.aborted) {
         output.setU8(kOutputDriverError, kDriverErrorIde);
@@ -287,7 +287,7 @@ const RequestKind *requestKind(quint32 code)
     return kind == std::end(kinds) ? nullptr : kind;
 }
 
-/// Where a request of this code has its register block; -1 when it has none.
+/// Returns the offset of the register block in a request of this code; -1 if it has none.
 int registersOffset(quint32 code)
 {
     switch (code) {

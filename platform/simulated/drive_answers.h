@@ -9,15 +9,15 @@
 
 #include <QtGlobal>
 
-/// Answers one control request (platform/drive_requests.h) as a driver does. A request that is not made as
-/// it must be leaves the output as it is.
+/// Answers one control request (platform/drive_requests.h) as a driver does. A malformed request leaves the
+/// output unchanged.
 [[nodiscard]] ControlReply answerRequest(const DriveState &drive, quint32 code, ByteView input,
                                          MutableBytes output);
 
 /// Returns the ATA command that a request carries; AtaCommand::Unknown also for a request without one.
 [[nodiscard]] AtaCommand requestedCommand(quint32 code, ByteView input);
 
-/// How long a drive takes over a request.
+/// The time that a drive takes for a request.
 struct RequestCost
 {
     int delayMs = 0;

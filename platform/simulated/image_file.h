@@ -8,15 +8,15 @@
 
 #include <optional>
 
-/// The file or block device that holds a simulated drive's sectors. What is written into it shows in the next
-/// read. Where the system allows, reads go past its cache, so that a scan takes what the medium takes.
+/// The file or block device that holds a simulated drive's sectors. The next read returns what was written
+/// into it. Bypasses the system's cache where possible, so that a scan runs at the speed of the medium.
 class ImageFile
 {
 public:
-    /// Opens `path` for reading unless it is open already; false when it cannot be read.
+    /// Opens `path` for reading unless it is open already; returns false if it cannot be read.
     [[nodiscard]] bool open(const QString &path);
 
-    /// Reads at byte `offset`; fewer bytes than asked for at the end; nullopt when reading fails.
+    /// Reads at byte `offset`; returns fewer bytes than requested at the end, nullopt if reading fails.
     [[nodiscard]] std::optional<int> readAt(quint64 offset, MutableBytes buffer);
 
 private:

@@ -15,7 +15,7 @@ bool ImageFile::open(const QString &path)
     m_file.setFileName(path);
     if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return false;
-    ::fcntl(m_file.handle(), F_SETFL, O_DIRECT); // a file system in memory refuses, and does without
+    ::fcntl(m_file.handle(), F_SETFL, O_DIRECT); // file systems in memory refuse; reads then use the cache
     return true;
 }
 
@@ -30,8 +30,7 @@ std::optional<int> ImageFile::readAt(quint64 offset, MutableBytes buffer)
         return length;
     };
     ssize_t length = read();
-    if (length < 0 &&
-        errno == EINVAL) { // sectors or memory that a direct read cannot take: through the cache
+    if (length < 0 && errno == EINVAL) { // not aligned for a direct read: through the cache
         ::fcntl(descriptor, F_SETFL, 0);
         length = read();
         ::fcntl(descriptor, F_SETFL, O_DIRECT);

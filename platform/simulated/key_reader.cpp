@@ -121,7 +121,7 @@ void KeyReader::fail(const char *key, const QString &reason) const
     failAt(QLatin1String(key), reason);
 }
 
-void KeyReader::refuseOthers() const
+void KeyReader::refuseUnknownKeys() const
 {
     const QStringList keys = m_object.keys();
     for (const QString &key : keys) {

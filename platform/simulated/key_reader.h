@@ -11,16 +11,17 @@
 
 #include <vector>
 
-/// Reads the keys of one JSON object strictly. A key that is not there leaves its target as it is. What is
-/// wrong goes into the shared `problem` as "file: key: reason"; the first problem stays.
+/// Reads the keys of one JSON object strictly. A missing key leaves its target unchanged. The first error is
+/// stored in the shared `problem` as "file: key: reason".
 class KeyReader
 {
 public:
-    /// `path` is where the object stands in its file ("drives[0]"; empty for the file's own object).
+    /// `path` is the place of the object in its file ("drives[0]"; empty for the file's own object).
     /// `problem` must outlive the reader.
     KeyReader(QJsonObject object, QString file, QString path, QString &problem);
 
-    /// A whole number; `highest` fits the target's type and lies below 2^53, where JSON numbers are exact.
+    /// Reads a whole number. `highest` fits the target's type and is below 2^53, where JSON numbers are
+    /// exact.
     template <typename T>
     void whole(const char *key, T &target, qint64 lowest, qint64 highest)
     {
@@ -30,16 +31,16 @@ public:
     }
     void text(const char *key, QString &target);
     void boolean(const char *key, bool &target);
-    /// A list of texts, each of them one of `allowed`.
+    /// Reads a list of texts, each of them one of `allowed`.
     void words(const char *key, QStringList &target, const QStringList &allowed);
-    /// `size` bytes in hexadecimal digits.
+    /// Reads `size` bytes in hexadecimal digits.
     void bytes(const char *key, QByteArray &target, int size);
 
-    /// A reader of the object at `key`, over no keys when there is none.
+    /// Returns a reader of the object at `key`; it has no keys if the object is missing.
     [[nodiscard]] KeyReader object(const char *key);
-    /// Readers of the objects in the list at `key`.
+    /// Returns readers of the objects in the list at `key`.
     [[nodiscard]] std::vector<KeyReader> objects(const char *key);
-    /// The list at `key`, empty when there is none.
+    /// Returns the list at `key`; empty if it is missing.
     [[nodiscard]] QJsonArray list(const char *key);
 
     [[nodiscard]] bool has(const char *key) const;
@@ -48,8 +49,8 @@ public:
     [[nodiscard]] bool ok() const { return m_problem->isEmpty(); }
     [[nodiscard]] const QString &file() const { return m_file; }
 
-    /// Refuses every key that none of the calls above has asked for. Called last.
-    void refuseOthers() const;
+    /// Reports every key that none of the calls above has read. Must be called last.
+    void refuseUnknownKeys() const;
 
 private:
     [[nodiscard]] QJsonValue take(const char *key);
@@ -64,5 +65,5 @@ private:
     QSet<QString> m_known;
 };
 
-/// Whether `value` is a whole number from `lowest` to `highest`.
+/// Returns whether `value` is a whole number from `lowest` to `highest`.
 [[nodiscard]] bool isWhole(const QJsonValue &value, qint64 lowest, qint64 highest);

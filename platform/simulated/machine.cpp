@@ -25,7 +25,7 @@ std::optional<QByteArray> contentOf(const QString &path)
     return content ? std::make_optional(*std::move(content)) : std::nullopt;
 }
 
-/// Reads files and records their state at that moment.
+/// Reads files and records their stamps.
 class NotingFiles : public MachineFiles
 {
 public:
@@ -33,7 +33,7 @@ public:
     {
         WatchedFile watched;
         watched.path = path;
-        const qint64 now = nowNs(); // before the reading: what is written from here on must be noticed
+        const qint64 now = nowNs(); // before the reading: later writes must be noticed
         watched.stamp = fileStamp(path);
         watched.settled = isSettled(watched.stamp, now);
         std::optional<QByteArray> content = contentOf(path);
@@ -45,8 +45,8 @@ public:
     bool canRead(const QString &path) override
     {
         const QFileInfo info(path);
-        const bool readable = info.exists() && !info.isDir() && info.isReadable(); // a device will do
-        if (!readable) // an image that is there may change as it likes, but this one must come first
+        const bool readable = info.exists() && !info.isDir() && info.isReadable(); // a device is allowed
+        if (!readable) // an existing image may change; a missing one invalidates the machine until it exists
             m_noted.append({path, fileStamp(path), QByteArray(), true});
         return readable;
     }
@@ -57,7 +57,7 @@ private:
     QVector<WatchedFile> m_noted;
 };
 
-/// Whether the file is no longer as it was read.
+/// Returns whether the file has changed since it was read.
 bool hasChangedSince(WatchedFile &file)
 {
     const qint64 now = nowNs();
@@ -108,7 +108,7 @@ bool Machine::hasChanged()
     return false;
 }
 
-/// Reads the files anew and takes their machine when it is valid. Gives the problem when it is not.
+/// Reads the files again and uses their machine if it is valid. Returns the problem if it is not.
 QString Machine::load()
 {
     NotingFiles files;

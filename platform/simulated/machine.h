@@ -14,42 +14,42 @@
 #include <memory>
 #include <mutex>
 
-/// A file as it stood when it was last read.
+/// The state of a file when it was last read.
 struct WatchedFile
 {
     QString path;
     FileStamp stamp;
     QByteArray content;
-    bool settled = false; ///< an equal stamp now means equal content
+    bool settled = false; ///< an equal stamp now means unchanged content
 };
 
-/// The machine that every part of the simulated platform asks. Any thread may call.
+/// The machine behind every part of the simulated platform. All functions may be called on any thread.
 class Machine
 {
 public:
-    /// Told of each change of the file that is not valid, once. Called under a lock: must not ask the
+    /// Called once for each change that makes the file invalid. Called under a lock: must not call the
     /// machine.
     using ProblemReport = std::function<void(const QString &problem)>;
 
-    /// A machine that never changes.
+    /// Constructs a machine that never changes.
     explicit Machine(MachineState state);
 
-    /// The machine of the file at `path`, read again whenever it or a dump it names has changed. `problem` is
-    /// set, and nothing returned, when it is not valid.
+    /// Returns the machine of the file at `path`, which is read again whenever it or a dump it names has
+    /// changed. Returns null and sets `problem` if it is not valid.
     [[nodiscard]] static std::unique_ptr<Machine> fromFile(const QString &path, ProblemReport report,
                                                            QString &problem);
 
-    /// The machine as its files are at this moment, or as they last were valid.
+    /// Returns the machine of the files' present content, or of their last valid content.
     [[nodiscard]] std::shared_ptr<const MachineState> state();
 
 private:
     [[nodiscard]] bool hasChanged();
     [[nodiscard]] QString load();
 
-    std::mutex m_mutex; // guards all below
+    std::mutex m_mutex; // guards what follows
     std::shared_ptr<const MachineState> m_state;
     QString m_path;
     ProblemReport m_report;
-    QString m_reported; ///< the problem that the files have now, empty when they have none
+    QString m_reported; ///< the present problem of the files; empty if they are valid
     QVector<WatchedFile> m_watched;
 };

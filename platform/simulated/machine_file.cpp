@@ -15,12 +15,12 @@
 
 namespace {
 
-constexpr int kHighestDriveNumber = 98; // the last one that a detection probes
+constexpr int kHighestDriveNumber = 98; // the highest number that a detection probes
 constexpr qint64 kHighest16Bits = 0xFFFF;
 constexpr qint64 kHighest31Bits = 0x7FFFFFFF;
 constexpr qint64 kHighest32Bits = 0xFFFFFFFF;
 constexpr qint64 kHighest48Bits = 0xFFFFFFFFFFFF;
-constexpr qint64 kHighestExact = (qint64(1) << 53) - 1; // whole numbers beyond are not exact in JSON
+constexpr qint64 kHighestExact = (qint64(1) << 53) - 1; // larger whole numbers are not exact in JSON
 constexpr qint64 kLongestDelayMs = 3600000;
 constexpr qint64 kCylindersThatFit = -1;
 
@@ -53,7 +53,7 @@ const QStringList &allLetters()
     return letters;
 }
 
-/// The object that `json` holds; an empty one, and a problem, when it holds none.
+/// Returns the object that `json` holds; empty, with a problem, if it holds none.
 QJsonObject parseObject(const QString &file, const QByteArray &json, QString &problem)
 {
     QJsonParseError error = {};
@@ -67,7 +67,7 @@ QJsonObject parseObject(const QString &file, const QByteArray &json, QString &pr
     return document.object();
 }
 
-/// A path, taken from the folder of the file that it stands in.
+/// Returns a path, relative to the folder of the file that contains it.
 void readPath(KeyReader &keys, const char *key, QString &target)
 {
     QString path;
@@ -86,7 +86,7 @@ AttributeState readAttribute(KeyReader &keys)
     keys.whole("worst", attribute.worst, 0, 255);
     keys.whole("threshold", attribute.threshold, 0, 255);
     keys.whole("raw", attribute.raw, 0, kHighest48Bits);
-    keys.refuseOthers();
+    keys.refuseUnknownKeys();
     return attribute;
 }
 
@@ -103,7 +103,7 @@ void readSmart(KeyReader keys, SmartState &smart)
     if (smart.attributes.size() > SmartState::kMostAttributes)
         keys.fail("attributes",
                   QStringLiteral("holds more than %1 attributes").arg(SmartState::kMostAttributes));
-    keys.refuseOthers();
+    keys.refuseUnknownKeys();
 }
 
 void readGeometry(KeyReader keys, GeometryState &geometry)
@@ -111,7 +111,7 @@ void readGeometry(KeyReader keys, GeometryState &geometry)
     keys.whole("cylinders", geometry.cylinders, 0, kHighestExact);
     keys.whole("tracksPerCylinder", geometry.tracksPerCylinder, 1, kHighest31Bits);
     keys.whole("sectorsPerTrack", geometry.sectorsPerTrack, 1, kHighest31Bits);
-    keys.refuseOthers();
+    keys.refuseUnknownKeys();
 }
 
 void readDescriptor(KeyReader keys, DescriptorState &descriptor)
@@ -120,7 +120,7 @@ void readDescriptor(KeyReader keys, DescriptorState &descriptor)
     keys.text("product", descriptor.product);
     keys.text("revision", descriptor.revision);
     keys.text("serial", descriptor.serial);
-    keys.refuseOthers();
+    keys.refuseUnknownKeys();
 }
 
 void readBadSectors(KeyReader &keys, QVector<BadSectors> &badSectors)
@@ -138,7 +138,7 @@ void readBadSectors(KeyReader &keys, QVector<BadSectors> &badSectors)
     }
 }
 
-/// The keys that others have their defaults from.
+/// Reads the keys from which others derive their defaults.
 void readIdentity(KeyReader &keys, DriveState &drive)
 {
     keys.text("model", drive.model);
@@ -173,7 +173,7 @@ void readBehaviour(KeyReader &keys, DriveState &drive)
     keys.boolean("sleeping", drive.sleeping);
 }
 
-/// What the keys leave open.
+/// Sets the defaults of keys that are not in the file.
 void completeDrive(DriveState &drive)
 {
     GeometryState &geometry = drive.geometry;
@@ -189,7 +189,7 @@ void completeDrive(DriveState &drive)
         drive.smartThresholds = smartThresholdSector(drive.smart);
 }
 
-/// The reader of the drive's dump, if it names one.
+/// Returns the reader of the drive's dump, if it names one.
 std::optional<KeyReader> readDump(KeyReader &keys, MachineFiles &files, QString &problem)
 {
     QString path;
@@ -213,7 +213,7 @@ DriveState readDrive(KeyReader &keys, MachineFiles &files, QString &problem)
     drive.geometry.cylinders = kCylindersThatFit;
     drive.answers = allAnswers();
 
-    std::vector<KeyReader> layers; // later ones win
+    std::vector<KeyReader> layers; // later ones take precedence
     if (const std::optional<KeyReader> dump = readDump(keys, files, problem))
         layers.push_back(*dump);
     layers.push_back(keys);
@@ -222,7 +222,7 @@ DriveState readDrive(KeyReader &keys, MachineFiles &files, QString &problem)
     drive.descriptor = {QString(), drive.model, drive.firmware, drive.serial};
     for (KeyReader &layer : layers) {
         readBehaviour(layer, drive);
-        layer.refuseOthers();
+        layer.refuseUnknownKeys();
     }
     if (problem.isEmpty() && !drive.image.isEmpty() && !files.canRead(drive.image))
         keys.fail("image", drive.image + QStringLiteral(" cannot be read"));
@@ -249,7 +249,7 @@ VolumeState readVolume(KeyReader &keys)
     keys.whole("totalBytes", volume.space.totalBytes, 0, kHighestExact);
     keys.whole("freeBytes", volume.space.freeBytes, 0, kHighestExact);
     keys.words("fails", volume.fails, allFailures());
-    keys.refuseOthers();
+    keys.refuseUnknownKeys();
     return volume;
 }
 
@@ -259,7 +259,7 @@ Account readAccount(KeyReader &keys)
     keys.require("name");
     keys.text("name", account.name);
     keys.whole("privilege", account.privilege, 0, kHighest32Bits);
-    keys.refuseOthers();
+    keys.refuseUnknownKeys();
     return account;
 }
 
@@ -302,6 +302,6 @@ MachineReply parseMachine(const QString &file, const QByteArray &json, MachineFi
     for (KeyReader &keys : root.objects("accounts"))
         reply.machine.accounts.append(readAccount(keys));
     readPath(root, "eventLog", reply.machine.eventLog);
-    root.refuseOthers();
+    root.refuseUnknownKeys();
     return reply;
 }

@@ -18,18 +18,18 @@ public:
     MachineFiles &operator=(const MachineFiles &) = delete;
     virtual ~MachineFiles() = default;
 
-    /// The whole file; nullopt when it cannot be read.
+    /// Returns the whole file; nullopt if it cannot be read.
     virtual std::optional<QByteArray> read(const QString &path) = 0;
-    /// Whether there is such a file and it may be read.
+    /// Returns whether the file exists and can be read.
     virtual bool canRead(const QString &path) = 0;
 };
 
 struct MachineReply
 {
-    MachineState machine; ///< to be used only when `problem` is empty
+    MachineState machine; ///< valid only if `problem` is empty
     QString problem;      ///< "file: key: reason"
 };
 
-/// The machine that `json` describes. `file` is its path: it starts the messages, and relative paths in it
-/// start at its folder. Nothing of a machine with a problem is of use.
+/// Parses the machine that `json` describes. `file` is its path: messages begin with it, and relative paths
+/// start at its folder. The result is undefined if there is a problem.
 [[nodiscard]] MachineReply parseMachine(const QString &file, const QByteArray &json, MachineFiles &files);

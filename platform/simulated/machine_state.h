@@ -14,7 +14,7 @@
 
 /// The simulated machine as values, filled from its file and never changed afterwards.
 
-/// One S.M.A.R.T. attribute, as it stands in the drive's two sectors.
+/// One S.M.A.R.T. attribute, as in the drive's two sectors.
 struct AttributeState
 {
     quint8 id = 0;
@@ -51,7 +51,7 @@ struct DescriptorState
     QString serial;
 };
 
-/// Sectors of 512 bytes whatever the drive's own size is, both ends inclusive.
+/// Sectors of 512 bytes, both ends inclusive. Independent of the drive's own sector size.
 struct BadSectors
 {
     quint64 first = 0;
@@ -83,7 +83,7 @@ struct DriveState
     QStringList hangs;     ///< kinds of requests that never return
     bool sleeping = false; ///< in standby until another command than CHECK POWER MODE arrives
 
-    // What the drive sends, 512 bytes each, made once so that a request only copies.
+    // The drive's sectors of 512 bytes, built once so that a request only copies.
     QByteArray identify;
     QByteArray smartData;
     QByteArray smartThresholds;
@@ -97,7 +97,7 @@ struct VolumeState
     VolumeInformation information;
     quint32 deviceNumber = 0;
     VolumeSpace space;
-    QStringList fails; ///< the questions that get no answer
+    QStringList fails; ///< the requests that fail
 };
 
 struct MachineState
@@ -105,9 +105,9 @@ struct MachineState
     QVector<DriveState> drives;
     QVector<VolumeState> volumes;
     QVector<Account> accounts;
-    QString eventLog; ///< path; empty when events go nowhere
+    QString eventLog; ///< path; empty: events are discarded
 
-    /// Null when the machine has no such drive.
+    /// Returns null if the machine has no such drive.
     [[nodiscard]] const DriveState *drive(int number) const
     {
         for (const DriveState &drive : drives) {
@@ -118,7 +118,7 @@ struct MachineState
     }
 };
 
-/// What DriveState::answers, DriveState::hangs and VolumeState::fails may hold.
+/// The allowed values of DriveState::answers, DriveState::hangs and VolumeState::fails.
 namespace answer_name {
 inline const QString kGeometry = QStringLiteral("geometry");
 inline const QString kPartition = QStringLiteral("partition");

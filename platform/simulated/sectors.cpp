@@ -30,7 +30,7 @@ int slotOffset(int slot)
     return kFirstSlot + kSlotSize * slot;
 }
 
-/// Makes the sum of all 512 bytes 0, modulo 256.
+/// Sets the checksum: the sum of all 512 bytes is 0 modulo 256.
 void setChecksum(MutableBytes sector)
 {
     quint8 sum = 0;
@@ -51,7 +51,7 @@ public:
     void set32(int word, quint64 value) const { m_sector.setLe32(2 * word, quint32(value)); }
     void set64(int word, quint64 value) const { m_sector.setLe64(2 * word, value); }
 
-    /// Two characters a word, the first in its high byte; the field is filled up with blanks.
+    /// Stores two characters per word, the first in its high byte; pads the field with blanks.
     void setText(int firstWord, int wordCount, const QString &text) const
     {
         const QByteArray latin1 = text.toLatin1().leftJustified(2 * wordCount, ' ', true);
@@ -65,7 +65,7 @@ private:
 
 void setCapacity(const Words &words, quint64 sectors, quint32 bytesPerSector)
 {
-    words.set(1, 16383); // the geometry that every drive beyond 8 GB shows
+    words.set(1, 16383); // the geometry of every drive beyond 8 GB
     words.set(3, 16);
     words.set(6, 63);
     words.set32(60, std::min(sectors, kMostSectors28Bits));
@@ -103,7 +103,7 @@ QByteArray identifySector(const DriveState &drive)
     words.set(86, 0x3400);       // as word 83
     words.set(87, 0x4000);       // valid
     words.set(88, 0x007F);       // Ultra DMA 0 to 6
-    sector.setU8(2 * 255, 0xA5); // says that the next byte is a checksum
+    sector.setU8(2 * 255, 0xA5); // signature: the next byte is a checksum
     setChecksum(sector);
     return bytes;
 }

@@ -7,12 +7,12 @@
 
 #include <QByteArray>
 
-/// The 512-byte sectors that an ATA drive makes of its state (ATA/ATAPI Command Set 3; SFF-8035i for the
-/// attributes and their thresholds).
+/// The 512-byte sectors of an ATA drive (ATA/ATAPI Command Set 3; SFF-8035i for the attributes and their
+/// thresholds).
 
 [[nodiscard]] QByteArray identifySector(const DriveState &drive);
 [[nodiscard]] QByteArray smartDataSector(const SmartState &smart);
 [[nodiscard]] QByteArray smartThresholdSector(const SmartState &smart);
 
-/// Whether a pre-failure attribute has come down to its threshold, which is how a drive predicts its failure.
+/// Returns whether a pre-failure attribute is at or below its threshold: the drive predicts its failure.
 [[nodiscard]] bool predictsFailure(ByteView smartData, ByteView smartThresholds);

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// The N of "\\.\PhysicalDriveN", in any case; -1 for any other path.
+/// Returns N of "\\.\PhysicalDriveN", in any case; -1 for any other path.
 int driveNumber(const QString &path)
 {
     static const QString kPrefix = QStringLiteral("\\\\.\\PhysicalDrive");
@@ -36,7 +36,7 @@ bool touchesBadSector(const DriveState &drive, quint64 offset, int size)
                        [=](const BadSectors &bad) { return bad.first <= last && first <= bad.last; });
 }
 
-/// Whether it is a command that reaches the drive and wakes it.
+/// Returns whether the command reaches the drive and wakes it.
 bool wakes(quint32 code, ByteView input)
 {
     const bool isCommand = code == drive_request::kAtaPassThrough || code == drive_request::kIdePassThrough ||
@@ -45,7 +45,7 @@ bool wakes(quint32 code, ByteView input)
     return isCommand && requestedCommand(code, input) != AtaCommand::CheckPower;
 }
 
-/// An open handle. It holds the number only, so that it sees the drive change, and vanish.
+/// An open handle. It holds only the number, so that changes and removal of the drive take effect.
 class SimulatedDrive : public Drive
 {
 public:
@@ -60,7 +60,7 @@ public:
     void cancel() override { m_cancellation.cancel(); }
 
 private:
-    /// Returns whether the request returns at all.
+    /// Returns false if the request never returns.
     [[nodiscard]] bool spend(const RequestCost &cost);
     [[nodiscard]] ReadReply readSectors(const DriveState &drive, quint64 offset, MutableBytes buffer);
     [[nodiscard]] bool readImage(const QString &path, quint64 offset, MutableBytes buffer);
@@ -128,7 +128,7 @@ ReadReply SimulatedDrive::readSectors(const DriveState &drive, quint64 offset, M
     return {system_error::kNone, size};
 }
 
-/// Fills the buffer from the image, and with zero bytes where the image ends before the drive does.
+/// Fills the buffer from the image, and with zeros from the end of the image to the end of the drive.
 bool SimulatedDrive::readImage(const QString &path, quint64 offset, MutableBytes buffer)
 {
     const std::optional<int> bytesRead = m_image.open(path) ? m_image.readAt(offset, buffer) : std::nullopt;

@@ -9,11 +9,11 @@
 #include <memory>
 #include <mutex>
 
-/// Which of the drives that the machine file puts to sleep a command has woken. Any thread.
+/// The sleeping drives of the machine file that a command has woken. Any thread.
 class SimulatedPower
 {
 public:
-    /// A drive that was woken stays awake until the machine changes.
+    /// A woken drive stays awake until the machine changes.
     [[nodiscard]] bool isAsleep(const std::shared_ptr<const MachineState> &machine, const DriveState &drive);
     void wake(const std::shared_ptr<const MachineState> &machine, int number);
 

@@ -25,6 +25,6 @@ void SimulatedEventLog::report(const Event &event)
         {QStringLiteral("text"), event.text},
     };
     QFile file(path);
-    if (file.open(QIODevice::Append | QIODevice::Unbuffered)) // one write: a reader never sees half a line
+    if (file.open(QIODevice::Append | QIODevice::Unbuffered)) // one write: readers never see half a line
         file.write(QJsonDocument(entry).toJson(QJsonDocument::Compact) + '\n');
 }

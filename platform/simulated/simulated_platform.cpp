@@ -20,7 +20,7 @@ void printProblem(const QString &problem)
     std::fflush(stderr);
 }
 
-/// The built-in machine stands alone.
+/// The files of the built-in machine: it refers to none.
 class NoFiles : public MachineFiles
 {
 public:

@@ -20,7 +20,7 @@ std::optional<VolumeState> volumeNamed(Machine &machine, const QString &name)
     return findVolume(machine, [&name](const VolumeState &volume) { return volume.name == name; });
 }
 
-/// The volume of a letter with `tail` (":" or ":\") behind it.
+/// Returns the volume of a letter followed by `tail` (":" or ":\").
 std::optional<VolumeState> volumeAtLetter(Machine &machine, const QString &text, const QString &tail)
 {
     if (text.size() != 1 + tail.size() || !text.endsWith(tail))
