@@ -61,8 +61,8 @@ bool isRealDisk(udev_device *device)
            !name.contains("rpmb");
 }
 
-/// The vendor that INQUIRY reports for ATA drives behind a translation. Such a drive's INQUIRY holds only 16
-/// characters of its model and 4 of its revision, wherever they come from; IDENTIFY has all of them.
+/// The vendor in INQUIRY for ATA drives that are translated to SCSI. Such a drive's INQUIRY holds only 16
+/// characters of its model and 4 of its revision, whatever their source; IDENTIFY has all of them.
 constexpr char kTranslatedVendor[] = "ATA";
 
 QString attribute(udev_device *device, const char *name)

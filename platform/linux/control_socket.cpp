@@ -63,7 +63,7 @@ int send(const FileDescriptor &socket, const QByteArray &packet)
                        packet.size());
 }
 
-/// The numbers of the next packet; none when it does not come in time or is no list of numbers.
+/// Returns the numbers of the next packet; nullopt if it is late or not a list of numbers.
 QList<quint32> receive(const FileDescriptor &socket)
 {
     char packet[kMaxPacket];
@@ -122,14 +122,14 @@ int Server::listen(const QString &path)
     const std::optional<sockaddr_un> address = addressOf(path);
     if (!address)
         return ENAMETOOLONG;
-    // Not blocking: a peer that is gone before it is accepted must not hold up the others.
+    // Not blocking: a peer that disconnects before it is accepted must not delay the others.
     FileDescriptor socket = packetSocket(SOCK_NONBLOCK);
     if (!socket.isOpen())
         return errno;
     if (connectTo(packetSocket(), *address) == 0)
         return EADDRINUSE;
     ::unlink(address->sun_path);
-    // The socket file takes its mode from the unbound socket: there is no moment in which others get in.
+    // The socket file takes its mode from the unbound socket, so other users can never connect.
     if (::fchmod(socket.get(), S_IRUSR | S_IWUSR) != 0 ||
         ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&*address), sizeof(*address)) != 0)
         return errno;

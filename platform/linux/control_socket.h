@@ -10,11 +10,11 @@
 #include <functional>
 #include <optional>
 
-/// The socket over which a running service takes control requests: one packet with a control code in
-/// decimal, answered by one packet "<error> <state>" with the system error code and the ServiceState.
+/// The socket on which a running service accepts control requests: one packet with a control code in decimal,
+/// answered by one packet "<error> <state>" with the system error code and the ServiceState.
 namespace control_socket {
 
-/// Asks for the state alone (SERVICE_CONTROL_INTERROGATE).
+/// Requests the state alone (SERVICE_CONTROL_INTERROGATE).
 inline constexpr quint32 kInterrogate = 4;
 
 struct Answer
@@ -29,11 +29,11 @@ struct Exchange
     Answer answer;
 };
 
-/// Sends one request to the service that listens at `path`. Waits for the answer as long as the Windows
-/// service manager would, 30 s.
+/// Sends one request to the service that listens at `path`. Waits for the answer for 30 s, like the Windows
+/// service manager.
 [[nodiscard]] Exchange request(const QString &path, quint32 code);
 
-/// The service's end.
+/// The service's end of the socket.
 class Server
 {
 public:
@@ -42,12 +42,12 @@ public:
     Server &operator=(const Server &) = delete;
     ~Server(); ///< removes the socket file
 
-    /// Binds so that only the owner can connect, in place of a socket that a killed service left.
-    /// An errno value; EADDRINUSE when another service answers there.
+    /// Binds the socket for the owner alone and replaces one that a killed service left. Returns an errno
+    /// value; EADDRINUSE if another service answers there.
     [[nodiscard]] int listen(const QString &path);
 
-    /// Answers requests, one at a time, until `stop` becomes readable. A peer that sends nothing is left
-    /// after a second.
+    /// Answers requests, one at a time, until `stop` becomes readable. Disconnects a peer that sends nothing
+    /// for a second.
     void serve(int stop, const std::function<Answer(quint32 code)> &answer);
 
 private:

@@ -10,7 +10,7 @@ namespace home {
 
 inline constexpr char kDefaultDirectory[] = "/var/lib/halvex";
 
-/// Absolute, without a slash at its end.
+/// Returns an absolute path without a trailing slash.
 [[nodiscard]] QString directory();
 
 /// Returns the name of the local client socket: a path in the home directory when $HALVEX_HOME is set, else
@@ -21,7 +21,7 @@ inline constexpr char kDefaultDirectory[] = "/var/lib/halvex";
 [[nodiscard]] QString controlSocketPath(const QString &home);
 [[nodiscard]] QString lockPath(const QString &home);
 [[nodiscard]] QString driveNumbersPath(const QString &home);
-/// The image path that goes into the service's key, so that the program directory is the home directory.
+/// Returns the image path for the service's key, which makes the home directory the program directory.
 [[nodiscard]] QString imagePath(const QString &home);
 
 } // namespace home

@@ -11,7 +11,7 @@
 class HomeLock : public InstanceLock
 {
 public:
-    /// An empty path is for a home without a key, in which the service writes nothing: anyone may have it.
+    /// An empty path means a home without a key, in which the service writes nothing: no lock is needed.
     explicit HomeLock(QString path);
 
     /// Succeeds, after a warning, where the file cannot be created: a full disk must not stop the monitoring.

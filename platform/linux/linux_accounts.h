@@ -6,22 +6,22 @@
 
 #include <QByteArray>
 
-/// The user ids that the system gives to people.
+/// The user ids of people's accounts.
 struct UidRange
 {
     quint32 first = 1000;
     quint32 last = 60000;
 };
 
-/// UID_MIN and UID_MAX of login.defs(5); what it does not set to a decimal number keeps its default.
+/// Parses UID_MIN and UID_MAX of login.defs(5); a key that is not a decimal number keeps its default.
 [[nodiscard]] UidRange uidRangeOf(const QByteArray &loginDefs);
 
 /// Returns whether an account is root's or a person's: people have an id of the range and a shell to log in
 /// with.
 [[nodiscard]] bool isNormalAccount(quint32 uid, const QByteArray &shell, UidRange people);
 
-/// Root and the people among the machine's accounts; root and the members of the groups sudo, wheel and
-/// admin are administrators.
+/// Returns root and the accounts of people; root and the members of the groups sudo, wheel and admin are
+/// administrators.
 class LinuxAccounts : public AccountSystem
 {
 public:

@@ -43,7 +43,7 @@ public:
     ControlReply control(quint32 code, ByteView input, MutableBytes output) override;
     ReadReply readAt(quint64 offset, MutableBytes buffer) override;
 
-    /// SG_IO cannot be cut off from outside; only what comes later is refused.
+    /// SG_IO cannot be interrupted; only later requests are refused.
     void cancel() override { m_isCancelled = true; }
 
 private:

@@ -29,7 +29,7 @@ quint32 systemErrorOf(int errnoValue)
     case ENODEV:
     case ENXIO:
         return system_error::kDeviceNotConnected;
-    case ENODATA: // the block layer's word for a medium error
+    case ENODATA: // the block layer's code for a medium error
         return system_error::kCrc;
     case EIO:
         return system_error::kIoDevice;

@@ -4,8 +4,8 @@
 
 #include "platform/service_manager.h"
 
-/// The system error code (platform/system_error.h) for an errno value.
+/// Returns the system error code (platform/system_error.h) for an errno value.
 [[nodiscard]] quint32 systemErrorOf(int errnoValue);
 
-/// A failed request, in the words that go with `errnoValue`.
+/// Returns a failed request with the text of `errnoValue`.
 [[nodiscard]] ServiceOutcome failureOf(int errnoValue);

@@ -10,7 +10,7 @@
 #include <sys/uio.h>
 #include <syslog.h>
 
-#define SD_JOURNAL_SUPPRESS_LOCATION // the place in the source means nothing to an administrator
+#define SD_JOURNAL_SUPPRESS_LOCATION // the place in the source is of no use to an administrator
 #include <systemd/sd-journal.h>
 
 namespace {

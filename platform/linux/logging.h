@@ -4,5 +4,5 @@
 
 #include <QLoggingCategory>
 
-/// Why a drive does not answer, as information: the service goes on without it.
+/// Logs the reason of a drive's failure as information: the service continues without the drive.
 Q_DECLARE_LOGGING_CATEGORY(lcPlatform)

@@ -9,11 +9,11 @@
 /// A mounted file system that lies on a block device of this machine.
 struct Mount
 {
-    QString mountPoint; ///< without a trailing slash, but for "/"
+    QString mountPoint; ///< without a trailing slash, except for "/"
     QString source;     ///< the device's node: "/dev/sda1"
     QString fileSystem; ///< "ext4"
 };
 
-/// The mounts of a mountinfo file (proc(5)) whose source is a device node, each device once, by its first
-/// mount. Lines that do not fit are left out.
+/// Returns the mounts of a mountinfo file (proc(5)) whose source is a device node, each device once, by its
+/// first mount. Skips malformed lines.
 [[nodiscard]] QVector<Mount> parseMountTable(const QByteArray &mountInfo);

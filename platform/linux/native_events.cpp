@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/native_events.h"
 
-// A log-off reaches the programs of a session as a signal here, and none that are no part of it.
+// A log-off sends signals to the programs of its session, which never include the service.
 bool isLogoffEvent(const QByteArray &, void *)
 {
     return false;

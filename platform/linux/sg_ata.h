@@ -8,8 +8,8 @@
 
 #include <array>
 
-/// ATA commands carried by SCSI: the ATA PASS-THROUGH commands of SAT (T10/BSR INCITS 557) and what comes
-/// back in the sense data. Values only; sg_io.h sends them.
+/// ATA commands carried by SCSI: the ATA PASS-THROUGH commands of SAT (T10/BSR INCITS 557) and their results
+/// in the sense data. Values only; sg_io.h sends them.
 namespace sg_ata {
 
 inline constexpr int kLongCommandSize = 16;
@@ -21,9 +21,9 @@ enum class Transfer {
     DataOut,
 };
 
-/// The ATA PASS-THROUGH (16) command for a register block of drive_request::registers.
+/// Returns the ATA PASS-THROUGH (16) command for a register block of drive_request::registers.
 [[nodiscard]] std::array<quint8, kLongCommandSize> longCommand(ByteView registers, Transfer transfer);
-/// The same as ATA PASS-THROUGH (12), which some bridges know alone.
+/// Returns the same as ATA PASS-THROUGH (12), the only one that some bridges support.
 [[nodiscard]] std::array<quint8, kShortCommandSize> shortCommand(ByteView registers, Transfer transfer);
 
 /// The meaning of a command's sense data.

@@ -143,8 +143,8 @@ Answer send(int descriptor, std::array<quint8, Size> command, const Request &req
     return answer;
 }
 
-/// Sends the 16-byte command, and the 12-byte one where a bridge does not know the longer: some say so in
-/// the sense data, others only with an error of the host adapter.
+/// Sends the 16-byte command, and the 12-byte one if a bridge does not support the longer. Some bridges
+/// report that in the sense data, others only with an error of the host adapter.
 Answer exchange(int descriptor, const Request &request, MutableBytes data)
 {
     const QByteArray before = data.view().toByteArray();
@@ -158,8 +158,8 @@ Answer exchange(int descriptor, const Request &request, MutableBytes data)
     return send(descriptor, sg_ata::shortCommand(request.registers, request.transfer), request, data);
 }
 
-/// Returns the system error that a verdict amounts to. A command that the drive ended with its error bit set
-/// is not one: as on Windows, the returned registers report it.
+/// Returns the system error for a verdict. A command that the drive ended with its error bit set is not a
+/// system error: as on Windows, the returned registers report it.
 quint32 errorOf(const sg_ata::Verdict &verdict, sg_ata::Transfer transfer)
 {
     switch (verdict.outcome) {

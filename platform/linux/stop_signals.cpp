@@ -51,8 +51,8 @@ private:
 
 } // namespace
 
-// Blocked signals stay pending until the signalfd hands them out. Threads inherit the mask, so none of them
-// can be killed by a signal meant for the process.
+// Blocked signals stay pending until the signalfd reports them. Threads inherit the mask, so a signal for the
+// process cannot kill any of them.
 void catchStopSignals()
 {
     const sigset_t signals = stopSignals();

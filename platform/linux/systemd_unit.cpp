@@ -26,14 +26,14 @@ QString unitPath()
     return QStringLiteral("/etc/systemd/system/") + unitName();
 }
 
-/// A unit that came with a package starts the same program.
+/// Returns whether a package has installed a unit.
 bool isPackaged()
 {
     return QFile::exists(QStringLiteral("/lib/systemd/system/") + unitName()) ||
            QFile::exists(QStringLiteral("/usr/lib/systemd/system/") + unitName());
 }
 
-/// A path as one word of a command line in a unit: quoted, without specifiers and variables.
+/// Formats a path as one word of a command line in a unit: quoted, without specifiers and variables.
 QByteArray quoted(const QString &path)
 {
     QByteArray word = QFile::encodeName(path);
@@ -41,7 +41,7 @@ QByteArray quoted(const QString &path)
     return '"' + word + '"';
 }
 
-/// A text that stays on its line and holds no specifiers.
+/// Returns a text as one line without specifiers.
 QByteArray oneLine(const QString &text)
 {
     return text.simplified().toUtf8().replace('%', "%%");
@@ -73,7 +73,7 @@ ServiceOutcome writeUnit(const QByteArray &contents)
 
 QByteArray text(const ServiceDefinition &service, const QString &account)
 {
-    // StateDirectory hands the default home directory to the account that the service runs under.
+    // StateDirectory assigns the default home directory to the service's account.
     QByteArray accountLines;
     if (!account.isEmpty()) {
         accountLines = "User=" + oneLine(account) +
@@ -102,7 +102,7 @@ ServiceOutcome install(const ServiceDefinition &service, const QString &account)
 ServiceOutcome remove()
 {
     ServiceOutcome outcome = systemctl({QStringLiteral("disable"), unitName()});
-    // Without a unit of ours there is at most a package's, which no longer starts by itself now.
+    // If -install wrote no unit, a package's unit may remain, which no longer starts automatically.
     if (!QFile::exists(unitPath()))
         return {};
     if (!outcome.ok())

@@ -6,17 +6,17 @@
 
 #include <QByteArray>
 
-/// The service as a unit of systemd, where the machine runs it.
+/// The service as a unit of systemd, on machines that systemd manages.
 namespace systemd_unit {
 
-/// The unit file's text. `account` is a name of passwd; empty stands for root.
+/// Returns the unit file's text. `account` is a name of passwd; empty for root.
 [[nodiscard]] QByteArray text(const ServiceDefinition &service, const QString &account);
 
-/// Writes the unit and, for an automatic start, enables it; on failure nothing of it stays. A package's unit
-/// is enabled as it is, unless there is an account to run under.
+/// Writes the unit and, for an automatic start, enables it; on failure removes what it wrote. A package's
+/// unit is enabled unchanged, unless there is an account to run under.
 [[nodiscard]] ServiceOutcome install(const ServiceDefinition &service, const QString &account);
 
-/// Disables and removes the unit; the service goes on running if it runs.
+/// Disables and removes the unit; a running service continues to run.
 [[nodiscard]] ServiceOutcome remove();
 
 [[nodiscard]] ServiceOutcome start();

@@ -6,17 +6,17 @@
 
 #include <QByteArray>
 
-/// The header of an ATA pass-through holds a pointer-sized offset, so that it is 8 bytes longer for a 64-bit
-/// program. Everything after that offset, data included, moves by as much.
+/// The header of an ATA pass-through holds a pointer-sized offset, so that it is 8 bytes longer in a 64-bit
+/// program. Everything after that offset, including the data, moves by 8 bytes.
 namespace ata_header {
 
 inline constexpr int kWideGrowth = 8;
 
-/// A request in its 32-bit form as a 64-bit program has to send it. Shorter bytes than a header stay as they
-/// are, for the system to refuse.
+/// Converts a request in its 32-bit form to that of a 64-bit program. Returns input shorter than a header
+/// unchanged; the system refuses it.
 [[nodiscard]] QByteArray widened(ByteView request);
 
-/// A 64-bit answer in the 32-bit form.
+/// Converts a 64-bit answer to the 32-bit form.
 [[nodiscard]] QByteArray narrowed(ByteView answer);
 
 } // namespace ata_header

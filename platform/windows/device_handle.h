@@ -6,12 +6,12 @@
 
 #include <windows.h>
 
-/// A device or volume opened for reading and writing, shared with other readers and writers, without any
-/// flags: every request on it blocks its thread.
+/// A device or volume opened for reading and writing, shared with other readers and writers, without flags:
+/// every request on it blocks its thread.
 class DeviceHandle
 {
 public:
-    /// isOpen() tells; the reason for a failure is the thread's last error.
+    /// Check isOpen() afterwards; the reason for a failure is the thread's last error.
     explicit DeviceHandle(const QString &path);
     ~DeviceHandle();
     DeviceHandle(const DeviceHandle &) = delete;

@@ -6,8 +6,8 @@
 
 #include <QString>
 
-/// The exclusive claim to the name of a pipe, on the whole machine. The pipe alone does not exclude others: a
-/// second program may open one of the same name, and takes turns with the first in serving its clients.
+/// The exclusive right to a pipe's name on the whole machine. The pipe alone does not exclude others: a
+/// second program may open one of the same name, and both would serve its clients in turn.
 class MachineLock : public InstanceLock
 {
 public:

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A new file cannot replace one that somebody reads, as virus scanners and backups do for a moment.
+/// Replacing a file fails while another program reads it, as virus scanners and backups do for a moment.
 constexpr int kRenameAttempts = 10;
 constexpr unsigned long kRenamePause = 50; // milliseconds
 

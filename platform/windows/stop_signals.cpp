@@ -9,10 +9,10 @@
 
 namespace {
 
-/// Set for every caught request. The system hands its callback no context.
+/// Set for every caught request. The system passes no context to its callback.
 HANDLE stopRequested = nullptr;
 
-// On a thread of the system's own.
+// Called on a thread of the system.
 BOOL WINAPI catchStopRequest(DWORD request)
 {
     switch (request) {
@@ -22,10 +22,10 @@ BOOL WINAPI catchStopRequest(DWORD request)
         return TRUE;
     case CTRL_CLOSE_EVENT:
         SetEvent(stopRequested);
-        Sleep(INFINITE); // the process would be ended as soon as this returned, and its own end is near
+        Sleep(INFINITE); // the system ends the process when this returns; the process ends by itself soon
         return TRUE;
     case CTRL_LOGOFF_EVENT:
-        return TRUE; // somebody's leaving is no business of a service
+        return TRUE; // a log-off does not concern a service
     default:
         return FALSE;
     }

@@ -30,7 +30,7 @@ private:
     ControlReply partition(ByteView input, MutableBytes output);
     bool isGpt();
 
-    /// Carries out one call of the system, unless cancelled. Returns the system error.
+    /// Carries out one system call, unless cancelled. Returns the system error.
     template <typename Call>
     quint32 carryOut(Call call);
 
@@ -83,7 +83,7 @@ ControlReply WindowsDrive::sendWidened(quint32 code, ByteView input, MutableByte
 }
 
 /// The system answers this request only for disks with a classic partition table. Every disk above 2 TiB, and
-/// every one that UEFI starts from, has a GUID partition table: for these the disk's length is the answer.
+/// every UEFI boot disk, has a GUID partition table: for these the disk's length is the answer.
 ControlReply WindowsDrive::partition(ByteView input, MutableBytes output)
 {
     const ControlReply reply = send(drive_request::kPartitionInfo, input, output);

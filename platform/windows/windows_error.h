@@ -4,5 +4,5 @@
 
 #include "platform/service_manager.h"
 
-/// The failure that the system has just reported on this thread, in its own words.
+/// Returns the last failure of this thread, in the system's words.
 [[nodiscard]] ServiceOutcome lastFailure();

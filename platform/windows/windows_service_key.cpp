@@ -52,7 +52,7 @@ private:
 
 std::optional<KeyValue> RegistryKey::value(const QString &name) const
 {
-    // One character more than may be filled: a text may be stored without its end.
+    // Room for one more character: a text may be stored without its terminator.
     std::vector<wchar_t> buffer(kValueSize / sizeof(wchar_t) + 1);
     auto *const bytes = reinterpret_cast<BYTE *>(buffer.data());
     DWORD type = REG_NONE;

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The process's dispatching manager: the system hands its callbacks no context.
+/// The manager that dispatches in this process: the system passes no context to its callbacks.
 WindowsServiceManager *theDispatcher = nullptr;
 
 /// An open handle of the manager or of one of its services; null when it was not opened.
@@ -38,8 +38,8 @@ private:
     SC_HANDLE m_handle;
 };
 
-/// The manager and one of its services, opened. Where one of them does not open, the service is null and the
-/// reason is kept.
+/// The manager and one of its services, opened. If one of them cannot be opened, the service is null and the
+/// reason is stored.
 class OpenedService
 {
 public:
@@ -114,7 +114,7 @@ ServiceOutcome WindowsServiceManager::install(const ServiceDefinition &service)
         return lastFailure();
     const bool isLocalSystem = service.account.isEmpty();
     const DWORD type = SERVICE_WIN32_OWN_PROCESS | (isLocalSystem ? SERVICE_INTERACTIVE_PROCESS : 0);
-    // The path stands without quotes: the program directory is what remains of it without the file name.
+    // The path is stored without quotes: without the file name it is the program directory.
     const ScHandle created(
         api, api->createService(manager.get(), wide(service.name), wide(service.name), SERVICE_ALL_ACCESS,
                                 type, SERVICE_AUTO_START, SERVICE_ERROR_NORMAL, wide(service.programPath),
@@ -192,7 +192,7 @@ ServiceOutcome WindowsServiceManager::runDispatcher(const QString &name, RunMode
     return outcome;
 }
 
-// On a thread of the system's own. The service goes on when this returns, until it reports that it stopped.
+// Called on a thread of the system. The service continues after the return, until it reports that it stopped.
 void WindowsServiceManager::serviceMain(DWORD argumentCount, wchar_t **arguments)
 {
     WindowsServiceManager &manager = *theDispatcher;
@@ -207,8 +207,8 @@ void WindowsServiceManager::serviceMain(DWORD argumentCount, wchar_t **arguments
     manager.m_client->started(words);
 }
 
-// On the dispatcher's thread. A request that the service carried out has reported its new state already;
-// every other is answered by the state that holds.
+// Called on the dispatcher's thread. A request that was carried out has already reported its new state; every
+// other one is answered with the present state.
 void WindowsServiceManager::handleControl(DWORD code)
 {
     WindowsServiceManager &manager = *theDispatcher;
@@ -231,7 +231,7 @@ void WindowsServiceManager::sendStatus()
 {
     const QMutexLocker lock(&m_mutex);
     if (!m_statusHandle)
-        return; // not run by the manager
+        return; // not started by the manager
     SERVICE_STATUS status{};
     status.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
     status.dwCurrentState = DWORD(m_status.state);

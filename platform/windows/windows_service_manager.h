@@ -21,7 +21,7 @@ public:
     [[nodiscard]] ServiceView view(const QString &name) override;
     ControlOutcome control(const QString &name, quint32 code) override;
 
-    /// An application is not reachable for the manager: in that mode there is nothing to wait for.
+    /// In application mode the manager cannot reach the program, so nothing is delivered.
     ServiceOutcome runDispatcher(const QString &name, RunMode mode, ServiceClient &client) override;
     void reportStatus(const ServiceStatus &status) override;
 
