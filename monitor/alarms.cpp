@@ -301,7 +301,7 @@ void Alarms::save()
     const auto result = whole_file::replace(m_path, bytes, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     if (result)
         m_stored = bytes;
-    logIfAny(result ? m_storing.worked()
+    logIfAny(result ? m_storing.succeeded()
                     : m_storing.failed(result.failure().text, QDateTime::currentDateTime()));
 }
 

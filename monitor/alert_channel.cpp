@@ -96,7 +96,7 @@ void AlertChannel::note(const Result<void> &result)
     const QDateTime now = m_clock();
     (result ? m_outcome.lastSuccess : m_outcome.lastFailure) = now;
     m_outcome.reason = result ? QString() : result.failure().text;
-    const QString text = result ? m_fault.worked() : m_fault.failed(m_outcome.reason, now.toLocalTime());
+    const QString text = result ? m_fault.succeeded() : m_fault.failed(m_outcome.reason, now.toLocalTime());
     if (!text.isEmpty())
         qCWarning(lcMonitor).noquote() << text;
 }

@@ -51,7 +51,7 @@ void AlertDelivery::mailEnded(const MailRun &run)
     }
     m_mailOutcome.lastSuccess = QDateTime::currentDateTimeUtc();
     m_mailOutcome.reason.clear();
-    logChange(m_mail.worked());
+    logChange(m_mail.succeeded());
 }
 
 void AlertDelivery::noteMailFailure(const QString &reason)

@@ -17,8 +17,8 @@ bool isSameDrive(const DriveAlerts &drive, const DriveEvaluation &listed)
     return drive.model == listed.model && drive.serial == listed.serial;
 }
 
-/// Takes the remembered drive of a listed one out of `remembered`. Several drives may have the same identity:
-/// the index then tells them apart.
+/// Removes the remembered drive of a listed one from `remembered`. If several drives have the same identity,
+/// the index decides.
 std::optional<DriveAlerts> take(QVector<DriveAlerts> &remembered, const DriveEvaluation &listed, int index,
                                 bool mustHaveIndex)
 {

@@ -6,7 +6,7 @@
 
 #include <chrono>
 
-/// What the alarms remember from one evaluation to the next. Kept over restarts by monitor/alert_state.h.
+/// The memory of the alarms between two evaluations. monitor/alert_state.h stores it over restarts.
 struct AlertState
 {
     QVector<DriveAlerts> drives; ///< listed drives in list order, then known ones that are gone
@@ -29,7 +29,7 @@ struct AlertDecision
     QVector<AlertMessage> messages; ///< in the order of their delivery
 };
 
-/// How messages are delivered.
+/// The conditions for delivering messages.
 struct DeliveryRules
 {
     bool hasChannel = true;          ///< at least one channel is on; otherwise nothing counts as delivered

@@ -5,7 +5,7 @@
 #include "disk/device_record.h"
 #include "monitor/finding.h"
 
-/// How a poll of one drive ended.
+/// The result of polling one drive.
 enum class ReadOutcome {
     NotPolled, ///< the evaluation follows a change of settings, not a poll
     Succeeded,

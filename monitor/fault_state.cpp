@@ -27,7 +27,7 @@ QString FaultState::failed(const QString &reason, const QDateTime &now)
     return m_name + QStringLiteral(" has failed since ") + text(m_since) + QStringLiteral(": ") + reason;
 }
 
-QString FaultState::worked()
+QString FaultState::succeeded()
 {
     if (m_reason.isEmpty())
         return {};

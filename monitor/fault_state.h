@@ -18,7 +18,7 @@ public:
     [[nodiscard]] QString failed(const QString &reason, const QDateTime &now);
 
     /// Notes a success. Returns an empty text unless the attempt before failed.
-    [[nodiscard]] QString worked();
+    [[nodiscard]] QString succeeded();
 
     [[nodiscard]] bool isFailing() const { return !m_reason.isEmpty(); }
 

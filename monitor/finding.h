@@ -60,7 +60,7 @@ struct DriveAlerts
     QVector<Finding> findings;
     bool isReported = false; ///< an alert about a finding was delivered, and no recovery since
 
-    // Of the latest evaluation; not stored.
+    // From the latest evaluation; not stored.
     std::optional<Severity> level;
     std::optional<qint32> healthPercent;
     std::optional<qint32> temperatureCelsius;

@@ -4,7 +4,7 @@
 
 #include "monitor/evaluation.h"
 
-/// Brings the findings of a listed drive up to date: starts them, changes their severity, ends them, and ends
+/// Updates the findings of a listed drive: starts them, changes their severity, ends them, and ends
 /// acknowledgements of findings that have become worse.
 void updateFindings(DriveAlerts &drive, const DriveEvaluation &evaluation, const AlertRules &rules,
                     const QDateTime &now);

@@ -61,7 +61,7 @@ SmtpDialogue::SmtpDialogue(const SmtpMail &mail, const QString &hostName, StartT
     , m_secrets(formsOf(mail.password) + formsOf(mail.user))
 {
     if (startTls == StartTls::Yes) {
-        // What the server said before is not to be trusted: it introduces itself again.
+        // Replies before the encryption are not trusted (RFC 3207): the dialogue starts again with EHLO.
         m_steps +=
             {{'2', line(QStringLiteral("STARTTLS"))}, {'2', line(QStringLiteral("EHLO ") + hostName), true}};
     }

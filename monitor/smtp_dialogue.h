@@ -36,8 +36,7 @@ public:
         AwaitsTls, ///< the server has agreed to encrypt: encrypted() resumes
     };
 
-    /// Whether the dialogue itself asks for encryption. A connection that is encrypted from its start needs
-    /// No.
+    /// Whether the dialogue requests encryption. A connection that is encrypted from its start needs No.
     enum class StartTls { No, Yes };
 
     /// Limit of one reply of the server, in bytes; the standard allows lines of 512.

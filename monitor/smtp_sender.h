@@ -28,7 +28,7 @@ struct SmtpTimeouts
     std::chrono::milliseconds reply{0}; ///< how long a connected server may be silent; 0: no limit
 };
 
-/// How connections to mail servers are protected.
+/// The protection of connections to mail servers.
 struct SmtpTls
 {
     SmtpSecurity security = SmtpSecurity::None;

@@ -89,7 +89,7 @@ void TemperatureHistory::append(const QVector<TemperatureReading> &readings, con
 {
     const bool wasCurrent = isIndexCurrent();
     const auto appended = appendTemperatures(m_path, readings, now);
-    logChange(appended ? m_writing.worked() : m_writing.failed(appended.failure().text, now));
+    logChange(appended ? m_writing.succeeded() : m_writing.failed(appended.failure().text, now));
     if (!wasCurrent)
         return;
     m_stamp = fileStamp(m_path);
@@ -156,7 +156,7 @@ bool TemperatureHistory::indexRecords(QFile &log, qint64 count)
                                    QDateTime::currentDateTime()));
         return false;
     }
-    logChange(m_reading.worked());
+    logChange(m_reading.succeeded());
     const qint64 whole = records.size() / temperature_record::kSize;
     m_index.append(records.constData(), whole);
     return whole == count;

@@ -21,7 +21,7 @@ QString errorReply(const QString &word, const QString &reason)
     return word + QStringLiteral("_ERR,") + reason;
 }
 
-/// Whether the console may change what the alarms remember: one of this machine, or any with the option.
+/// Returns whether the console may change the alarms' memory: a local one, or any if the option allows it.
 bool mayManageAlarms(const Context &context)
 {
     const Peer &peer = context.peer;

@@ -51,7 +51,7 @@ public:
     [[nodiscard]] virtual const DeviceList &devices() const = 0;
     [[nodiscard]] virtual QVector<Account> accounts() const = 0;
 
-    /// Starts a new detection; does nothing while paused. `started` follows when it is under way.
+    /// Starts a new detection; does nothing while paused. `started` is called when it has started.
     virtual void reset(Completion started) = 0;
     /// Reads S.M.A.R.T. data and volumes of every drive again.
     virtual void refresh(Completion finished) = 0;
@@ -69,7 +69,7 @@ public:
 
     virtual void findTemperatures(const HistoryPeriod &period, TemperatureHistory::Found found) = 0;
 
-    /// Starts a test mail; false if a mail is under way. `finished` is called once with the transcript or the
+    /// Starts a test mail; false if a mail is in progress. `finished` is called once with the transcript or the
     /// error text, in a later turn of the event loop.
     virtual bool startMailTest(const MailTest &test, std::function<void(const QString &)> finished) = 0;
 

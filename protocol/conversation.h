@@ -18,13 +18,13 @@
 
 class Consoles;
 
-/// How requests are read from a socket.
+/// The rule for reading requests from a socket.
 enum class LineRule {
     OneLinePerArrival, ///< one line each time data arrives; a second one waits until more data arrives
     ArrivalIsOneLine   ///< all that has arrived counts as one line
 };
 
-/// What sockets of either kind can do beside reading and writing.
+/// The functions that both kinds of socket have, besides reading and writing.
 struct SocketActions
 {
     std::function<void()> flush; ///< passes what the system accepts to it

@@ -6,7 +6,7 @@
 
 #include <QString>
 
-/// What a console is told on connecting: all settings, the peer as the service sees it, and the time.
+/// Returns the first line for a console: all settings, the peer as the service sees it, and the time.
 /// `peer` is the number or word that stands for the console's address.
 /// A text setting that holds a placeholder like "%22" has it filled by a later field: consoles rely on the
 /// bytes that come of filling one placeholder after the other.

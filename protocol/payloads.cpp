@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Writes the fields of one item behind each other. A large machine's S.M.A.R.T. reply has tens of thousands
+/// Writes the fields of one item. A large machine's S.M.A.R.T. reply has tens of thousands
 /// of numbers, so they are written straight into the text.
 class ItemWriter
 {

@@ -14,7 +14,7 @@ constexpr int kLineEndSize = 2;
 constexpr int kHeaderSize = 10;
 constexpr int kTextChunk = 8 * kPieceBytes;
 
-/// What `bytes` bytes of text are as characters of a line's body.
+/// Returns the number of characters of a line's body for `bytes` bytes of text.
 constexpr int bodySize(int bytes)
 {
     return (bytes + 2) / 3 * 8;

@@ -18,7 +18,8 @@ namespace {
 
 constexpr std::chrono::seconds kAcceptRetryDelay{1};
 
-/// Of the system, for each connection: by default a peer that does not read gets megabytes.
+/// Size of the system's send buffer of a connection. The default grows to megabytes for a peer that does not
+/// read.
 constexpr int kSendBufferBytes = 256 * 1024;
 
 Peer peerOf(const QTcpSocket &socket)

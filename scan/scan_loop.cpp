@@ -9,7 +9,7 @@ namespace {
 
 constexpr quint64 kAreaSectors = 102400;
 
-/// Offsets are signed 64-bit numbers to the systems below: from this sector on they cannot be sought.
+/// First sector that cannot be read: offsets are signed 64-bit numbers in the systems' interfaces.
 constexpr quint64 kSeekableSectors = quint64(std::numeric_limits<qint64>::max()) / quint64(kScanSectorSize);
 
 SectorRange blockAt(quint64 first, quint64 last, quint64 sectorsPerBlock)

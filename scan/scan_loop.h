@@ -8,7 +8,7 @@
 #include <atomic>
 #include <functional>
 
-/// What a run has come to. An area is 102400 sectors (50 MiB), counted from the drive's start.
+/// The totals of a run. An area is 102400 sectors (50 MiB), counted from the drive's start.
 struct ScanTotals
 {
     quint64 sectorsDone = 0;
@@ -25,19 +25,19 @@ struct ScanBlock
     qint32 percent = 0; ///< of the range, up to this block's end
 };
 
-/// What a run tells and asks as it goes on; called on the run's own thread.
+/// The callbacks of a run; called on the run's own thread.
 struct ScanHooks
 {
     std::function<void(const ScanBlock &)> blockDone;
-    std::function<void()> pause; ///< once an area, so that the scan does not keep the drive to itself
+    std::function<void()> pause; ///< once an area, so that other requests reach the drive
 };
 
-/// How a surface is read.
+/// The blocks in which a surface is read.
 struct ScanBlocks
 {
     qint32 size = 0; ///< bytes of a block, at least kScanSectorSize
     quint32 driveSector =
-        kScanSectorSize; ///< bytes of the drive's own sectors, to which each read is extended
+        kScanSectorSize; ///< bytes of the drive's own sectors; each read is extended to whole ones
 };
 
 /// Returns the drive's sector size as reported, or kScanSectorSize if it cannot be one.

@@ -4,7 +4,7 @@
 
 #include <QtGlobal>
 
-/// A surface scan as a console or the schedule asks for it. Sectors of 512 bytes, both ends inclusive.
+/// A surface scan requested by a console or the schedule. Sectors of 512 bytes, both ends inclusive.
 struct ScanRequest
 {
     qint32 device = 0;

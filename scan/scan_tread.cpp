@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Reads past the system's cache need a buffer that starts at a page.
+/// Reads that bypass the system's cache need a page-aligned buffer.
 constexpr std::align_val_t kPageAlignment{4096};
 
 struct PageAlignedDelete
@@ -22,7 +22,7 @@ struct PageAlignedDelete
 
 using PageAlignedBuffer = std::unique_ptr<char, PageAlignedDelete>;
 
-/// Null when there is no memory for it.
+/// Returns null if there is not enough memory.
 PageAlignedBuffer pageAlignedBuffer(qint32 size)
 {
     return PageAlignedBuffer(
@@ -66,8 +66,8 @@ ScanProgress scan_tread::progress() const
 {
     const QMutexLocker lock(&m_mutex);
     ScanProgress progress = m_progress;
-    // Not shared beyond the lock: Qt lets the worker write as soon as the reader has released the list,
-    // unordered.
+    // Must not share its data beyond the lock: once the reader releases the list, the worker writes without
+    // synchronisation.
     if (isRunning())
         progress.badRanges.detach();
     return progress;

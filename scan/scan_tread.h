@@ -9,27 +9,27 @@
 
 #include <atomic>
 
-/// One run over a drive's surface. It touches no record, and publishes its progress under a lock of its own.
+/// One run over a drive's surface. It accesses no record and publishes its progress under a lock of its own.
 class scan_tread : public DriveWorker
 {
     Q_OBJECT
 
 public:
-    /// `request` is over a range whose first sector is not beyond its last, in blocks of at least a sector.
+    /// The range of `request` must not be empty, and its blocks must hold at least one sector.
     scan_tread(DriveSystem &drives, const DetectedDrive &device, const ScanRequest &request);
 
     /// Ends the run after the block in progress; its limit is not extended any more.
     void requestStop() override { m_stopRequested = true; }
 
-    /// Also cuts off the read of the block in progress, as far as the system can.
+    /// Also cancels the read of the block in progress, as far as the system can.
     void cancel() override;
 
-    /// Whether a block has ended since the last call.
+    /// Returns whether a block has ended since the last call.
     [[nodiscard]] bool hasAdvanced() override;
 
     [[nodiscard]] bool runsBeside() const override { return true; }
 
-    /// Returns the progress of this moment, and after the run its result. Any thread.
+    /// Returns the present progress; after the run its result. Any thread.
     [[nodiscard]] ScanProgress progress() const;
 
     /// Returns zeros before the end of the run. Any thread.

@@ -13,11 +13,11 @@
 
 class scan_tread;
 
-/// Block sizes that a scan may have, in bytes.
+/// Limits of a scan's block size, in bytes.
 inline constexpr qint32 kMinScanBlockSize = 512;
 inline constexpr qint32 kMaxScanBlockSize = 64 * 1024 * 1024;
 
-/// The surface scans under way, at most one a device. Event loop's thread only.
+/// The surface scans in progress, at most one per device. Event loop's thread only.
 class ScanWorkers : public QObject
 {
     Q_OBJECT
@@ -28,22 +28,22 @@ public:
 
     [[nodiscard]] bool isRunning(int device) const { return m_scans.count(device) > 0; }
 
-    /// Starts a scan of request.device, whose record is `device`. Does nothing and returns false if the
-    /// device is being scanned, the first sector lies beyond the last or below 0, or the block size is out of
-    /// its range.
+    /// Starts a scan of request.device, whose record is `device`. Does nothing and returns false if a scan of
+    /// the device is running, the range is empty or negative, or the block size is out of range.
     bool start(const ScanRequest &request, const DeviceRecord &device);
 
     /// Asks the device's scan, if there is one, to end after the block in progress.
     void requestStop(int device);
 
-    /// Asks all scans to end, and forgets them.
+    /// Asks all scans to end and forgets them.
     void abandonAll();
 
     /// Stores the progress of the running scans in the records of their devices.
     void publish(DeviceList &devices) const;
 
 Q_SIGNALS:
-    /// By itself, by requestStop(), or because the drive does not answer.
+    /// Emitted when a scan has ended: at its last sector, by requestStop(), or because the drive does not
+    /// answer.
     void ended(int device, const ScanProgress &result);
 
 private:

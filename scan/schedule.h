@@ -9,7 +9,7 @@
 #include <QDateTime>
 #include <QHash>
 
-/// DeviceRecord::schedKind.
+/// Values of DeviceRecord::schedKind.
 namespace schedule_kind {
 inline constexpr qint32 kNone = 0;
 inline constexpr qint32 kOnce = 1;
@@ -23,18 +23,18 @@ struct ScheduleChange
     qint32 device = 0;
     qint32 kind = schedule_kind::kNone;
     qint32 param = 0; ///< day of the week, 0 Monday to 6 Sunday
-    QDate date;       ///< not valid: a schedule by date is never due
-    QTime time;       ///< not valid: the schedule is never due
+    QDate date;       ///< invalid: a schedule by date is never due
+    QTime time;       ///< invalid: the schedule is never due
 };
 
-/// Gives the device its new schedule; a device that is not there has none to give.
+/// Stores the device's new schedule; ignores a device that does not exist.
 void applyScheduleChange(const ScheduleChange &change, DeviceList &devices);
 
-/// Whether the device's scheduled time lies between `now` and 42 s later, on a day that the schedule means.
-/// Both ends are times of day: from 23:59:18 on the later one is early in the morning, and nothing is due.
+/// Returns whether the device's scheduled time is between `now` and 42 s later, on a day of the schedule.
+/// Both limits are times of day: from 23:59:18 on the later one is early in the morning, and nothing is due.
 [[nodiscard]] bool isScanDue(const DeviceRecord &device, const QDateTime &now);
 
-/// The scheduled moment of each drive that was served last: a moment is due at two or three checks.
+/// The scheduled moment of each drive that was served last: two or three checks find the same moment due.
 class ServedSchedules
 {
 public:
@@ -45,6 +45,6 @@ private:
     QHash<QString, QDateTime> m_moments; ///< by path
 };
 
-/// Returns a scan of the whole drive for every device whose schedule is due and not served yet.
+/// Returns a scan of the whole drive for every device whose schedule is due and was not served yet.
 [[nodiscard]] QVector<ScanRequest> dueScans(const DeviceList &devices, const ServedSchedules &served,
                                             const QDateTime &now);

@@ -58,7 +58,7 @@ int HxService::runApplication()
 {
     const int result = QtService<QCoreApplication>::runApplication();
     m_localDaemon.reset();
-    m_leftThreadsBehind = m_daemon && !m_daemon->endWorkers();
+    m_hasHungThreads = m_daemon && !m_daemon->endWorkers();
     m_daemon.reset();
     return result;
 }
@@ -79,7 +79,7 @@ void HxService::resume()
     m_daemon->resume();
 }
 
-// Every command number requests a drive count.
+// Every custom command requests a drive count.
 void HxService::processCommand(int /*code*/)
 {
     m_daemon->scheduleDriveCount();

@@ -22,7 +22,7 @@ public:
 
     /// Returns, after exec(), whether a worker still hangs in a request to a drive or to a name server, so
     /// that the process has to end without destroying the objects that the worker uses.
-    [[nodiscard]] bool leftThreadsBehind() const { return m_leftThreadsBehind; }
+    [[nodiscard]] bool hasHungThreads() const { return m_hasHungThreads; }
 
 protected:
     void start() override;
@@ -39,5 +39,5 @@ private:
     ServiceContext &m_context;
     std::unique_ptr<HxDaemon> m_daemon;
     std::unique_ptr<localDaemon> m_localDaemon;
-    bool m_leftThreadsBehind = false;
+    bool m_hasHungThreads = false;
 };

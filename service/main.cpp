@@ -52,8 +52,8 @@ bool isOnlyService(int argc, char *argv[], Platform &platform)
     return false;
 }
 
-/// Puts the machine that HALVEX_MACHINE names in the place of this one, for a program that would serve; the
-/// options that do not serve never look at it. False when there is something wrong with that machine.
+/// Replaces this machine by the one that HALVEX_MACHINE names, for a program that would serve; other options
+/// ignore it. Returns false if that machine is not valid.
 bool chooseMachine(int argc, char *argv[], Platform &platform)
 {
     const QString machine = qEnvironmentVariable("HALVEX_MACHINE");
@@ -115,7 +115,7 @@ int main(int argc, char *argv[])
     ServiceContext context{platform, settings, store, *options, offsets, workLimits()};
     HxService service(argc, argv, context);
     const int result = service.exec();
-    if (service.leftThreadsBehind())
+    if (service.hasHungThreads())
         std::_Exit(
             result); // a thread that hangs in a request still uses objects that would be destroyed here
     return result;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kFailed = -1;
 
-/// The time after which the manager considers a service hung that reports no progress.
+/// The manager considers a service hung that reports no progress for this time.
 constexpr std::chrono::milliseconds kPendingHint(30000);
 
 QtServiceBase *theService = nullptr;
@@ -227,7 +227,7 @@ std::optional<int> QtServiceBase::run(ServiceManager::RunMode mode)
 
     const int result = runApplication();
 
-    // The manager learns of the end only when all that the service had is gone: it may start it anew at once.
+    // Reported last: the manager may start the service again at once.
     handler.close();
     stopWatcher.reset();
     application.reset();

@@ -14,7 +14,7 @@ struct Row
     const char *description;
 };
 
-/// Part of the protocol as they stand, leading blanks, spelling and unbalanced tags included.
+/// Part of the protocol in this form, including leading blanks, spelling and unbalanced tags.
 constexpr Row kRows[] = {
     {1, "Raw read error rate",
      "  Indicates the rate of hardware read errors that occurred when reading data from a disk surface. Any "

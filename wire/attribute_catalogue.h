@@ -4,7 +4,7 @@
 
 #include <QString>
 
-/// What the attributes are called. Consoles show the descriptions as rich text.
+/// The names and descriptions of the attributes. Consoles show the descriptions as rich text.
 namespace attribute_catalogue {
 
 [[nodiscard]] QString name(qint32 id);

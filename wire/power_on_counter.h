@@ -19,7 +19,7 @@ struct PowerOnCounter
 
     qint64 raw = 0;
     Unit unit = Unit::Unknown;
-    /// Whether the unit follows from the counter's movement over two minutes; else from its size.
+    /// True if the unit was measured over two minutes; false if it was inferred from the value.
     bool isMeasured = false;
 
     /// Returns nothing while the unit is unknown, and where the result is above a century: such a raw value

@@ -15,8 +15,7 @@ struct Error
     friend bool operator==(const Error &a, const Error &b) { return a.text == b.text; }
 };
 
-/// A value, or the failure that left none. `E` is Error, or a type that also says which kind of failure it
-/// is.
+/// A value or a failure. `E` is Error, or a type that also has the kind of the failure.
 template <typename T, typename E = Error>
 class [[nodiscard]] Result
 {

@@ -4,9 +4,9 @@
 
 #include <QString>
 
-/// Between the fields of a request, and after the reply word of a list reply.
+/// Separates the fields of a request, and follows the reply word of a list reply.
 inline const QString kRequestSeparator = QStringLiteral("]![");
-/// Between the fields of one item of a payload.
+/// Separates the fields of one item of a payload.
 inline const QString kFieldSeparator = QStringLiteral("~;");
-/// Between the items of a payload.
+/// Separates the items of a payload.
 inline const QString kItemSeparator = QStringLiteral("]~[");
