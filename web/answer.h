@@ -35,7 +35,7 @@ struct ChunkedText
     std::function<bool(QByteArray &)> next;
 };
 
-/// What a handler returns.
+/// The result of a handler.
 using Answer = std::variant<HttpResponse, Deferred, EventStream, ChunkedText>;
 
 } // namespace web

@@ -89,7 +89,7 @@ void Application::startAction(const QString &service, const ServiceWork &work, c
         std::find_if(m_configuration.services.cbegin(), m_configuration.services.cend(),
                      [&service](const ServiceAddress &candidate) { return candidate.name == service; });
     if (address == m_configuration.services.cend() || m_actions >= kMostActions) {
-        reply(errorResponse(503, QStringLiteral("too many requests to services are under way")));
+        reply(errorResponse(503, QStringLiteral("too many requests to services are in progress")));
         return;
     }
     ++m_actions;

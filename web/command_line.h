@@ -10,7 +10,7 @@
 
 namespace web {
 
-/// What the program is asked to do.
+/// The action that the command line requests.
 enum class Task { Serve, HashPassword, CheckConfiguration, Export, Version, Help };
 
 struct CommandLine

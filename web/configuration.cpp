@@ -230,7 +230,7 @@ Result<void> checkConfiguration(const Configuration &configuration)
     if (configuration.needsLogin() && configuration.tlsCertificate.isEmpty() &&
         !configuration.allowsPlainHttp)
         return Error{QStringLiteral("listen: %1 is not a loopback address: add \"tls\", or set \"plainHttp\" "
-                                    "on a trusted network or behind a proxy with TLS")
+                                    "on a trusted network or with a reverse proxy that uses TLS")
                          .arg(address.toString())};
     return {};
 }

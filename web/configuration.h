@@ -38,7 +38,7 @@ struct ListenAddress
     quint16 port = 8643; ///< 0: a free port, chosen at the start
 };
 
-/// What the configuration file and the options determine.
+/// The values of the configuration file and the options.
 struct Configuration
 {
     ListenAddress listen;

@@ -14,7 +14,7 @@ namespace web {
 /// Seconds since 1970.
 using Timestamp = qint64;
 
-/// What identifies a drive in the history, whatever its number is now.
+/// The identity of a drive in the history, independent of its present number.
 struct DriveKey
 {
     QString service;
@@ -52,7 +52,7 @@ struct AttributeChange
     AttributeValue value;
 };
 
-/// What is wrong with a drive: its kind and attribute, such as "attribute 5".
+/// Kind and attribute of a fault, such as "attribute 5".
 using FindingKey = QString;
 
 /// A drive as the history knows it.

@@ -7,7 +7,7 @@
 
 namespace web {
 
-/// What one poll adds to the history.
+/// The records that one poll adds to the history.
 struct HistoryChanges
 {
     QVector<Event> events;

@@ -165,7 +165,7 @@ QVector<KnownDrive> HistoryStore::knownDrives()
     QHash<qint64, int> positions;
     for (int i = 0; i < drives.size(); ++i)
         positions.insert(drives.at(i).id, i);
-    // Of a group with one max(), SQLite takes the other columns from the row that holds it.
+    // In a group with one max(), SQLite takes the other columns from the row that contains it.
     (void)m_database.query("SELECT drive, attribute, max(time), value, worst, raw FROM attribute_change"
                            " GROUP BY drive, attribute",
                            {}, [&](const DatabaseRow &row) {

@@ -15,7 +15,7 @@
 
 struct sockaddr;
 
-/// What halvex-web needs of the system that Qt does not offer. One file for each system implements it.
+/// The functions of the system that Qt does not offer. One file for each system implements them.
 namespace web::host {
 
 /// Returns a sockaddr_in or sockaddr_in6 as bytes.

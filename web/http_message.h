@@ -21,7 +21,7 @@ struct HttpRequest
     QByteArray target;                     ///< path and query as sent, not decoded
     QHash<QByteArray, QByteArray> headers; ///< names in lower case
     QByteArray body;
-    QHostAddress peer;     ///< the client; behind a trusted proxy the address that the proxy reports
+    QHostAddress peer;     ///< the client, as reported by a trusted proxy if there is one
     bool isSecure = false; ///< over TLS, here or up to a trusted proxy
 };
 

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] bool has(const QString &key) const { return m_object.contains(key); }
     [[nodiscard]] QString text(const QString &key, const QString &absent = {});
     [[nodiscard]] int number(const QString &key, int absent, int lowest, int highest);
-    /// Of a key that is absent or null an empty text, or no number; numbers from 0 on.
+    /// A missing or null key yields an empty text, or nullopt for a number. Numbers are 0 or greater.
     [[nodiscard]] QString textOrNull(const QString &key);
     [[nodiscard]] std::optional<quint64> numberOrNull(const QString &key, qint64 highest);
     [[nodiscard]] bool flag(const QString &key, bool absent);

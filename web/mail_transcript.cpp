@@ -8,8 +8,8 @@ namespace web {
 
 namespace {
 
-/// Returns whether a word of `line` is Base64 that holds `password`: AUTH LOGIN sends it alone, AUTH PLAIN
-/// behind the user's name.
+/// Returns whether a word of `line` is Base64 that contains `password`: AUTH LOGIN sends it alone, AUTH PLAIN
+/// after the user's name.
 bool hidesPassword(const QString &line, const QByteArray &password)
 {
     for (const QString &word : line.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {

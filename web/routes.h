@@ -8,7 +8,7 @@
 
 namespace web {
 
-/// Who may make a request.
+/// The login that a request requires.
 enum class Access {
     Anyone,
     Reader,   ///< a login, where users are configured

@@ -73,7 +73,7 @@ client::Result<client::ServiceSettings> changed(const client::ServiceSettings &s
         result && (result->smtpServer != settings.smtpServer || result->smtpPort != settings.smtpPort);
     if (isOtherServer && !settings.smtpPass.isEmpty() && !changes.contains(QStringLiteral("smtpPass")))
         return Failure{FailureKind::Refused,
-                       QStringLiteral("another mail server or port needs \"smtpPass\" anew")};
+                       QStringLiteral("another mail server or port needs \"smtpPass\" again")};
     return result;
 }
 

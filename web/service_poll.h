@@ -15,7 +15,7 @@
 
 namespace web {
 
-/// What one poll of a service found: data, or the failure.
+/// The result of one poll of a service: data, or the failure.
 struct PollResult
 {
     std::shared_ptr<ServiceData> data; ///< without `temperatures`; null after a failure

@@ -26,7 +26,7 @@ inline constexpr int kStalePolls = 3;
 /// The mean temperatures of a drive in the 24 hours up to the last poll, the oldest first.
 using HourlyMeans = std::array<std::optional<double>, 24>;
 
-/// What a service answered to one poll. Of its mail password the settings hold only whether there is one.
+/// The answers of a service to one poll. The settings contain only whether a mail password is set.
 struct ServiceData
 {
     client::Greeting greeting;

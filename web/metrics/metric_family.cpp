@@ -32,7 +32,7 @@ QByteArray familyName(const Family &family, Format format)
     return isShortened ? name.left(name.size() - int(sizeof "_total") + 1) : name;
 }
 
-/// Where the text is now.
+/// The place of the next line in the text.
 struct Position
 {
     QVector<Family> families;

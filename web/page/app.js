@@ -148,7 +148,7 @@ function setUpControls() {
             askForLogin();
     });
     byId("skip").addEventListener("click", event => {
-        event.preventDefault(); // the part of an address behind # names a view
+        event.preventDefault(); // the fragment of an address names a view
         byId("view").focus();
     });
     byId("zone").textContent = `Times are shown in ${zoneText()}.`;

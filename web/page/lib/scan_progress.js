@@ -58,7 +58,7 @@ export function bytesPerSecond(scan, samples, nowMs) {
 }
 
 /**
- * Returns the seconds until the scan ends; null while unknown. The status has no last sector, so the percentage says
+ * Returns the seconds until the scan ends; null while unknown. The status has no last sector, so the percentage shows
  * how much is left.
  * @param {Scan} scan @param {number | null} rate bytes per second
  */

@@ -35,7 +35,7 @@ export class Store {
         this.schedule(kShortestPauseMs);
     }
 
-    /** Reads everything, now or after the reading that is under way. */
+    /** Reads everything, now or after the reading that is in progress. */
     async refresh() {
         this.needsAll = true;
         clearTimeout(this.timer);

@@ -4,7 +4,7 @@
 import { h } from "../lib/dom.js";
 
 /**
- * Returns a horizontal bar. @param {number} percent @param {string} label what a screen reader says
+ * Returns a horizontal bar. @param {number} percent @param {string} label text for screen readers
  * @param {string} [kind] a class for its colour
  */
 export function bar(percent, label, kind = "") {

@@ -36,7 +36,7 @@ export function linePath(points, isStepped) {
 }
 
 /**
- * Returns a small chart. @param {Point[]} points @param {string} label what a screen reader says
+ * Returns a small chart. @param {Point[]} points @param {string} label text for screen readers
  * @param {{isStepped?: boolean}} [options]
  */
 export function sparkline(points, label, { isStepped = false } = {}) {
