@@ -12,7 +12,7 @@ class FakeServiceKey : public ServiceKey
 public:
     QMap<QString, KeyValue> values;
 
-    std::optional<AccessError> error; ///< of every access
+    std::optional<AccessError> error; ///< returned by every access, if set
 
     Result<std::unique_ptr<OpenKey>, AccessError> open() override
     {

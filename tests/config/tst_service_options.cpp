@@ -186,7 +186,7 @@ private Q_SLOTS:
         row("other case", "Alertpolicy", "AlertPolicy");
         row("one letter missing", "AlertWebhok", "AlertWebhook");
         row("value of the service in other case", "port", "Port");
-        row("the same", "AlertPolicy", "");
+        row("empty policy", "AlertPolicy", "");
         row("value of the service manager", "Start", "");
         row("value of the service manager, four letters", "Type", "");
         row("an administrator's note", "Note", "");

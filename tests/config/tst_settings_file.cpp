@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A file of these lines, the last one without its line feed.
+/// Returns a file of these lines, the last one without its line feed.
 QByteArray fileOf(const QString &text)
 {
     QByteArray file;
@@ -14,7 +14,7 @@ QByteArray fileOf(const QString &text)
     return file.chopped(1);
 }
 
-/// The lines that are written, so that one comparison shows every field that changed.
+/// Returns the lines to be written, so that one comparison shows every field that changed.
 QString written(const Settings &settings, const DeviceList &devices = {})
 {
     QStringList lines;
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void settingsLine_data()
     {
         QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("line"); // what is written for the key then; empty: all as it was
+        QTest::addColumn<QString>("line"); // the line written for the key; empty: no line has changed
         const auto file = [](const char *lines) { return fileOf(QString::fromUtf8(lines)); };
         row("flag on", file("emailNotify=1"), "emailNotify=1");
         row("flag of two", file("emailNotify=2"), "");
@@ -53,7 +53,7 @@ private Q_SLOTS:
         row("text keeps its blanks", file("smtpSubj= hot disk "), "smtpSubj= hot disk ");
         row("text beyond 8 bits", file(u8"smtpSubj=\u0394\u2603"), u8"smtpSubj=\u0394\u2603");
         row("key twice", file("smtpUser=a smtpUser=b"), "smtpUser=a b");
-        // cTemp= is looked for first and goes, though its value is no number then.
+        // cTemp= is matched first and removed, although its value is not a number then.
         row("key within a text", file("smtpSubj=at cTemp=70"), "smtpSubj=at 70");
         row("line of a drive", file("disk=0!0!99!1!0!0"), "");
         row("the later line, if it fits", file("cTemp=60\ncTemp=70\ncTemp=0"), "cTemp=70");
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QCOMPARE(written(settings).split(u'\n'), expected);
     }
 
-    /// Everything that a file holds is read, and written as it was.
+    /// Reading and writing keeps everything that a file can contain.
     void wholeFile()
     {
         const QString text = QStringLiteral("popupNotify=0\n"
@@ -97,7 +97,7 @@ private Q_SLOTS:
                                             "warnExtTask=warn\n"
                                             "critExtTask=crit\n"
                                             "disk=0!0!1953525167!3!6!1772600767\n"
-                                            "disk=1!3!5!1!4!4294967295\n" // no time, so no moment
+                                            "disk=1!3!5!1!4!4294967295\n" // no time of day
                                             "scan=0;0;42;1;1953525167;260304050607;128-255,384-400,\n"
                                             "scan=1;0;0;0;7;;\n");
         Settings settings;
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(QDateTime(device.schedDate, device.schedTime).toSecsSinceEpoch(), qint64(1772600767));
         QCOMPARE(device.schedKind, 3);
         QCOMPARE(device.schedParam, 6);
-        QCOMPARE(device.scanError, 0); // a failed scan does not outlive the service
+        QCOMPARE(device.scanError, 0); // not stored
         QCOMPARE(device.scanPercent, 42);
         QCOMPARE(device.scanTime, kNow);
         QVERIFY(!devices[1].schedTime.isValid());
@@ -124,7 +124,7 @@ private Q_SLOTS:
     void initialDriveState()
     {
         DeviceList devices(2);
-        devices[0].capacity = 4096; // and the other one has none
+        devices[0].capacity = 4096; // the other drive has none
         readDriveState({}, devices, kNow);
         QCOMPARE(written(Settings(), devices).section(QStringLiteral("disk="), 1),
                  QStringLiteral("0!0!7!0!0!%1\ndisk=1!0!0!0!0!%1\n"
@@ -165,16 +165,16 @@ private Q_SLOTS:
     void scheduleWithoutItsDateKeepsItsTime()
     {
 #ifndef Q_OS_WIN
-        qputenv("TZ", "JST-9"); // where 1970 begins before the epoch; Windows keeps its own zone
+        qputenv("TZ", "JST-9"); // 1970 begins before the epoch in this zone; Windows keeps its own zone
 #endif
         DeviceList devices = twoDrives();
         devices[0].schedKind = 2;
-        devices[0].schedTime = QTime(3, 30, 0); // a daily schedule; its date is none
+        devices[0].schedTime = QTime(3, 30, 0); // a daily schedule, without a date
         readDriveState(fileOf(written(Settings(), devices)), devices, kNow);
         QCOMPARE(devices[0].schedTime, QTime(3, 30, 0));
     }
 
-    /// The clock skips the time of a daily schedule on its date.
+    /// The time of the daily schedule does not exist on the day of writing: the clock skips it.
     void scheduleInASkippedHourKeepsItsTime()
     {
         qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");

@@ -48,7 +48,7 @@ private Q_SLOTS:
         QCOMPARE(m_settings.cTemp, 70);
     }
 
-    void whatIsWrittenComesBack()
+    void writtenFileIsReadBack()
     {
         SettingsStore store(m_settings, *m_key, offset);
         store.readSettings();
@@ -66,7 +66,7 @@ private Q_SLOTS:
         DeviceList read(1);
         later.readDriveState(read);
         QCOMPARE(read[0].scanPercent, 57);
-        // It holds a password. On Windows the folder's access list is the file's.
+        // The file holds a password. On Windows the folder's access list protects it.
         const auto others = QFileDevice::ReadGroup | QFileDevice::ReadOther;
         const bool isWindows = QSysInfo::kernelType() == QLatin1String("winnt");
         QVERIFY(isWindows || !(QFile(path()).permissions() & others));
@@ -90,8 +90,8 @@ private Q_SLOTS:
         QVERIFY(store.writeSettings({}));
     }
 
-    /// A folder in the file's place cannot be read. It keeps its content under a dated name, and the drives
-    /// keep the state in memory.
+    /// A folder in the file's place cannot be read. It is renamed with its content, and the drives keep the
+    /// state in memory.
     void unreadableFile()
     {
         DeviceList devices(2);
@@ -132,8 +132,8 @@ private Q_SLOTS:
         QCOMPARE(detected.last().badRanges, devices.last().badRanges);
     }
 
-    /// A reader that has the old file open can still read all of it; where it blocks the new file, the write
-    /// waits for a moment, so the reader closes the file soon.
+    /// A reader that has the old file open can still read all of it. Where an open file blocks the write, the
+    /// write waits, so the reader closes the file soon.
     void fileIsReplacedAsAWhole()
     {
         putFile("the old file");

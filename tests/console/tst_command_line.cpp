@@ -12,7 +12,7 @@ class TestCommandLine : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void understands_data()
+    void parsesOptions_data()
     {
         QTest::addColumn<QString>("line");
         QTest::addColumn<QString>("asked");
@@ -49,7 +49,7 @@ private Q_SLOTS:
         row("wait without time", "status --wait", "", "refused");
     }
 
-    void understands()
+    void parsesOptions()
     {
         QFETCH(QString, line);
         const auto parsed =

@@ -44,7 +44,7 @@ class TestConversation : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void greetsAndAsks()
+    void receivesGreetingAndReply()
     {
         ScriptedPeer peer({kGreeting, kDrive});
         Conversation conversation(endpointOf(peer), kLimit);
@@ -71,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(peer.received().count('\n'), 2);
     }
 
-    void asksNothingAfterClose()
+    void sendsNothingAfterClose()
     {
         ScriptedPeer peer({kGreeting});
         Conversation conversation(endpointOf(peer), kLimit);
@@ -125,9 +125,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<Lines>("script"); // a line for each connection
         QTest::addColumn<bool>("isReady");
-        row("paused, detecting, closing, then ready -> waits",
+        row("paused, detecting, closing, then ready → waits",
             Lines{wire("PAUSED"), wire("DETECTING"), "", kGreeting}, true);
-        row("another protocol -> does not wait", Lines{"HTTP/1.1 400 Bad Request\r\n"}, false);
+        row("another protocol → does not wait", Lines{"HTTP/1.1 400 Bad Request\r\n"}, false);
     }
 
     void waitsUntilReady()
@@ -144,7 +144,7 @@ private Q_SLOTS:
     }
 
     /// Each peer accepts only after the next one has: asked one after another, the first would never answer.
-    void asksSeveralAtTheSameTime()
+    void queriesSeveralServicesAtTheSameTime()
     {
         std::vector<std::unique_ptr<ScriptedPeer>> peers;
         std::vector<std::unique_ptr<Conversation>> conversations;

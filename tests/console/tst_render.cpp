@@ -42,7 +42,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("expected");
         const auto visible = [](const char *text) { return client::visible(QString::fromUtf8(text)); };
-        row("harmless", visible("Größe 日本 °C"), "Größe 日本 °C");
+        row("printable text is unchanged", visible("Größe 日本 °C"), "Größe 日本 °C");
         row("terminal sequence", visible("\033[2J"), "\\u{1b}[2J");
         row("control beyond ASCII", visible("\u009b"), "\\u{9b}");
         row("direction mark", visible("\u202e"), "\\u{202e}");
@@ -75,10 +75,10 @@ private Q_SLOTS:
         const auto left = [](const ScanStatus &status) {
             return QString::number(secondsLeft(status, 1000001, 512000).value_or(-1));
         };
-        row("left of a drive, below a percent", left(runningScan(0, 0, 5000)), "995");
-        row("left of a drive", left(runningScan(25, 0, 250000)), "750");
-        row("left of a part", left(runningScan(50, 0, 50000)), "50");
-        row("left beyond any drive's end", left(runningScan(100, 0, ~quint64(0) / 2)), "0");
+        row("remaining time below 1 %", left(runningScan(0, 0, 5000)), "995");
+        row("remaining time of a drive", left(runningScan(25, 0, 250000)), "750");
+        row("remaining time of a range", left(runningScan(50, 0, 50000)), "50");
+        row("remaining time of an impossible range → 0", left(runningScan(100, 0, ~quint64(0) / 2)), "0");
 
         row("an eighth of a column", render::progressBar(1.0 / 32, 4), "▏░░░");
         row("trend", render::sparkline({40, 20, 27, 34}, 3, 5), "▁▄█");
@@ -102,7 +102,7 @@ private Q_SLOTS:
 
     void watchHeader_data()
     {
-        QTest::addColumn<QVector<client::Level>>("levels"); // of drives 0, 1, ...
+        QTest::addColumn<QVector<client::Level>>("levels"); // of drives 0, 1, …
         QTest::addColumn<QString>("problem");
         QTest::addColumn<QString>("header");
         using client::Level;
@@ -160,13 +160,13 @@ private Q_SLOTS:
         QTest::addColumn<int>("unit");
         QTest::addColumn<qint64>("raw");
         QTest::addColumn<qint64>("hours"); // -1: none
-        row("unknown unit -> none", 0, qint64(100), qint64(-1));
+        row("unknown unit → none", 0, qint64(100), qint64(-1));
         row("hours", 1, qint64(100), qint64(100));
         row("half minutes", 3, qint64(240), qint64(2));
         row("seconds", 4, qint64(7199), qint64(1));
         row("a century", 1, qint64(876600), qint64(876600));
-        row("above a century -> none", 1, qint64(876601), qint64(-1));
-        row("minutes in the upper bytes -> none", 1, qint64(0x2100000064), qint64(-1));
+        row("above a century → none", 1, qint64(876601), qint64(-1));
+        row("minutes in the upper bytes → none", 1, qint64(0x2100000064), qint64(-1));
     }
 
     void powerOnHours()
@@ -210,7 +210,7 @@ private Q_SLOTS:
             QStringList({QStringLiteral("No  Model       Size"), QStringLiteral(" 0  A drive w…  1 TB")}));
         QCOMPARE(render::tableLines(headings, rows, {}).last(),
                  QStringLiteral(" 0  A drive with a long name  1 TB"));
-        // Too narrow: the line is longer than the screen, and no number is cut.
+        // Too narrow: the line is longer than the screen, and numbers are complete.
         QCOMPARE(render::tableLines(headings, rows, {false, false, 5}).last(),
                  QStringLiteral(" 0  A dri…  1 TB"));
     }
@@ -238,9 +238,9 @@ private Q_SLOTS:
         QVERIFY(!meter.bytesPerSecond());
         meter.sample(1000, runningScan(0, 0, 200000));
         QCOMPARE(meter.bytesPerSecond().value_or(0), 102400000.0);
-        meter.sample(2000, runningScan(0, 0, 200000)); // stalled: the rate falls, not to nothing at once
+        meter.sample(2000, runningScan(0, 0, 200000)); // stalled: the rate falls gradually
         QVERIFY(meter.bytesPerSecond().value_or(0) < 102400000.0);
-        meter.sample(3000, runningScan(0, 0, 10)); // begun anew
+        meter.sample(3000, runningScan(0, 0, 10)); // a new scan
         QVERIFY(!meter.bytesPerSecond());
     }
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// "VER" is "VkVS" in Base64; with offset 0 all four are combined with the key's first character, 'M'.
+/// "VER" is "VkVS" in Base64; with offset 0 all four characters are combined with the key's first one, 'M'.
 const QByteArray kLine = "00000012001b261b1e";
 
 const QString kGreeting = QStringLiteral(
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(drive->attributeCount, 18);
         QCOMPARE(drive->volumeCount, 2);
         QVERIFY(drive->powerOn.isMeasured);
-        QCOMPARE(drive->powerOn.hours().value_or(-1), 335); // 20123 minutes
+        QCOMPARE(drive->powerOn.hours().value_or(-1), 335); // raw value 20123, in minutes
         QCOMPARE(drive->powerOnRawLast, 20100);
         QCOMPARE(drive->temperature.value_or(-1), 34);
         QCOMPARE(drive->level(), client::Level::Warning);
@@ -206,12 +206,12 @@ private Q_SLOTS:
         QTest::addColumn<quint64>("current");
         QTest::addColumn<int>("percent");
         QTest::addColumn<bool>("isComplete");
-        row("drive of 80 GB, whose last sector is at 99 % -> complete", quint64(0), quint64(156301487), 99,
+        row("drive of 80 GB, whose last sector is at 99 % → complete", quint64(0), quint64(156301487), 99,
             true);
-        row("drive of 1 TB at 100 % -> complete", quint64(0), quint64(1953525167), 100, true);
-        row("drive of 1 TB at 99 % -> stopped", quint64(0), quint64(1953525166), 99, false);
-        row("one sector -> complete", quint64(7), quint64(7), 100, true);
-        row("stopped at the first sector -> stopped", quint64(7), quint64(7), 0, false);
+        row("drive of 1 TB at 100 % → complete", quint64(0), quint64(1953525167), 100, true);
+        row("drive of 1 TB at 99 % → stopped", quint64(0), quint64(1953525166), 99, false);
+        row("one sector → complete", quint64(7), quint64(7), 100, true);
+        row("stopped at the first sector → stopped", quint64(7), quint64(7), 0, false);
     }
 
     void recognizesCompleteScan()
@@ -253,7 +253,7 @@ private Q_SLOTS:
         QCOMPARE(history->records.first().time, localTime("2026-11-15T00:36:07"));
         QCOMPARE(history->records.first().temperature.value_or(-1), 41);
         QCOMPARE(history->records.last().drive, 1);
-        QVERIFY(!history->records.last().temperature); // lost in transit
+        QVERIFY(!history->records.last().temperature); // its character was lost in transit
     }
 
     void readsServiceTime_data()

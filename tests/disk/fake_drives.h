@@ -13,7 +13,7 @@
 #include <functional>
 #include <utility>
 
-/// A drive whose control requests a function answers.
+/// A drive whose control requests are answered by a function.
 class ScriptedDrive : public Drive
 {
 public:
@@ -34,16 +34,16 @@ private:
     const Answer m_answer;
 };
 
-/// Drives that answer every request with zeros but for one byte, at once or only when they are let go.
+/// Drives that answer every request with zeros except one byte, at once or only after stallNoMore().
 class StallingDrives : public DriveSystem
 {
 public:
     enum class Stall { No, UntilCancelled, UntilReleased };
 
     std::atomic_int openDrives = 0; ///< at this moment
-    std::atomic_int requests = 0;   ///< that any drive has been asked so far
+    std::atomic_int requests = 0;   ///< received by all drives so far
 
-    /// Byte `offset` of every answer of the drive at `path` is `value`.
+    /// Sets byte `offset` of every answer of the drive at `path` to `value`.
     void add(const QString &path, int offset, char value) { m_drives[path] = {offset, value, Stall::No}; }
     void stall(const QString &path, Stall stall)
     {

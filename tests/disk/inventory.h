@@ -8,8 +8,8 @@
 #include <QTest>
 #include <QTimer>
 
-/// Runs the event loop until `isDone`; the test's own time limit ends one that never is. The timer ends each
-/// wait: Windows may deliver an event and go on waiting.
+/// Runs the event loop until `isDone`; the test's time limit ends an endless wait. The timer ends each single
+/// wait, because Windows may deliver an event without ending it.
 template <typename Condition>
 void runUntil(const Condition &isDone)
 {
@@ -19,7 +19,7 @@ void runUntil(const Condition &isDone)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
-/// An inventory whose operations are waited for.
+/// An inventory with operations that wait for their result.
 struct Inventory
 {
     explicit Inventory(DriveSystem &drives, WorkLimits limits = {}, bool leavesAsleep = false)

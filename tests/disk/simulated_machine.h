@@ -11,7 +11,7 @@
 #include <QSaveFile>
 #include <QTemporaryDir>
 
-/// A simulated machine with the given drives and volumes (docs/simulated-machine.md).
+/// Returns a simulated machine with the given drives and volumes (docs/simulated-machine.md).
 class SimulatedMachine
 {
 public:

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A drive that knows itself under other names than its system does, with `text` as its further keys.
+/// Returns a drive whose IDENTIFY data and system descriptor differ, with `text` as its further keys.
 QJsonObject drive(int number, const QByteArray &text = "{}")
 {
     const char kBase[] =
@@ -27,7 +27,7 @@ QJsonObject drive(int number, const QByteArray &text = "{}")
     return object;
 }
 
-/// Whether a fixed disk whose every answer is so many bytes short can be listed.
+/// Returns whether a fixed disk can be listed if every answer lacks this many bytes.
 bool canBeListed(quint32 missing)
 {
     ScriptedDrive disk([missing](quint32 code, ByteView, MutableBytes output) -> ControlReply {
@@ -46,25 +46,25 @@ class TestDetection : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void whichDrives_data()
+    void selectsDrives_data()
     {
         QTest::addColumn<int>("number");
         QTest::addColumn<QByteArray>("keys");
         QTest::addColumn<int>("detected");
         QTest::addColumn<int>("counted");
-        row("answers what it must", 0,
-            QByteArray(R"({"answers": ["geometry", "partition", "deviceNumber"]})"), 1, 1);
+        row("complete answers", 0, QByteArray(R"({"answers": ["geometry", "partition", "deviceNumber"]})"), 1,
+            1);
         row("no geometry", 0, QByteArray(R"({"answers": ["partition", "deviceNumber", "ata"]})"), 0, 0);
         row("no partition", 0, QByteArray(R"({"answers": ["geometry", "deviceNumber", "ata"]})"), 0, 1);
         row("no device number", 0, QByteArray(R"({"answers": ["geometry", "partition", "ata"]})"), 0, 1);
         row("removable", 0, QByteArray(R"({"mediaType": 11})"), 0, 0);
         row("does not open", 0, QByteArray(R"({"openError": 5})"), 0, 0);
         row("last number that is counted", 25, QByteArray("{}"), 1, 1);
-        row("first that is not", 26, QByteArray("{}"), 1, 0);
+        row("number after the last", 26, QByteArray("{}"), 1, 0);
         row("last number of all", 98, QByteArray("{}"), 1, 0);
     }
 
-    void whichDrives()
+    void selectsDrives()
     {
         QFETCH(int, number);
         QFETCH(QByteArray, keys);
@@ -74,7 +74,7 @@ private Q_SLOTS:
         QTEST(inventory.count().present, "counted");
     }
 
-    void shortAnswersAreNone()
+    void shortAnswersAreFailures()
     {
         QVERIFY(canBeListed(0));
         QVERIFY(!canBeListed(1));
@@ -101,7 +101,7 @@ private Q_SLOTS:
         QCOMPARE(device.tracksPerCylinder, 254U);
         QCOMPARE(device.sectorsPerTrack, 62U);
         QCOMPARE(device.bytesPerSector, 4096U);
-        QCOMPARE(device.capacity, Q_UINT64_C(20000588955648)); // and not what the geometry makes
+        QCOMPARE(device.capacity, Q_UINT64_C(20000588955648)); // not computed from the geometry
     }
 
     void identity_data()
@@ -120,8 +120,9 @@ private Q_SLOTS:
         row("IDE pass-through", answering(R"("ide")"), "2: 'MODEL' 'SERIAL' 'FW', ATA 9, S.M.A.R.T. 1");
         row("made up from the descriptor", answering(R"("descriptor", "predict")"),
             "3: 'ATA PRODUCT' '  SER' 'REV', ATA 3, S.M.A.R.T. 1");
-        row("nobody tells", answering(R"("predict")"), "-1: '' '' '', ATA -1, S.M.A.R.T. 0");
-        row("a blank one does not count", QByteArray(R"({"serial": ""})"),
+        row("neither IDENTIFY nor descriptor", answering(R"("predict")"),
+            "-1: '' '' '', ATA -1, S.M.A.R.T. 0");
+        row("blank descriptor is ignored", QByteArray(R"({"serial": ""})"),
             "0: 'ATA PRODUCT' '  SER' 'REV', ATA 9, S.M.A.R.T. 1");
         row("blanks around vendor and product",
             QByteArray(R"({"descriptor": {"vendor": "ATA  ", "product": " WDC 1  ", "revision": " 2 "}})"),

@@ -37,7 +37,7 @@ QByteArray hexAndZeros(const char *hex, int zeros)
 
 Q_DECLARE_METATYPE(Method)
 
-/// What stands in the requests, and which answers count. That the data arrive, the real drives show.
+/// The content of requests, and which answers are valid. The transfer of data is tested with real drives.
 class TestExchange : public QObject
 {
     Q_OBJECT
@@ -86,7 +86,7 @@ private Q_SLOTS:
         QTest::addColumn<quint32>("error");
         QTest::addColumn<int>("status"); // the status register; for S.M.A.R.T. drive data the driver's error
         QTest::addColumn<int>("missing");
-        QTest::addColumn<QByteArray>("data"); // before zeros; null when nothing is written
+        QTest::addColumn<QByteArray>("data"); // followed by zeros; null: nothing is written
         QTest::addColumn<bool>("ok");
         const QByteArray some("\xCF\0\x01", 3);
         row("ATA: data that begins like the mark", Ata, 0U, 0x50, 0, some, true);

@@ -48,7 +48,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("enabled");
         row("on", QList<int>{0x346B, 0x7D09, 0x3469, 0x4163}, 1, 1);
         row("switched off", QList<int>{0x346B, 0x7D09, 0x3468, 0x4163}, 1, 0);
-        row("not there", QList<int>{0x346A, 0x4000, 0x3468, 0x4000}, 0, 0);
+        row("not supported", QList<int>{0x346A, 0x4000, 0x3468, 0x4000}, 0, 0);
         row("words not valid", QList<int>{0x0001, 0x0000, 0x0000, 0x0000}, -1, 1);
         row("floating bus", QList<int>{0xFFFF, 0xFFFF, 0xFFFE, 0xFFFF}, -1, 1);
         row("one pair valid", QList<int>{0x0001, 0x8000, 0x0000, 0x7FFF}, -1, 0);
@@ -75,7 +75,7 @@ private Q_SLOTS:
         row("first row", 0x0002, 1, 1, "ATA-1 X3T9.2 781D prior to revision 4");
         row("ATA-3 draft", 0x000E, 6, -3, "ATA-3 X3T10 2008D revision 1");
         row("last row", 0x007E, 34, 6, "ATA/ATAPI-6 published, ANSI INCITS 361-2002");
-        row("behind the table", 0x03FC, 35, 9, "");
+        row("minor version above the table", 0x03FC, 35, 9, "");
         row("row 0", 0x01F0, 0, 8, "");
         row("reserved row", 0x01F0, 29, 8, "");
         row("largest minor", 0x8000, 0xFFFF, 15, "");

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// By access method.
+/// Index: access method.
 constexpr const char *kAnswers[] = {"ata", "smart", "ide", "predict"};
 
 QJsonValue member(const QJsonObject &object, const char *key)
@@ -19,12 +19,12 @@ QJsonValue member(const QJsonObject &object, const char *key)
 
 quint64 number(const QJsonObject &object, const char *key)
 {
-    return quint64(member(object, key).toDouble()); // raw values have 48 bits: exact
+    return quint64(member(object, key).toDouble()); // raw values have 48 bits, exact in a double
 }
 
 } // namespace
 
-/// What real drives reported, detected and read by each of the access methods.
+/// Dumps of real drives, detected and read by each of the access methods.
 class TestRealDrives : public QObject
 {
     Q_OBJECT
@@ -89,7 +89,7 @@ private:
             QCOMPARE(quint64(attribute.worst), number(entry, "worst"));
             QCOMPARE(quint64(attribute.threshold), hasThresholds ? number(entry, "threshold") : 0);
             if (attribute.id == 194) {
-                // None of these drives counts in tenths or was hotter than 100 degrees.
+                // None of these drives counts in tenths or was above 100 degrees.
                 QCOMPARE(attribute.raw, number(entry, "raw") & 0xFFFF);
                 QCOMPARE(quint64(device.temperature), attribute.raw);
             } else {

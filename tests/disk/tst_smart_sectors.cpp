@@ -9,8 +9,9 @@
 
 namespace {
 
-/// A sector with these slots, in hexadecimal digits. In data a slot has the id, flags of two bytes, current,
-/// worst, a raw value of six bytes and one byte more; in thresholds the id, the threshold and ten bytes more.
+/// Returns a sector with these slots, in hexadecimal digits. A data slot has the id, two bytes of flags,
+/// current, worst, a raw value of six bytes and one more byte. A threshold slot has the id, the threshold and
+/// ten more bytes.
 QByteArray sector(const QByteArray &table)
 {
     return QByteArray::fromHex("0000" + table).leftJustified(512, '\0');
@@ -29,7 +30,7 @@ DeviceRecord recordOf(const QByteArray &table)
     return device;
 }
 
-/// A record after a full read of attributes 9 (raw 1000) and 194 (raw 30).
+/// Returns a record after a full read of attributes 9 (raw 1000) and 194 (raw 30).
 DeviceRecord readOnce()
 {
     return recordOf("09 3200 5a 59 e80300000000 00"
@@ -48,7 +49,7 @@ private Q_SLOTS:
         QByteArray data = sector("01 0080 c8 c7 000000000000 00"
                                  "0a 0501 fd fc 000000000000 00");
         data.replace(368, 2, QByteArray::fromHex("0301"));
-        // Thresholds belong by place: the second one names another attribute.
+        // Thresholds are assigned by slot: the second one names another attribute.
         const QByteArray thresholds = sector("01 33 00000000000000000000"
                                              "63 ff 00000000000000000000");
         DeviceRecord device;
@@ -68,7 +69,7 @@ private Q_SLOTS:
         QCOMPARE(second.flagBit2, 1U);
     }
 
-    void catalogueHasItsOwnSpelling()
+    void catalogueKeepsSpecialSpelling()
     {
         QCOMPARE(attribute_catalogue::description(191),
                  QStringLiteral("  Fequency of mistakes as a result of impact loads."));
@@ -122,7 +123,7 @@ private Q_SLOTS:
         QCOMPARE(device.temperature, 40);
     }
 
-    /// The raw rule goes by what stands in the new slot, the copies by what stood there before.
+    /// The raw rule depends on the new slot's attribute, the copied values on the previous one's.
     void synchronousReadOfAnotherTable()
     {
         DeviceRecord device = readOnce();

@@ -30,7 +30,7 @@ QVector<QByteArray> linesOf(const QByteArray &bytes, int cut)
     return lines;
 }
 
-/// What was taken for a reply can be shown, and stays within the screen.
+/// Checks that a parsed reply can be printed within the screen.
 void show(const QString &reply)
 {
     render::WatchState state;
@@ -50,7 +50,7 @@ void show(const QString &reply)
 
 } // namespace
 
-/// A line however it is cut, and the bytes as the text of a reply: no parser trips over anything.
+/// Input: a line in pieces, and the bytes as the text of a reply. No parser may fail.
 void fuzz(const QByteArray &bytes)
 {
     const QVector<QByteArray> lines = linesOf(bytes, 0);

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The text by its rule, a character at a time.
+/// Returns the text by the rule, one character at a time.
 QString plainText(const QByteArray &sector, identify::TextField field)
 {
     QByteArray text;
@@ -23,7 +23,7 @@ QString plainText(const QByteArray &sector, identify::TextField field)
     return QString::fromLatin1(text.trimmed());
 }
 
-/// What a descriptor says of a drive is what the sector made from it says.
+/// Checks that the sector made from a descriptor has the descriptor's texts.
 void checkSynthetic(const QByteArray &product, const QByteArray &revision)
 {
     const QByteArray sector = identify::fromDescriptor({{}, product, revision, {}});
@@ -39,7 +39,7 @@ void checkSynthetic(const QByteArray &product, const QByteArray &revision)
 
 } // namespace
 
-/// A sector that may be cut short; its parts again as the texts of a descriptor.
+/// Input: a sector, possibly short; its parts are also the texts of a descriptor.
 void fuzz(const QByteArray &bytes)
 {
     const QByteArray sector = bytes.left(ata::kSectorSize);

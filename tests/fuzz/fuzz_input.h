@@ -9,7 +9,7 @@
 /// Tries one input; each fuzzer has its own.
 void fuzz(const QByteArray &bytes);
 
-/// What must be so whatever the bytes were; the fuzzer keeps those that prove it wrong.
+/// Aborts if an invariant does not hold, so that the fuzzer keeps the input.
 inline void require(bool holds)
 {
     if (!holds)

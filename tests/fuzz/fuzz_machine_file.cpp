@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Whatever a machine file names holds the same bytes as the file itself.
+/// Files of which each has the same bytes as the machine file itself.
 class SameBytes : public MachineFiles
 {
 public:
@@ -24,14 +24,14 @@ private:
 
 } // namespace
 
-/// Qt 5.15's JSON parser loses the list or object that it was in the middle of when it meets a mistake.
+/// Disables leak detection: Qt 5.15's JSON parser leaks the current list or object on a syntax error.
 extern "C" const char *__asan_default_options() // NOLINT(bugprone-reserved-identifier)
 {
     return "detect_leaks=0";
 }
 
-/// A file has a problem, and its message gives place and reason, or it is a machine whose drives have all
-/// their sectors.
+/// Input: a machine file. It yields a problem with place and reason, or a machine whose drives have all their
+/// sectors.
 void fuzz(const QByteArray &json)
 {
     SameBytes files(json);

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Something for every list that a reply can have.
+/// Returns an item for every list that a reply can have.
 DeviceRecord drive()
 {
     DeviceRecord device;
@@ -25,7 +25,7 @@ DeviceRecord drive()
     return device;
 }
 
-/// A machine with every kind of data.
+/// Returns a machine with every kind of data.
 class Machine : public FakeTarget
 {
 public:
@@ -37,7 +37,7 @@ public:
     }
 };
 
-/// The whole line of the reply; empty if nothing is sent.
+/// Returns the whole line of the reply; empty if nothing is sent.
 QByteArray wireOf(Reply reply)
 {
     if (reply.start)
@@ -54,7 +54,7 @@ QByteArray wireOf(Reply reply)
     return wire;
 }
 
-/// A reply about one drive contains its index and whether there is such a drive.
+/// Checks that a reply about one drive contains its index and whether that drive exists.
 void checkIndexReply(const QStringList &fields, const QString &reply, int drives)
 {
     for (const char *word : {"DEVINFO", "SMARTINFO", "SMARTVALUE"}) {
@@ -67,7 +67,7 @@ void checkIndexReply(const QStringList &fields, const QString &reply, int drives
     }
 }
 
-/// Whatever consoles have set before, the client can read the lists.
+/// Checks that the client can read the lists after any change by consoles.
 void checkLists(Dispatcher &dispatcher, int drives)
 {
     const auto ask = [&dispatcher](const char *word) {
@@ -100,7 +100,7 @@ void answerText(const QByteArray &utf8, Dispatcher &dispatcher, const Machine &m
 
 } // namespace
 
-/// The bytes as one line from the wire, and line by line as the texts of requests of one console.
+/// Input: one line from the wire, and the same bytes as lines of requests from one console.
 void fuzz(const QByteArray &bytes)
 {
     Machine machine;

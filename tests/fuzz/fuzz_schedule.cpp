@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The payload that a console would set a drive's schedule with, from the reply that shows it.
+/// Returns the payload that sets a drive's schedule, made from the reply that shows it.
 QString payloadFromReply(const DeviceList &devices, int index)
 {
     const QString reply = payload::scanSchedule(devices);
@@ -35,8 +35,8 @@ auto schedule(const DeviceRecord &device)
 
 } // namespace
 
-/// A schedule that a payload sets is shown, and set again from what is shown; one drive at most has changed,
-/// and is due at its own time alone.
+/// Input: a schedule payload. It changes one drive at most. Setting the reported schedule again changes
+/// nothing, and it is due at its own time alone.
 void fuzz(const QByteArray &bytes)
 {
     const auto change = parse(QString::fromUtf8(bytes));

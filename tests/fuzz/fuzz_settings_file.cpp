@@ -10,7 +10,7 @@
 
 namespace {
 
-/// What a service that starts with `file` writes at its end.
+/// Returns the file that a service writes at its end after starting with `file`.
 QByteArray rewritten(const QByteArray &file)
 {
     Settings settings;
@@ -24,7 +24,7 @@ QByteArray rewritten(const QByteArray &file)
     return settingsFileText(settings, devices, [] { return 17; });
 }
 
-/// A value may hold what looks like a key, which the next reading takes for one.
+/// Returns whether each line has one key at most: the next reading would use a key inside a value.
 bool hasOneKeyALine(const QByteArray &file)
 {
     const QList<QByteArray> lines = file.split('\n');
@@ -34,8 +34,8 @@ bool hasOneKeyALine(const QByteArray &file)
 
 } // namespace
 
-/// The bytes as a file, and as the lines of one before they are scrambled. What a service writes, the next
-/// one reads and writes the same.
+/// Input: a file, and the lines of one before they are scrambled. A service that reads what another one wrote
+/// writes the same.
 void fuzz(const QByteArray &bytes)
 {
     (void)rewritten(bytes);

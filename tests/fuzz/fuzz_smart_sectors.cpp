@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Slots up to the first without an id.
+/// Returns the number of slots before the first without an id.
 int usedSlots(const QByteArray &data)
 {
     int count = 0;
@@ -35,8 +35,8 @@ void checkRecord(const DeviceRecord &device, int attributeCount)
 
 } // namespace
 
-/// Data and thresholds, either of which may be cut short; the same data once more; a later read of other
-/// bytes.
+/// Input: data and thresholds, either of which may be short; a repeated read of the same data; a later read
+/// of other bytes.
 void fuzz(const QByteArray &bytes)
 {
     const SmartSectors sectors{bytes.left(ata::kSectorSize), bytes.mid(ata::kSectorSize, ata::kSectorSize)};

@@ -12,8 +12,8 @@ namespace {
 
 using Outcome = SmtpDialogue::Outcome;
 
-/// What the client sends, how it ends, and its transcript.
-std::tuple<QByteArray, Outcome, QString> talk(bool needAuth, const QByteArray &received, int pieceSize)
+/// The lines that the client sends, its outcome, and its transcript.
+std::tuple<QByteArray, Outcome, QString> runDialogue(bool needAuth, const QByteArray &received, int pieceSize)
 {
     SmtpMail mail;
     mail.needAuth = needAuth;
@@ -25,19 +25,19 @@ std::tuple<QByteArray, Outcome, QString> talk(bool needAuth, const QByteArray &r
     return {sent, dialogue.outcome(), dialogue.transcript()};
 }
 
-/// All that the client says, when every reply is the one that it waits for.
+/// Returns all lines of a client that receives the expected replies.
 QByteArray wholeSide(bool needAuth)
 {
     const QByteArray replies =
         needAuth ? "220 \r\n250 \r\n334 \r\n334 \r\n235 \r\n250 \r\n250 \r\n354 \r\n250 \r\n"
                  : "220 \r\n250 \r\n250 \r\n250 \r\n354 \r\n250 \r\n";
-    return std::get<QByteArray>(talk(needAuth, replies, replies.size()));
+    return std::get<QByteArray>(runDialogue(needAuth, replies, replies.size()));
 }
 
 } // namespace
 
-/// One bit for AUTH, then a server's side of the dialogue: the client says its lines in their order and no
-/// others, all of them before it claims that the mail was sent, and the cut of the bytes does not matter.
+/// Input: one bit for AUTH, then the server's side of the dialogue. The client sends its lines in order and
+/// no others, all of them before it reports success. Cutting the bytes differently changes nothing.
 void fuzz(const QByteArray &bytes)
 {
     if (bytes.isEmpty())
@@ -45,17 +45,17 @@ void fuzz(const QByteArray &bytes)
     const bool needAuth = (bytes.at(0) & 1) != 0;
     const QByteArray received = bytes.mid(1);
     const QByteArray whole = wholeSide(needAuth);
-    const auto atOnce = talk(needAuth, received, bytes.size());
+    const auto atOnce = runDialogue(needAuth, received, bytes.size());
     const auto &[sent, outcome, transcript] = atOnce;
     require(whole.startsWith(sent));
     require(outcome != Outcome::Sent || sent == whole);
     require(transcript.size() <= received.size() + whole.size());
 
-    // Every line says by a blank or a hyphen behind its code whether it is the last one of its reply. Where
-    // one does not, how the bytes arrive tells it.
+    // A blank or a hyphen after the code of each line shows whether it is the last one of its reply. Without
+    // either, the arrival of the bytes decides.
     static const QRegularExpression ordinary(QStringLiteral("\\A(?:[^\n]{3}[ -][^\n]+\n)*+[^\n]*\\z"));
     if (!ordinary.match(QString::fromLatin1(received.constData(), received.size())).hasMatch())
         return;
     for (const int pieceSize : {1, 7})
-        require(talk(needAuth, received, pieceSize) == atOnce);
+        require(runDialogue(needAuth, received, pieceSize) == atOnce);
 }

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The string that the number at `field` points to, by its rule: behind the fixed part and inside.
+/// Returns the string at the offset in `field` by the rule: after the fixed part and inside the answer.
 QByteArray plainString(const QByteArray &answer, int field)
 {
     if (field + 4 > answer.size())

@@ -8,7 +8,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// Reads a history over blocks so small that every end of a block matters.
+/// Reads a history in blocks so small that every block boundary matters.
 QString historyOf(const QString &path, const QString &from, const QString &to)
 {
     TemperatureHistory history(path, {3, 1 << 20, 1 << 30});
@@ -21,7 +21,8 @@ QString historyOf(const QString &path, const QString &from, const QString &to)
     return QString::fromUtf8(text);
 }
 
-/// The first and the last moment as a console sends them, then the log: the history is the plain walk's.
+/// Input: the first and the last moment as a console sends them, then the log. The history equals the plain
+/// walk's.
 void fuzz(const QByteArray &bytes)
 {
     constexpr int kMomentSize = 12;

@@ -7,12 +7,12 @@
 
 #include <QRegularExpression>
 
-/// A line as a peer may send it, and the same bytes behind the length header that lets them through: both are
-/// read as the plain way of reading them does.
+/// Input: a line as a peer may send it, and the same bytes after a valid length header. Both yield the same
+/// text as the plain algorithm.
 void fuzz(const QByteArray &line)
 {
-    // The plain reading's numbers go through QString::toInt(), which forgives blanks, signs, "0x" and NUL,
-    // where a digit that is none counts as zero.
+    // The plain algorithm's numbers are parsed by QString::toInt(), which accepts blanks, signs, "0x" and
+    // NUL; the real one reads an invalid digit as zero.
     static const QRegularExpression comparable(QStringLiteral("\\A[0-9A-WYZa-wyz]*\\z"));
     const QByteArray header = QByteArray::number(line.size() + 8, 16).rightJustified(8, '0');
     for (const QByteArray &received : {line, QByteArray(header + line)}) {
