@@ -5,11 +5,10 @@
 #include <QDateTime>
 #include <QString>
 
-/// The temperature history by the plainest walk, in which every record becomes text and a QDateTime: what the
-/// real one is compared with.
+/// The temperature history computed record by record through QDateTime: the reference for the real one.
 namespace plain {
 
-/// Without a date, before every moment that has one.
+/// Returns a moment that orders like the date and time; one without a date comes first.
 inline QDateTime moment(const QDate &date, const QTime &time)
 {
     return date.isValid() ? QDateTime(date, time, Qt::UTC)

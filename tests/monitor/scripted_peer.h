@@ -9,9 +9,9 @@
 #include <QTcpSocket>
 #include <QTimer>
 
-/// A server on a free port that follows a script: one entry when a client connects, then one for each line it
-/// sends, a mail counting as one line. In an entry "|" cuts what is sent into parts that go out apart, and an
-/// empty part closes the connection. After the last entry the peer is silent.
+/// A server on a free port that follows a script: one entry for the connection, then one for each line that
+/// it receives; a mail counts as one line. "|" in an entry separates parts that are sent apart, and an empty
+/// part closes the connection. After the last entry the server is silent.
 class ScriptedPeer : public QTcpServer
 {
 public:

@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Long enough for a busy machine; spent only by a failing test.
+/// A limit for a busy machine; only a failing test takes as long.
 constexpr int kLimitMs = 60000;
 
 OutboxEntry entryOf(const QString &text)
@@ -40,7 +40,7 @@ QString outcomeOf(Transport &transport, const OutboxEntry &entry)
     return QTest::qWaitFor([&outcome] { return !outcome.isEmpty(); }, kLimitMs) ? outcome : QString();
 }
 
-/// An HTTP server that answers every request with the same bytes; without any it stays silent.
+/// An HTTP server that answers every request with the same bytes; silent if there are none.
 class WebServer : public QTcpServer
 {
 public:
@@ -78,7 +78,7 @@ private:
     QMap<QTcpSocket *, QByteArray> m_received;
 };
 
-/// Delivers nothing until told so.
+/// A transport that delivers only on request.
 class HeldTransport : public Transport
 {
 public:

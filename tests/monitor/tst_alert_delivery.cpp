@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Each event as a text: source, type, number, category and text.
+/// Formats each event as a text: source, type, number, category and text.
 struct EventList : EventLog
 {
     explicit EventList(const smtp_sender &mailSender)
@@ -59,8 +59,9 @@ private Q_SLOTS:
         row("fine", 1, true, true, "", false);
         row("warning as event", 2, true, false, "Halvex 2 2 0: ID: 0 WDC\n   Parameter ID 5=10", false);
         row("warning as mail", 2, false, true, "", true);
-        row("alarm as both", 3, true, true, "Halvex 1 3 0: ID: 0 WDC\n   Parameter ID 5=10", true);
-        row("alarm as none", 3, false, false, "", false);
+        row("critical alert as event and mail", 3, true, true,
+            "Halvex 1 3 0: ID: 0 WDC\n   Parameter ID 5=10", true);
+        row("critical alert with both switched off", 3, false, false, "", false);
     }
 
     void delivers()
@@ -84,17 +85,18 @@ private Q_SLOTS:
     {
         const QDateTime ten(QDate(2026, 11, 15), QTime(10, 0, 0));
         FaultState mail(QStringLiteral("Mail"));
-        QCOMPARE(mail.worked(), QString());
+        QCOMPARE(mail.succeeded(), QString());
         QCOMPARE(mail.failed(QStringLiteral("mute"), ten),
                  QStringLiteral("Mail has failed since 2026-11-15 10:00:00: mute"));
         QCOMPARE(mail.failed(QStringLiteral("mute"), ten.addSecs(60)), QString());
         QCOMPARE(mail.failed(QStringLiteral("refused"), ten.addSecs(120)),
                  QStringLiteral("Mail has failed since 2026-11-15 10:00:00: refused"));
-        QCOMPARE(mail.worked(), QStringLiteral("Mail works again; it had failed since 2026-11-15 10:00:00"));
-        QCOMPARE(mail.worked(), QString());
+        QCOMPARE(mail.succeeded(),
+                 QStringLiteral("Mail works again; it had failed since 2026-11-15 10:00:00"));
+        QCOMPARE(mail.succeeded(), QString());
     }
 
-    /// Every evaluation delivers again; while the sender is busy only the event.
+    /// Every evaluation delivers again; while the sender is busy, only to the event log.
     void secondEvaluation()
     {
         ScriptedPeer peer({"554 go away\r\n", "554 go away\r\n"});

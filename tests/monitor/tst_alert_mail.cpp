@@ -60,7 +60,7 @@ private Q_SLOTS:
             return testMail(test).message.section(QStringLiteral("\r\n"), 3); // after the headers
         };
         row("dot", text("ab\n.\ncd"), "ab\r\n..\r\ncd\r\n");
-        row("any one character", text("ab\nx\ncd"), "ab\r\n..\r\ncd\r\n");
+        row("line of one character becomes two dots", text("ab\nx\ncd"), "ab\r\n..\r\ncd\r\n");
         row("first line", text(".\ncd"), "..\r\ncd\r\n");
         row("last line", text("ab\n."), "ab\r\n..\r\n");
         row("three in a row", text("ab\n.\nx\n.\ncd"), "ab\r\n..\r\nx\r\n..\r\ncd\r\n");

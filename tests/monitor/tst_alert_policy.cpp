@@ -9,7 +9,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// One evaluation of a machine with one drive, and what happens just before it.
+/// One evaluation of a machine with one drive, and the events just before it.
 struct Step
 {
     double hours = 0; ///< since the start of the timeline
@@ -18,7 +18,7 @@ struct Step
     quint64 raw = 0;     ///< of attribute 197, which is not a pre-failure attribute
     ReadOutcome read = ReadOutcome::Succeeded;
     bool isListed = true;
-    bool acknowledges = false; ///< all findings
+    bool acknowledges = false; ///< acknowledges all findings
     bool hasChannel = true;
 };
 using Timeline = QVector<Step>;
@@ -103,7 +103,7 @@ DriveEvaluation evaluationOf(const Step &step)
 
 const QDateTime kStart(QDate(2026, 3, 1), QTime(0, 0), Qt::UTC);
 
-/// The alarms over time, with the default options.
+/// Runs the policy over time, with the default options.
 class Machine
 {
 public:
@@ -272,7 +272,7 @@ private Q_SLOTS:
                                                    "120 reminder,144 reminder,168 recovery"));
     }
 
-    /// The level of the drive stays that of its attribute; only the growth is news.
+    /// The drive's level remains that of its attribute; only the growth is reported.
     void oldFaultStaysQuietUntilItGrows()
     {
         Machine machine;
@@ -308,7 +308,7 @@ private Q_SLOTS:
                                 "Parameter ID 197 grew from 0 to 2 ID: 8 MODEL Drive not readable"));
     }
 
-    /// Two drives without a serial number: the index tells them apart.
+    /// Two drives without a serial number are distinguished by their index.
     void drivesWithTheSameIdentity()
     {
         Machine machine;

@@ -54,19 +54,20 @@ private Q_SLOTS:
             return shown(rateDrive(device, Settings()));
         };
         row("no attributes", attributes({}), "1 100 ");
-        row("best of 253", attributes({attribute(1, 253)}), "1 100 ");
+        row("scale of 253, best value", attributes({attribute(1, 253)}), "1 100 ");
         row("201 of 253", attributes({attribute(1, 201)}), "1 79 ");
         row("200 of 200", attributes({attribute(1, 200)}), "1 100 ");
         row("101 of 200", attributes({attribute(1, 101)}), "1 50 ");
         row("100 of 100", attributes({attribute(1, 100)}), "1 100 ");
         row("beyond every scale", attributes({attribute(1, 255)}), "1 100 ");
-        row("the worst counts", attributes({attribute(1, 90), attribute(2, 60), attribute(3, 80)}), "1 60 ");
+        row("worst of several values", attributes({attribute(1, 90), attribute(2, 60), attribute(3, 80)}),
+            "1 60 ");
         row("one above the threshold", attributes({attribute(5, 37, 36)}), "1 37 ");
         row("at the threshold", attributes({attribute(5, 36, 36)}), "2 36    Parameter ID 5=36\n");
-        row("11 is no alarm", attributes({attribute(5, 11)}), "1 11 ");
-        row("10 is one", attributes({attribute(5, 10)}), "2 10    Parameter ID 5=10\n");
-        row("6 is a warning", attributes({attribute(5, 6)}), "2 6    Parameter ID 5=6\n");
-        row("5 is critical", attributes({attribute(5, 5)}), "3 5    Parameter ID 5=5\n");
+        row("value 11 → fine", attributes({attribute(5, 11)}), "1 11 ");
+        row("value 10 → warning", attributes({attribute(5, 10)}), "2 10    Parameter ID 5=10\n");
+        row("value 6 → warning", attributes({attribute(5, 6)}), "2 6    Parameter ID 5=6\n");
+        row("value 5 → critical", attributes({attribute(5, 5)}), "3 5    Parameter ID 5=5\n");
         row("critical stays", attributes({attribute(5, 1), attribute(7, 30, 30)}),
             "3 1    Parameter ID 5=1\n   Parameter ID 7=30\n");
         row("not pre-failure", attributes({attribute(5, 1, 0, 1)}), "1 100 ");
@@ -96,8 +97,8 @@ private Q_SLOTS:
         QTEST(rating, "expected");
     }
 
-    /// Two drives make one alarm of two blocks; neither the drive that was not read nor the one that is not
-    /// watched is rated. A model that looks like a placeholder is only a model.
+    /// Two drives make one alarm of two blocks. Drives that were not read or are not monitored are not rated.
+    /// A model that contains a placeholder is reported unchanged.
     void evaluates()
     {
         DeviceList devices{warmDrive(0, QStringLiteral("WARM %3"), 55),

@@ -37,7 +37,7 @@ const QByteArray kLogin = "AUTH LOGIN\r\n"
                           "dXPpcg==\r\n"
                           "c2VjcmV0\r\n";
 
-/// The replies in `text`, which "|" parts.
+/// Returns the replies in `text`, separated by "|".
 Lines replies(const char *text)
 {
     Lines lines = QByteArray(text).split('|');
@@ -89,7 +89,7 @@ private Q_SLOTS:
         row("last line decides", false, replies("220 mail|250-mail\r\n550 no"), nothing, 2);
     }
 
-    /// However the replies are cut into segments, the dialogue is the same.
+    /// The dialogue does not depend on how the replies are cut into segments.
     void dialogue()
     {
         QFETCH(bool, needAuth);
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(sent.mid(sent.indexOf("RCPT")), QByteArray("RCPT TO: <c@d>\r\n"));
     }
 
-    /// A server that repeats the credentials, in pieces or encoded, does not get them into a log.
+    /// If a server repeats the credentials, in pieces or encoded, logs do not show them.
     void lastReplyWithoutCredentials()
     {
         SmtpDialogue dialogue(mailTo(25, true), QStringLiteral("tower"));
@@ -142,7 +142,7 @@ private Q_SLOTS:
         ScriptedPeer peer(kPlainScript);
         Sender sender;
         sender.start(mailTo(peer.serverPort(), false));
-        sender.start(mailTo(peer.serverPort(), true)); // too early, and left alone
+        sender.start(mailTo(peer.serverPort(), true)); // ignored: the sender is busy
         QVERIFY(sender.ok.wait());
         QVERIFY(!sender.isBusy());
         const QByteArray transcript =
@@ -159,13 +159,13 @@ private Q_SLOTS:
     void failures_data()
     {
         QTest::addColumn<Lines>("script");
-        QTest::addColumn<QString>("error"); // what it begins with
+        QTest::addColumn<QString>("error"); // the beginning of the error
         const QString unexpected = QStringLiteral("SMTP error: Unexpected reply from SMTP server.\n");
         const QString closed = QStringLiteral("SMTP error: RemoteHostClosedError. Check Your SMTP Settings.");
         row("closed instead of an answer to QUIT", kPlainScript.mid(0, 6) + Lines{""}, closed);
         row("nobody listens", Lines{},
             QStringLiteral("SMTP error: ConnectionRefusedError. Check Your SMTP Settings."));
-        row("some other server", Lines{"HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"},
+        row("HTTP server", Lines{"HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"},
             unexpected + QStringLiteral("HTTP/1.1 400 Bad Request\nConnection: close\n\n"));
         row("endless line", Lines{QByteArray(1 << 20, '2')}, unexpected);
         row("endless reply", Lines{QByteArray("220-more\r\n").repeated(1 << 17)}, unexpected);
@@ -192,7 +192,7 @@ private Q_SLOTS:
         QCOMPARE(sender.errors.count() + sender.ok.count(), 1);
     }
 
-    /// A listener whose queue of connections is full does not answer any more.
+    /// A listener whose queue of connections is full does not answer.
     void connectTimeout()
     {
         QTcpServer full;
@@ -221,7 +221,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!peer.isConnected());
     }
 
-    /// A silent server does not run into the connect timeout, and does not hold up the end of the sender.
+    /// A silent server is not limited by the connect timeout, and does not delay the sender's destruction.
     void destroyedWhileStalled()
     {
         ScriptedPeer peer({"220 mail\r\n", "250 mail\r\n"});
@@ -236,7 +236,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!peer.isConnected());
     }
 
-    /// The sender is free in the signal itself. Of the addresses of a name, the next one is tried.
+    /// The sender is free when the signal is emitted. If one address of a name fails, the next one is tried.
     void sendsAgain()
     {
         ScriptedPeer peer(Lines{"554 busy\r\n"} + kPlainScript);

@@ -12,12 +12,12 @@
 
 namespace {
 
-/// Of 2026-11-15 at ten, eleven and twelve o'clock.
+/// Records of 2026-11-15 at 10:00, 11:00 and 12:00.
 const QByteArray kThree = ";,0+!!!a;,0,!!!b;,0-!!!c";
 
 const QString kAlways[] = {QStringLiteral("000101000000"), QStringLiteral("991231235959")};
 
-/// So small that a few records make several blocks and slices.
+/// Sizes so small that a few records make several blocks and slices.
 TemperatureHistory::Sizes smallSizes()
 {
     return {2, 3, 1000000};
@@ -47,7 +47,7 @@ QString textOf(TemperatureHistory &history, const QString &from, const QString &
                                              : QStringLiteral("announced otherwise");
 }
 
-/// The last character of each record.
+/// Returns the last character of each record.
 QString temperatures(const QString &history)
 {
     QString characters;
@@ -74,7 +74,7 @@ private Q_SLOTS:
         row("missing file", QByteArray(), "000101000000", "991231235959", "");
         row("all", kThree, "261115100000", "261115120000", "abc");
         row("one more after the end", kThree, "261115100000", "261115103000", "ab");
-        row("from the second on", kThree, "261115100001", "261115235959", "bc");
+        row("period starts at the second record", kThree, "261115100001", "261115235959", "bc");
         row("ends before the first record", kThree, "261114000000", "261114235959", "a");
         row("after the last record", kThree, "261115120001", "261116000000", "");
         row("ends before it begins", kThree, "261115113000", "261115103000", "");
@@ -105,7 +105,7 @@ private Q_SLOTS:
         }
     }
 
-    /// Records in no order at all, some of them without a valid date or beyond ASCII.
+    /// Records in random order, some of them without a valid date or beyond ASCII.
     void anyOrder()
     {
         QRandomGenerator random(1);
@@ -141,7 +141,7 @@ private Q_SLOTS:
         row("removed", QByteArray(), true);
     }
 
-    /// Somebody else changes the log between two queries; after that the service appends a record.
+    /// Another program changes the log between two queries; then the service appends a record.
     void changedLog()
     {
         QFETCH(QByteArray, log);
@@ -170,8 +170,8 @@ private Q_SLOTS:
         QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), QStringLiteral("abcabcJ"));
     }
 
-    /// The announced size is then not reached: a reader must not fill it with something else.
-    void logCutShortWhileItIsRead()
+    /// The text becomes shorter than announced: a reader must not add other bytes.
+    void logTruncatedDuringARead()
     {
         write(kThree.repeated(2000));
         TemperatureHistory history(m_path, {});
@@ -186,7 +186,7 @@ private Q_SLOTS:
     {
         write(kThree + kThree + kThree);
         TemperatureHistory::Sizes sizes = smallSizes();
-        sizes.maxTextBytes = 40; // the newest three blocks, of which the last has one record
+        sizes.maxTextBytes = 40; // the newest three blocks; the last has one record
         TemperatureHistory history(m_path, sizes);
         QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), QStringLiteral("bcabc"));
     }

@@ -12,7 +12,7 @@ namespace {
 
 const QDateTime kMoment(QDate(2026, 11, 15), QTime(0, 36, 7));
 
-/// Of 2026-11-15 at ten, eleven and twelve o'clock.
+/// Records of 2026-11-15 at 10:00, 11:00 and 12:00.
 const QByteArray kThree = ";,0+!!!a;,0,!!!b;,0-!!!c";
 
 } // namespace
@@ -37,7 +37,7 @@ private Q_SLOTS:
         const QByteArray nothing;
         const QByteArray time = ";,0!E(";
         row("ordinary", nothing, 0, 41, time + "!J");
-        row("behind a torn record", kThree + ";,0!E", 0, 41, kThree + time + "!J");
+        row("after an incomplete record", kThree + ";,0!E", 0, 41, kThree + time + "!J");
         row("last ASCII characters", nothing, 94, 94, time + "\x7f\x7f");
         row("hotter than any character", nothing, 1, 95, time + "\"\x7f");
         row("coldest", nothing, 1, -33, time + QByteArray("\"\0", 2));
@@ -56,8 +56,7 @@ private Q_SLOTS:
         QTEST(read(), "after");
     }
 
-    /// "C:/" names no directory on a system without drive letters, and the current directory may not get a
-    /// log.
+    /// "C:/" is not absolute on a system without drive letters; no log is written to the current directory.
     void relativePath()
     {
         const QString before = QDir::currentPath();

@@ -12,7 +12,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-/// What a program sends to the system's own services arrives here. The path goes with the object.
+/// Receives what a program sends to the system's services. The destructor removes the path.
 class DatagramSocket
 {
 public:
@@ -30,7 +30,8 @@ public:
     DatagramSocket(const DatagramSocket &) = delete;
     DatagramSocket &operator=(const DatagramSocket &) = delete;
 
-    /// What was sent first; empty when nothing was. A sender's datagram is here when its call returns.
+    /// Returns the oldest datagram; empty if there is none. A datagram is available as soon as its sender's
+    /// call returns.
     [[nodiscard]] QByteArray receive() const
     {
         QByteArray datagram(4096, '\0');

@@ -7,13 +7,13 @@
 
 #include <QtTest>
 
-/// What every backend's drives do alike, for a fixed disk at `path` whose first and last sectors can be read.
-/// Called from a test function of each backend's test.
+/// Checks the behaviour that every backend's drives share, for a fixed disk at `path` whose first and last
+/// sectors can be read. Called from a test function of each backend's test.
 namespace drive_contract {
 
 inline constexpr int kPageSize = 4096;
 
-/// Memory that suits reads of any drive.
+/// A buffer aligned for reads of any drive.
 struct alignas(kPageSize) Page
 {
     char bytes[2 * kPageSize] = {};

@@ -11,7 +11,7 @@ QByteArray hex(const char *digits)
     return QByteArray::fromHex(digits);
 }
 
-/// A request that every driver accepts, to be spoilt byte by byte.
+/// A request that every driver accepts; the tests change single bytes of it.
 struct Request
 {
     quint32 code;
@@ -46,7 +46,7 @@ Request withSizes(Request request, int inputSize, int outputSize)
     return request;
 }
 
-/// Every attribute is 0xd1, which is pre-failure, at 0xd1.
+/// Returns a drive whose attributes all have ID 0xd1, pre-failure, and value 0xd1.
 DriveState drive(char threshold = '\x7E')
 {
     DriveState drive;
@@ -115,7 +115,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<DriveState>("state");
         QTest::addColumn<Request>("request");
-        QTest::addColumn<QByteArray>("output"); // as far as it is written
+        QTest::addColumn<QByteArray>("output"); // the bytes that are written
         const DriveState failing = drive('\xD1');
         DriveState off = drive();
         off.smart.enabled = false;
@@ -125,7 +125,7 @@ private Q_SLOTS:
         const QByteArray descriptor =
             hex("28000000 2d000000 00000000 00000000 24000000 00000000 29000000 03000000 09000000");
         row("descriptor", drive(), kProperty, descriptor + QByteArray("Disk\0SER\0", 9));
-        row("its start", drive(), withSizes(kProperty, 12, 8), descriptor.left(8));
+        row("descriptor, first 8 bytes", drive(), withSizes(kProperty, 12, 8), descriptor.left(8));
 
         row("ATA, thresholds", drive(), kAta,
             hex("28000200 00000000 00020000 0a000000 00000000 2c000000 0000000000000000 0001014fc2005000 "
@@ -177,13 +177,13 @@ private Q_SLOTS:
         check(kStatus, 0, false);
     }
 
-    void identifyTellsSmartOff()
+    void identifyReportsSmartOff()
     {
         DriveState state = drive();
         for (const bool isOn : {true, false}) {
             state.smart.enabled = isOn;
             const QByteArray sector = identifySector(state);
-            QCOMPARE(ByteView(sector).le16(2 * 82), quint16(1)); // it is there all the same
+            QCOMPARE(ByteView(sector).le16(2 * 82), quint16(1)); // the sector was transferred nevertheless
             QCOMPARE(ByteView(sector).le16(2 * 85), quint16(isOn));
         }
     }

@@ -21,14 +21,14 @@ private Q_SLOTS:
         const QByteArray noNumbers = "UID_MIN\nUID_MAX many\n";
         const QByteArray bash = "/bin/bash";
         row("root", range, 0U, QByteArray("/usr/sbin/nologin"), true);
-        row("below people", range, 499U, bash, false);
-        row("first person", range, 500U, bash, true);
-        row("last person", range, 2000U, QByteArray(), true);
-        row("above people", range, 2001U, bash, false);
+        row("below UID_MIN", range, 499U, bash, false);
+        row("UID_MIN", range, 500U, bash, true);
+        row("UID_MAX", range, 2000U, QByteArray(), true);
+        row("above UID_MAX", range, 2001U, bash, false);
         row("nologin", range, 1500U, QByteArray("/usr/sbin/nologin"), false);
         row("false", range, 1500U, QByteArray("/bin/false"), false);
-        row("below people by default", QByteArray(), 999U, bash, false);
-        row("last person by default", QByteArray(), 60000U, bash, true);
+        row("below the default UID_MIN", QByteArray(), 999U, bash, false);
+        row("default UID_MAX", QByteArray(), 60000U, bash, true);
         row("commented out", comments, 999U, bash, false);
         row("no numbers", noNumbers, 1000U, bash, true);
     }

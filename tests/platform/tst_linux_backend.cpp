@@ -31,7 +31,7 @@ private Q_SLOTS:
         QCOMPARE(hex(sg_ata::longCommand(ByteView(readData), Transfer::DataIn)),
                  "85080e00d000010001004f00c2a0b000");
         QCOMPARE(hex(sg_ata::shortCommand(ByteView(readData), Transfer::DataIn)), "a1080ed001014fc2a0b00000");
-        // Only a command without data asks for the registers.
+        // Only a command without data requests the registers.
         const QByteArray returnStatus = QByteArray::fromHex("da00004fc2a0b000");
         QCOMPARE(hex(sg_ata::longCommand(ByteView(returnStatus), Transfer::None)),
                  "85062000da00000000004f00c2a0b000");
@@ -49,7 +49,7 @@ private Q_SLOTS:
             Outcome::Done, QByteArray("0000004fc2005000"));
         row("a drive that aborted", "720b00000000000e 090c000400000000004f00c24051", Outcome::Failed,
             ofTheDrive);
-        row("behind another descriptor", "720b000000000012 02020000 090c000400000000004f00c24051",
+        row("after another descriptor", "720b000000000012 02020000 090c000400000000004f00c24051",
             Outcome::Failed, ofTheDrive);
         row("fixed format with registers", "700001045140000a00004fc2001d00000000", Outcome::Failed,
             ofTheDrive);
@@ -94,8 +94,8 @@ private Q_SLOTS:
         QVector<number_assignment::Entry> entries;
         QCOMPARE(numbers(entries, "A@sda B@sdb C@sdc"), "0 1 2");
         QCOMPARE(numbers(entries, "C@sda A@sdb B@sdc"), "2 0 1"); // enumerated in another order
-        QCOMPARE(numbers(entries, "C@sda B@sdc"), "2 1");         // pulled
-        QCOMPARE(numbers(entries, "C@sda D@sdb B@sdc"), "2 3 1"); // swapped: a new identity, a new number
+        QCOMPARE(numbers(entries, "C@sda B@sdc"), "2 1");         // unplugged
+        QCOMPARE(numbers(entries, "C@sda D@sdb B@sdc"), "2 3 1"); // replaced: a new identity, a new number
         QCOMPARE(numbers(entries, "S@usb A@sdb"), "4 0");
         entries = *number_assignment::parse(number_assignment::format(entries)); // restarted
         QCOMPARE(numbers(entries, "E@sda D@sdb A@sdc"), "4 3 0"); // removable media are not stored
@@ -105,7 +105,7 @@ private Q_SLOTS:
     {
         QVector<number_assignment::Entry> entries;
         QCOMPARE(numbers(entries, "A@sda @sdb A@sdc @sdd"), "0 1 2 3");
-        QCOMPARE(numbers(entries, "@sdd A@sdc"), "3 2"); // each keeps its own while the others are away
+        QCOMPARE(numbers(entries, "@sdd A@sdc"), "3 2"); // each keeps its number while the others are absent
         entries = *number_assignment::parse(number_assignment::format(entries));
         QCOMPARE(numbers(entries, "@sdb A@sde @sdg A@sdf"), "1 0 3 2");
     }
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(numbers(entries, (disks + QStringList("E@x")).join(' ')).section(' ', -1), "99");
         disks.removeAt(40);
         disks.removeAt(7);
-        // The number of the absent disk that was known first is given to a new one.
+        // A new disk gets the number of the absent disk that has been known longest.
         QCOMPARE(numbers(entries, (disks + QStringList("F@x")).join(' ')).section(' ', -1), "7");
         QCOMPARE(number_assignment::parse(number_assignment::format(entries))->size(), 99);
     }
@@ -144,7 +144,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Returns the numbers of disks that are given as "IDENTITY@NODE", of one row of a story.
+    /// Returns the numbers of disks that are given as "IDENTITY@NODE".
     static QString numbers(QVector<number_assignment::Entry> &entries, const QString &disks)
     {
         QVector<number_assignment::Disk> known;

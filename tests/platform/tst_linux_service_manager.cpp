@@ -39,7 +39,7 @@ public:
     {
         start();
     }
-    /// Waits until `outside` sees the state.
+    /// Waits until `outside` reports the state.
     RunningService(const QString &home, ServiceManager &outside, ServiceState state,
                    quint32 accepted = kStopAndPause)
         : RunningService(home, RunMode::Application)
@@ -142,7 +142,7 @@ private Q_SLOTS:
             QVERIFY(second.wait());
             QCOMPARE(second.outcome.error, system_error::kServiceAlreadyRunning);
         }
-        QCOMPARE(m_manager->state({}), std::optional(ServiceState::Paused)); // the first is still there
+        QCOMPARE(m_manager->state({}), std::optional(ServiceState::Paused)); // the first service still runs
     }
 
     void controls_data()
@@ -175,7 +175,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.state, state);
         QCOMPARE(service.received.load(), delivered ? code : 0);
 
-        service.carriesOut = false; // as when it has left its event loop
+        service.carriesOut = false; // a service that has left its event loop
         QVERIFY(!m_manager->control({}, code).sent.ok());
     }
 
@@ -216,7 +216,7 @@ private Q_SLOTS:
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<LinuxServiceManager> m_manager; // the one outside of the service
+    std::unique_ptr<LinuxServiceManager> m_manager; // of another process, as the service sees it
 };
 
 QTEST_APPLESS_MAIN(TestLinuxServiceManager)

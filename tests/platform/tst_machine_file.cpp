@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Files that exist in memory only.
+/// Files in memory.
 class FakeFiles : public MachineFiles
 {
 public:
@@ -42,7 +42,7 @@ class TestMachineFile : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void mistakes_data()
+    void errorMessages_data()
     {
         QTest::addColumn<QString>("json");
         QTest::addColumn<QString>("problem");
@@ -62,7 +62,7 @@ private Q_SLOTS:
             "sub/type.json: firmware: must be a text");
     }
 
-    void mistakes()
+    void errorMessages()
     {
         QFETCH(QString, json);
         QFETCH(QString, problem);
@@ -81,7 +81,8 @@ private Q_SLOTS:
         row("geometry that divides by zero", R"("geometry": {"sectorsPerTrack": 0})",
             "geometry.sectorsPerTrack: must be a whole number from 1 to 2147483647");
         row("no object", R"("smart": [])", "smart: must be an object");
-        row("no truth value", R"("smart": {"enabled": 1})", "smart.enabled: must be true or false");
+        row("number instead of a boolean", R"("smart": {"enabled": 1})",
+            "smart.enabled: must be true or false");
         row("31 attributes",
             R"("smart": {"attributes": [)" + QString(R"({"id": 2}, )").repeated(30) + R"({"id": 1}]})",
             "smart.attributes: holds more than 30 attributes");
@@ -106,7 +107,7 @@ private Q_SLOTS:
                  "home/m.json: drives[0]." + problem);
     }
 
-    void keysWinOverTheDump()
+    void keysOverrideTheDump()
     {
         const MachineReply reply = parse(
             R"({"drives": [{"number": 0, "dump": "sub/d.json", "model": "Given",
@@ -127,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(drive.descriptor.revision, "");
     }
 
-    void wholeSectorsStandAsGiven()
+    void wholeSectorsAreUsedUnchanged()
     {
         const QString json = R"({"drives": [{"number": 0,
             "identify": "%1", "smartData": "%2", "smartThresholds": "%3"}]})";
@@ -140,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(drive.smartThresholds, QByteArray(512, '\x7F'));
     }
 
-    /// The example that people start from must be a machine.
+    /// The documented example must be a valid machine.
     void documentedExample()
     {
         QFile page(HALVEX_SOURCE_DIR "/docs/simulated-machine.md");

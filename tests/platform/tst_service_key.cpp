@@ -30,7 +30,7 @@ private Q_SLOTS:
         row("negative", R"({"Port": -1})", none);
         row("fraction", R"({"Port": 1.5})", none);
         row("text", R"({"Port": "5001"})", std::optional<KeyValue>("5001"));
-        row("neither", R"({"Port": [5001]})", none);
+        row("neither number nor text", R"({"Port": [5001]})", none);
         row("other case", R"({"port": 5001})", none);
     }
 
@@ -51,7 +51,7 @@ private Q_SLOTS:
         row("empty", QByteArray(""));
         row("cut off", QByteArray(R"({"Port": 50)"));
         row("no object", QByteArray("[1]"));
-        row("huge", R"({"Port": 1})" + QByteArray(1024 * 1024, ' '));
+        row("above the size limit", R"({"Port": 1})" + QByteArray(1024 * 1024, ' '));
         row("nested", QByteArray(100000, '['));
     }
 

@@ -15,9 +15,9 @@ namespace {
 struct Adapter
 {
     unsigned short hostStatus = 0;
-    const char *sense = ""; ///< hex; with any, the target's status is CHECK CONDITION
+    const char *sense = ""; ///< hex; unless empty, the target's status is CHECK CONDITION
     int residue = 0;
-    char fill = '\x5A'; ///< the data; 0 leaves the buffer as it was
+    char fill = '\x5A'; ///< the data; 0: the buffer is not written
 };
 
 Adapter longAnswer;
@@ -33,7 +33,7 @@ constexpr char kUnknownCommand[] = "700005000000000a00000000200000000000";
 
 Q_DECLARE_METATYPE(Adapter)
 
-/// Takes the place of the C library's function in this program.
+/// Replaces the C library's function in this program.
 extern "C" int ioctl(int, unsigned long request, ...) noexcept
 {
     va_list arguments;
@@ -129,7 +129,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// The exchange of an ATA command in one buffer, marked as callers mark it.
+    /// Exchanges an ATA command in one buffer, with the mark that callers set.
     ControlReply send(const Adapter &first, const Adapter &second, const char *registers, int length)
     {
         longAnswer = first;

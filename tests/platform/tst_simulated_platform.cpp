@@ -24,7 +24,7 @@ using namespace drive_request;
 
 namespace {
 
-/// A folder with a machine file in it, and the platform that it makes.
+/// A folder with a machine file, and the platform made from it.
 class MachineFolder
 {
 public:
@@ -38,7 +38,7 @@ public:
 
     [[nodiscard]] QString path(const char *name) const { return m_folder.filePath(name); }
 
-    /// Overwrites in place, as an editor may: the file keeps its identity.
+    /// Overwrites the file in place, so that it keeps its inode.
     void write(const char *name, const QByteArray &content) const
     {
         QFile file(path(name));
@@ -60,7 +60,7 @@ QByteArray oneDrive(const QByteArray &keys)
     return R"({"drives": [{"number": 0, )" + keys + "}]}";
 }
 
-/// Raw byte 0 of the first attribute, by way of the predict-failure request.
+/// Returns raw byte 0 of the first attribute, read by the predict-failure request.
 int temperature(Drive &drive)
 {
     QByteArray output(predict_failure::kSize, '\0');
@@ -81,8 +81,8 @@ private Q_SLOTS:
         drive_contract::check(*folder.platform().drives, physicalDrivePath(0));
     }
 
-    /// Every content has the same length and time of change, as when the file system's clock has not ticked
-    /// yet.
+    /// Every content has the same length and modification time, as within one tick of the file system's
+    /// clock.
     void seesEachChangeAtOnce()
     {
         MachineFolder folder(oneDrive(R"("smart": {"attributes": [{"id": 194, "raw": 10}]})"));
@@ -118,13 +118,13 @@ private Q_SLOTS:
         write(R"({"accounts": [5]})", 1, 2);
         QCOMPARE(reports.last(), folder.path("m.json") + ": accounts[0]: must be an object");
         write(R"({"accounts": []})", 0, 2);
-        write(R"({"accounts": [5]})", 0, 3); // the same mistake, made again
+        write(R"({"accounts": [5]})", 0, 3); // the same error again
         QVERIFY(QFile::remove(folder.path("m.json")));
         QCOMPARE(machine->state()->accounts.size(), 0);
         QCOMPARE(reports.size(), 4);
     }
 
-    /// The machine file comes first, and what it names later, as when a folder is copied.
+    /// The machine file appears before the files that it names, as when a folder is copied.
     void waitsForAMissingFile()
     {
         MachineFolder folder("{}");
@@ -146,9 +146,9 @@ private Q_SLOTS:
         const QByteArray small = R"("capacity": 10340, "badSectors": [[50, 60], [4, 5]])";
         const QByteArray large = R"("capacity": 1048576, "bytesPerSector": 4096, "badSectors": [[9, 9]])";
         row("up to the bad ones", small, 1536ULL, 512, 0U, 512);
-        row("bad one at the start", small, 2560ULL, 1024, 23U, 0);
-        row("bad ones inside", small, 512ULL, 4096, 23U, 0);
-        row("across the end", small, 9216ULL, 4096, 0U, 1024); // the 100 bytes left over are no sector
+        row("bad first sector", small, 2560ULL, 1024, 23U, 0);
+        row("bad sectors inside", small, 512ULL, 4096, 23U, 0);
+        row("across the end", small, 9216ULL, 4096, 0U, 1024); // the last 100 bytes are less than a sector
         row("far beyond the end", small, 1ULL << 62, 512, 27U, 0);
         row("long sector, unaligned", large, 512ULL, 4096, 87U, 0);
         row("long sector that is bad in part", large, 4096ULL, 4096, 23U, 0);
@@ -179,12 +179,12 @@ private Q_SLOTS:
             return opened.drive->readAt(offset, MutableBytes(buffer)).ok() ? buffer : QByteArray();
         };
         QCOMPARE(read(512), QByteArray(512, 'b') + QByteArray(100, 'c') + QByteArray(412, '\0'));
-        QCOMPARE(read(3072), QByteArray(1024, '\0')); // the image ends, the drive does not
+        QCOMPARE(read(3072), QByteArray(1024, '\0')); // beyond the image, within the drive
         folder.write("m.json", oneDrive(R"("capacity": 4096, "image": "z.img")"));
         QCOMPARE(read(0), QByteArray(1024, 'z'));
     }
 
-    void cancelCutsOff()
+    void cancelEndsAPendingRead()
     {
         MachineFolder folder(oneDrive(R"("capacity": 4096, "readDelayMs": 60000)"));
         const OpenReply opened = folder.open();
@@ -198,7 +198,7 @@ private Q_SLOTS:
         QCOMPARE(error, system_error::kOperationAborted);
     }
 
-    void manyThreadsAsk()
+    void requestsFromManyThreads()
     {
         const QByteArray small = oneDrive(R"("capacity": 1048576)");
         MachineFolder folder(small);
@@ -214,7 +214,7 @@ private Q_SLOTS:
                 }
             });
         }
-        // Tries until it works: Windows refuses while somebody reads the file.
+        // Repeats until it succeeds: Windows refuses while another program reads the file.
         const auto replace = [&](const QByteArray &content) {
             QSaveFile file(folder.path("m.json"));
             return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();

@@ -14,14 +14,14 @@ private Q_SLOTS:
     void signalsReachTheEventLoop()
     {
         catchStopSignals();
-        std::raise(SIGTERM); // before anybody watches
+        std::raise(SIGTERM); // before a watcher exists
         int requests = 0;
         std::unique_ptr<QObject> watcher = watchStopSignals([&requests] { ++requests; });
         QTRY_COMPARE(requests, 1);
         std::raise(SIGINT);
         QTRY_COMPARE(requests, 2);
         watcher.reset();
-        std::raise(SIGTERM); // during the shutdown: the process must go on
+        std::raise(SIGTERM); // during the shutdown: must not end the process
         QCOMPARE(requests, 2);
     }
 };

@@ -54,13 +54,13 @@ private Q_SLOTS:
     void replacing()
     {
         QVERIFY(whole_file::replace(m_path, "old"));
-        put(m_path + QStringLiteral(".new"), "half"); // of a process that was killed
+        put(m_path + QStringLiteral(".new"), "half"); // left by a killed process
         const auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
         QVERIFY(whole_file::replace(m_path, "secret", ownerOnly));
         QCOMPARE(resultOf(m_path), QStringLiteral("secret"));
         QCOMPARE(files(), QStringList(QStringLiteral("state")));
         QVERIFY(whole_file::replace(m_path, "again"));
-        if (QSysInfo::kernelType() != QLatin1String("winnt")) // where the folder's access list is the file's
+        if (QSysInfo::kernelType() != QLatin1String("winnt")) // uses the folder's access list
             QVERIFY(!(QFile::permissions(m_path) & (QFileDevice::ReadGroup | QFileDevice::ReadOther)));
     }
 
@@ -68,7 +68,7 @@ private Q_SLOTS:
     {
         const auto result = whole_file::replace(make(QStringLiteral("folder")), "new");
         QVERIFY(!result && !result.failure().text.isEmpty());
-        QCOMPARE(files(), QStringList()); // the folder is not one, and no half is left
+        QCOMPARE(files(), QStringList()); // the folder is not a file, and no partial file remains
         QVERIFY(!whole_file::replace(m_path + QStringLiteral("/no folder/state"), "new"));
     }
 
@@ -86,7 +86,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Makes a file with the content `what`, or the thing that it names.
+    /// Creates a file with the content `what`, or the named kind of object.
     QString make(const QString &what) const
     {
         if (what == QLatin1String("no folder"))
