@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 
-// A library to preload: lets an operation on the service's own small files fail, or kills the service in the
-// middle of it. With HALVEX_MUTE_NAME_SERVER set, a name lookup never returns.
+// A preloaded library: makes an operation on the service's own small files fail, or kills the service during
+// it. With HALVEX_MUTE_NAME_SERVER set, a name lookup never returns.
 
 #include "process/failing_files.h"
 

@@ -4,8 +4,8 @@
 
 #include <atomic>
 
-/// The fault that the preloaded library (failing_files.cpp) injects next. It lies in a file that
-/// HALVEX_FAULT_PLAN names and that the test and the service map.
+/// The next fault that the preloaded library (failing_files.cpp) injects. The test and the service map it
+/// from the file that HALVEX_FAULT_PLAN names.
 struct FaultPlan
 {
     enum Kind {
@@ -17,7 +17,7 @@ struct FaultPlan
         ReadError,  ///< EIO of read()
     };
 
-    char file[32]; ///< part of the paths that it concerns; empty: all of the service's small files
+    char file[32]; ///< part of the affected paths; empty: all of the service's small files
     std::atomic<int> kind;
     std::atomic<int> skipped;  ///< operations that succeed before the fault
     std::atomic<int> injected; ///< faults so far

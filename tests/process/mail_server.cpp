@@ -65,8 +65,8 @@ bool writeFile(const QString &path, const QByteArray &bytes, uid_t owner)
 MailServer::MailServer(const Options &options)
     : m_tlsFromStart(options.tlsFromStart)
 {
-    // It never delivers as root, and without root only as the user that starts it. Root's takes a
-    // configuration of root's alone, but writes into the folder as its own user.
+    // Exim never delivers as root, and without root only as the user that starts it. Root's Exim needs a
+    // configuration that root owns, but writes into the folder as its own user.
     const passwd *const user = geteuid() == 0 ? getpwnam("Debian-exim") : getpwuid(geteuid());
     if (user == nullptr ||
         chown(QFile::encodeName(m_folder.path()).constData(), user->pw_uid, user->pw_gid) != 0)
@@ -123,7 +123,7 @@ bool MailServer::startOn(quint16 port)
     if (m_tlsFromStart)
         arguments << "-tls-on-connect";
     m_process.start(QStandardPaths::findExecutable("exim4", {"/usr/sbin"}), arguments);
-    // A process that is still being started would be taken for one that has ended.
+    // A process that is still starting would be mistaken for one that has ended.
     if (!m_process.waitForStarted())
         return false;
     while (!m_process.waitForFinished(50) && m_process.state() == QProcess::Running) {

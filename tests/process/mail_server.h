@@ -7,8 +7,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// Debian's exim4 with a configuration of its own on a free port of 127.0.0.1. It puts every mail, from
-/// whomever to whomever, into one file.
+/// Debian's exim4 with a configuration of its own on a free port of 127.0.0.1. It appends every mail,
+/// whatever its sender and recipients, to one file.
 class MailServer
 {
 public:
@@ -22,18 +22,19 @@ public:
     explicit MailServer(const Options &options);
     ~MailServer();
 
-    /// Starts it and waits until it answers, on a free port; another program may have taken that meanwhile.
+    /// Starts the server on a free port and waits until it answers; repeats if another program has taken the
+    /// port.
     [[nodiscard]] bool start();
-    /// Starts it again on the port that it had.
+    /// Starts the server again on the same port.
     [[nodiscard]] bool restart();
     void stop();
 
     [[nodiscard]] quint16 port() const { return m_port; }
     [[nodiscard]] QByteArray output() { return m_process.readAllStandardError(); }
 
-    /// All mail delivered so far, without any header that is exim's own.
+    /// Returns all mail delivered so far, without the headers that exim adds.
     [[nodiscard]] QByteArray mailbox() const { return file("mailbox"); }
-    /// The log, with a line for each mail and each failed handshake.
+    /// Returns the log, with a line for each mail and each failed handshake.
     [[nodiscard]] QByteArray log() const { return file("mainlog"); }
 
 private:
@@ -46,13 +47,13 @@ private:
     quint16 m_port = 0;
 };
 
-/// Certificates of an authority that exists for one test, made with the openssl program.
+/// Certificates of a test's own authority, made with the openssl program.
 class TestAuthority
 {
 public:
     TestAuthority();
 
-    /// Path of the authority's certificate.
+    /// Returns the path of the authority's certificate.
     [[nodiscard]] QString caFile() const { return m_folder.filePath("ca.pem"); }
 
     /// Returns a certificate with its key, in PEM form, for the given names ("IP:127.0.0.1"); empty if that

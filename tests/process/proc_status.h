@@ -6,7 +6,7 @@
 #include <QRegularExpression>
 #include <QString>
 
-/// The field of Linux' /proc/PID/status in KiB, such as VmRSS; 0 when there is none.
+/// Returns the field of Linux' /proc/PID/status in KiB, such as VmRSS; 0 if there is none.
 inline double procStatusKiB(qint64 processId, const char *field)
 {
     QFile status(QStringLiteral("/proc/%1/status").arg(processId));

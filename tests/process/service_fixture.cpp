@@ -80,7 +80,7 @@ ServiceFixture::ServiceFixture()
     m_environment.insert("HALVEX_HOME", home());
     m_environment.insert("HALVEX_MACHINE", path("machine.json"));
     m_key.insert("ImagePath", path("halvex-monitor-service"));
-    m_key.insert("Port", 0); // any free one
+    m_key.insert("Port", 0); // any free port
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     QFile::link(HALVEX_DRIVES_FIXTURE, path("drives"));
 }
@@ -157,7 +157,7 @@ int ServiceFixture::stop()
     return m_process.exitCode();
 }
 
-/// The option tells nobody whether the service has heard it: just started, it may not listen yet.
+/// Repeats the option: it does not report whether a service that is still starting has received it.
 bool ServiceFixture::control(const QString &option, bool pauses)
 {
     const auto isDone = [&] {

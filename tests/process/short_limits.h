@@ -4,5 +4,5 @@
 
 #include <chrono>
 
-/// How long a drive has to answer in the program with short limits; enough for 99 of them on a busy machine.
+/// The limit of a drive in the program with short limits; enough for 99 drives on a busy machine.
 inline constexpr std::chrono::milliseconds kShortRequestLimit{6000};

@@ -19,11 +19,11 @@ namespace {
 using namespace soak;
 using std::chrono::seconds;
 
-/// What a process holds at a quiet moment.
+/// The resources of a process when it is idle.
 using Holdings = std::array<int, 3>;
 const char *const kHoldingNames[] = {"descriptors", "threads", "kilobytes"};
 
-/// Drive 0 at some temperature, and without the last drive when it is pulled.
+/// Returns the machine with a random temperature of drive 0, and without the last drive if it is pulled.
 QJsonObject machineAt(int celsius, bool isPulled = false)
 {
     QByteArray machine = R"({
@@ -38,7 +38,7 @@ QJsonObject machineAt(int celsius, bool isPulled = false)
     return json(machine.replace("CELSIUS", QByteArray::number(celsius)));
 }
 
-/// One service, the crowds around it, and what is done to them.
+/// One service, the crowds around it, and the disturbances.
 class Soak
 {
 public:
@@ -49,11 +49,11 @@ public:
     ~Soak() { end(); }
 
     bool begin();
-    /// Disturbs for so long, with restarts.
+    /// Disturbs the service for this time, with restarts.
     void disturbRoughly(seconds time) { disturb(time, std::size(kDisturbers)); }
-    /// Disturbs for so long without restarts, and looks now and then at what the service holds.
+    /// Disturbs the service for this time without restarts, and samples its resources.
     void disturbAndMeasure(seconds time);
-    /// Prints what has come of it; whether all is well.
+    /// Prints the result and returns whether there was no failure.
     bool finish();
 
 private:
@@ -78,7 +78,7 @@ private:
     void sample();
     void checkHoldings();
     void end();
-    void check(bool isFine, const char *complaint);
+    void check(bool isFine, const char *failure);
     [[nodiscard]] int random(int least, int most)
     {
         return std::uniform_int_distribution<int>(least, most)(m_random);
@@ -102,7 +102,7 @@ bool Soak::begin()
 {
     m_service.setKeyValue("SMARTPollInterval", 1);
     m_service.setKeyValue("FreeSpacePollInterval", 1);
-    // The sanitizer keeps freed memory for a while, which would look like growth.
+    // The sanitizer delays the release of memory, which would look like growth.
     m_service.setVariable("ASAN_OPTIONS", qEnvironmentVariable("ASAN_OPTIONS") + ":quarantine_size_mb=4");
     m_service.writeMachine(machineAt(30));
     const bool isServing = m_service.serve();
@@ -118,10 +118,10 @@ bool Soak::begin()
     return true;
 }
 
-void Soak::check(bool isFine, const char *complaint)
+void Soak::check(bool isFine, const char *failure)
 {
     if (!isFine)
-        m_arena.complain(QLatin1String(complaint));
+        m_arena.reportFailure(QLatin1String(failure));
 }
 
 void Soak::disturb(seconds time, std::size_t choices)
@@ -145,7 +145,7 @@ void Soak::disturbAndMeasure(seconds time)
 void Soak::pullADrive()
 {
     m_service.writeMachine(machineAt(30, true));
-    QTest::qWait(random(100, 2000)); // a poll may fall into it, or not
+    QTest::qWait(random(100, 2000)); // may contain a poll
     m_service.writeMachine(machineAt(30));
 }
 
@@ -196,9 +196,9 @@ void Soak::kill()
 void Soak::startAgain()
 {
     check(m_service.serve(), "the service does not start again");
-    const QWriteLocker silence(&m_arena.talk);
+    const QWriteLocker silence(&m_arena.requests);
     for (const auto &crowd : m_crowds)
-        crowd->leave(); // their connections led to the process before
+        crowd->leave(); // their connections belong to the previous process
     m_arena.port = m_service.port();
     m_arena.end(Restart);
     m_arena.end(Detection);
@@ -218,10 +218,10 @@ Holdings Soak::holdings() const
     return {m_service.descriptors(), number("Threads:"), number("VmRSS:")};
 }
 
-/// No crowd is connected and nothing is scanned when the holdings are looked at.
+/// Samples the resources while no crowd is connected and no scan runs.
 void Soak::sample()
 {
-    const QWriteLocker silence(&m_arena.talk);
+    const QWriteLocker silence(&m_arena.requests);
     for (const auto &crowd : m_crowds)
         crowd->leave();
     for (int drive = 0; drive < kDrives; ++drive)
@@ -239,7 +239,7 @@ void Soak::sample()
     m_samples.push_back(held);
 }
 
-/// Flat: what is held at the end was held in the first third already.
+/// Checks that the last sample does not exceed the first third's.
 void Soak::checkHoldings()
 {
     const Holdings &last = m_samples.back();
@@ -250,7 +250,7 @@ void Soak::checkHoldings()
                       [&](const Holdings &held) { most = qMax(most, held[i]); });
         const int leeway = i == 2 ? most / 20 + 4096 : 0; // of the allocator
         if (last[i] > most + leeway)
-            m_arena.complain(QString("%1 have leaked").arg(QLatin1String(kHoldingNames[i])));
+            m_arena.reportFailure(QString("%1 have leaked").arg(QLatin1String(kHoldingNames[i])));
     }
 }
 
@@ -266,21 +266,21 @@ bool Soak::finish()
     check(m_service.stop() == 0, "the last stop fails");
     const QByteArray output = m_service.output();
     check(!output.contains("Sanitizer") && !output.contains("runtime error"), "a sanitizer speaks");
-    const QStringList complaints = m_arena.complaints();
+    const QStringList failures = m_arena.failures();
     for (std::size_t i = 0; i < m_faults.size(); ++i)
         std::printf("soak: %d %s\n", m_faults[i], kDisturbers[i].name);
-    for (const QString &complaint : complaints.mid(0, 20))
-        std::printf("soak: WRONG: %s\n", qPrintable(complaint));
+    for (const QString &failure : failures.mid(0, 20))
+        std::printf("soak: WRONG: %s\n", qPrintable(failure));
     std::printf("soak: %llu requests answered, %d wrong answers\n",
-                static_cast<unsigned long long>(m_arena.answers), int(complaints.size()));
-    if (!complaints.isEmpty())
+                static_cast<unsigned long long>(m_arena.answers), int(failures.size()));
+    if (!failures.isEmpty())
         std::printf("%s\n", output.right(20000).constData());
-    return complaints.isEmpty();
+    return failures.isEmpty();
 }
 
 } // namespace
 
-/// soak [MINUTES [SEED]]: exit code 0 when every answer was right and nothing was left behind.
+/// soak [MINUTES [SEED]]: exit code 0 if every answer was right and no resource leaked.
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);

@@ -15,13 +15,13 @@ namespace {
 
 constexpr int kConsoles = 25;
 
-/// A request and the form of its reply. In both, DRIVE stands for the crowd's own drive, MARK for a long text
-/// and RECENT for a moment ago.
+/// A request and the pattern of its reply. In both, DRIVE stands for the crowd's own drive, MARK for a long
+/// text and RECENT for a recent moment.
 struct Exchange
 {
     int weight;
     const char *request;
-    const char *reply; ///< null: the same as it was at first
+    const char *reply; ///< null: equal to the first reply
 };
 
 /// Drive 0 has one attribute, a temperature of 30 to 69 degrees. Drive 2 has its bad sectors in one block;
@@ -51,12 +51,12 @@ const Exchange kExchanges[] = {
     {2, "", nullptr},
     {8, "ALLDEVINFO", R"(ALLDEVINFO_OK\]!\[(([^~]*~;){24}\d(\]~\[|\z)){4})"},
     {8, "SMARTINFO]![0", R"(SMARTINFO_OK,0,\{194~1~0~100~[3-6]\d~90~0\})"},
-    // The latest alone: the log grows all the time, and what it takes to send it whole would grow as well.
+    // Only recent records: the log grows all the time, and so would the time for sending it.
     {3, "GSTATD]![RECENT]![991231235959", R"(STATD\]!\[(.{6}[!-$][?-f])*)"},
     {5, "AUTH]![a]![b", R"(AUTH,111,2130706433\.\d+)"},
     {4, "SET]![0~;1000~;1000~;1~;0~;1~;MARK~;MARK~;~;~;0~;~;~;25~;55~;65~;~;MARK", "SET_OK"},
     {2, "STARTSCAN]![DRIVE]![65536]![0]![131071", R"(STARTEDSCAN\]!\[DRIVE)"},
-    {1, "STOPSCAN]![DRIVE", R"(STOPEDSCAN\]!\[DRIVE)"}, // holds the service up for 100 ms
+    {1, "STOPSCAN]![DRIVE", R"(STOPEDSCAN\]!\[DRIVE)"}, // blocks the service for 100 ms
     {8, "GSTATSCAN",
      R"(STATSCAN\]!\[0;[012];(\d\d?|100);0;\d{1,6};\d{12}\|1;[012];(\d\d?|100);0;\d{1,6};\d{12}\|)"
      R"(2;[012];(\d\d?|100);0;\d{1,6};\d{12}(;896-1023)?\|3;[012];(\d\d?|100);0;\d{1,6};\d{12}(;[-\d,]+)?)"},
@@ -78,13 +78,13 @@ unsigned Arena::disturbancesSince(Mark mark) const
     return m_begun == mark.begun ? mark.disturbances | m_disturbances : kAll;
 }
 
-void Arena::complain(const QString &text)
+void Arena::reportFailure(const QString &text)
 {
     const QMutexLocker locker(&m_mutex);
     m_complaints.append(text);
 }
 
-QStringList Arena::complaints() const
+QStringList Arena::failures() const
 {
     const QMutexLocker locker(&m_mutex);
     return m_complaints;
@@ -117,7 +117,7 @@ void Crowd::leave()
 void Crowd::run()
 {
     while (!m_arena.isOver) {
-        const QReadLocker locker(&m_arena.talk);
+        const QReadLocker locker(&m_arena.requests);
         step();
     }
     leave();
@@ -130,7 +130,7 @@ void Crowd::step()
         return;
     switch (random(20)) {
     case 0:
-        console->sendBytes(random(2) == 0 ? "0000002a0b79" : ""); // half a line, or none, and gone
+        console->sendBytes(random(2) == 0 ? "0000002a0b79" : ""); // half a line or none, then disconnects
         console->socket().abort();
         break;
     case 1:
@@ -145,7 +145,7 @@ void Crowd::step()
     }
 }
 
-/// A greeting holds the settings of one SET: its three long texts are the same.
+/// Checks that a greeting holds the settings of one SET: its three long texts are equal.
 RawConsole *Crowd::connectedConsole()
 {
     std::unique_ptr<RawConsole> &console = m_consoles[std::size_t(random(kConsoles))];
@@ -191,8 +191,8 @@ QString Crowd::ask(RawConsole &console, const QString &request, const QByteArray
 void Crowd::expect(bool isFine, const QString &request, const QString &reply)
 {
     if (!isFine)
-        m_arena.complain(QString("%1 was answered %2")
-                             .arg(request.left(200), reply.isNull() ? "nothing" : reply.left(200)));
+        m_arena.reportFailure(QString("%1 was answered %2")
+                                  .arg(request.left(200), reply.isNull() ? "nothing" : reply.left(200)));
 }
 
 void Crowd::askByTable(RawConsole &console)
@@ -219,7 +219,7 @@ void Crowd::askByTable(RawConsole &console)
            request, reply);
 }
 
-/// Mostly asks for the schedule, which outlives detections and restarts, and kills as well.
+/// Mostly requests the schedule, which is kept over detections, restarts and kills.
 void Crowd::setSchedule(RawConsole &console)
 {
     const bool changes = random(3) == 0;
@@ -233,7 +233,7 @@ void Crowd::setSchedule(RawConsole &console)
     if (changes && !reply.isNull())
         m_schedules = {schedule};
     else if (changes && (m_arena.disturbancesSince(since) & Restart) != 0 && !m_schedules.empty())
-        m_schedules.insert(schedule); // stored before the end, or not
+        m_schedules.insert(schedule); // it may have been stored before the kill
     if (reply.isNull() || m_schedules.empty())
         return;
     expect(m_schedules.count(stored) == 1, request, reply);

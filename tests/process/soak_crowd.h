@@ -18,35 +18,35 @@
 
 namespace soak {
 
-inline constexpr int kDrives = 4; ///< and a crowd for each
+inline constexpr int kDrives = 4; ///< with one crowd each
 
-/// What may make an answer other than usual. Several may be under way at a time.
+/// The reasons for an unusual answer. Several may apply at a time.
 enum Disturbance : unsigned { Detection = 1, Pause = 2, Restart = 4 };
 
-/// What the crowds and the one who disturbs them share. All of it may be used by every thread.
+/// The state that the crowds and the disturber share. Any thread.
 class Arena
 {
 public:
     std::atomic<quint16> port{0};
     std::atomic<bool> isOver{false};
     std::atomic<quint64> answers{0};
-    /// Read-locked by a crowd that talks. While it is write-locked, each has finished what it was at.
-    QReadWriteLock talk;
+    /// Read-locked by a crowd during a request. While it is write-locked, no request is pending.
+    QReadWriteLock requests;
 
     void begin(Disturbance disturbance);
     void end(Disturbance disturbance) { m_disturbances &= ~unsigned(disturbance); }
 
-    /// A moment; disturbancesSince() tells what was under way then or has been since.
+    /// A point in time; disturbancesSince() returns the disturbances that have been active since then.
     struct Mark
     {
-        unsigned begun; ///< looked at first: what begins in between then counts as begun since
+        unsigned begun; ///< read first: a disturbance that starts in between counts as later
         unsigned disturbances;
     };
     [[nodiscard]] Mark mark() const { return {m_begun, m_disturbances}; }
     [[nodiscard]] unsigned disturbancesSince(Mark mark) const;
 
-    void complain(const QString &text);
-    [[nodiscard]] QStringList complaints() const;
+    void reportFailure(const QString &text);
+    [[nodiscard]] QStringList failures() const;
 
 private:
     std::atomic<unsigned> m_disturbances{0};
@@ -55,24 +55,24 @@ private:
     QStringList m_complaints;
 };
 
-/// A thread with many consoles that ask at random, over and over, and check every answer. It scans and
-/// schedules one drive of its own.
+/// A thread with many consoles that send random requests and check every answer. It scans and schedules one
+/// drive of its own.
 class Crowd
 {
 public:
-    /// `console` is asked for the replies that stay as they are.
+    /// Uses `console` to read the replies that never change.
     Crowd(Arena &arena, int drive, RawConsole &console, unsigned seed);
     ~Crowd(); ///< waits for the thread; Arena::isOver has to be set
 
-    /// Closes all connections; Arena::talk has to be write-locked.
+    /// Closes all connections; Arena::requests has to be write-locked.
     void leave();
 
 private:
     void run();
     void step();
     [[nodiscard]] RawConsole *connectedConsole();
-    /// The reply to the request, or to the noise sent in its place; nothing when it is one that a disturbance
-    /// explains, or none, which is reported.
+    /// Returns the reply to the request or to the noise sent in its place; nothing if a disturbance explains
+    /// it, or if there is none, which is reported as a failure.
     [[nodiscard]] QString ask(RawConsole &console, const QString &request, const QByteArray &noise = {});
     [[nodiscard]] bool isExplained(const QString &line, Arena::Mark since) const;
     void expect(bool isFine, const QString &request, const QString &reply);
@@ -85,10 +85,10 @@ private:
 
     Arena &m_arena;
     const int m_drive;
-    QHash<QString, QString> m_constants; ///< the one reply that a request has all the time
+    QHash<QString, QString> m_constants; ///< the replies that never change, by request
     std::mt19937 m_random;
     std::vector<std::unique_ptr<RawConsole>> m_consoles;
-    std::set<QString> m_schedules; ///< of its own drive; one of these is stored, or any when there is none
+    std::set<QString> m_schedules; ///< of its own drive; one of these is stored; empty: any
     std::thread m_thread;
 };
 

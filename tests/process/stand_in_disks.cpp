@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 
-// A library to preload: takes the place of libudev and of the kernel's block devices, so that the Linux build
-// runs on ATA disks that exist only in the file that STAND_IN_DISKS names. A line of it is a disk: the name
-// of its node, then KEY=VALUE pairs, all separated by tabs. A key that begins with "ID_" is a property of
-// udev's, "wwid", "vendor", "model", "rev" and "removable" are the kernel's attributes; "ata" is what
-// IDENTIFY reports, as MODEL|SERIAL|FIRMWARE; "sg16" and "sg12" are the answers to SG_IO with a command of
-// that length, as HOST STATUS,RESIDUE,SENSE IN HEX, or "hang" for a call that never returns. Each enumeration
-// adds a byte to the file with ".scans" appended to its name.
+// A preloaded library: replaces libudev and the kernel's block devices, so that the Linux build runs on ATA
+// disks that exist only in the file that STAND_IN_DISKS names. Each line of it is a disk: the name of its
+// node, then KEY=VALUE pairs, all separated by tabs. A key that begins with "ID_" is a property of udev;
+// "wwid", "vendor", "model", "rev" and "removable" are attributes of the kernel; "ata" is the IDENTIFY data,
+// as MODEL|SERIAL|FIRMWARE; "sg16" and "sg12" are the answers to SG_IO with a command of that length, as HOST
+// STATUS,RESIDUE,SENSE IN HEX, or "hang" for a call that never returns. Each enumeration appends a byte to
+// the file with ".scans" appended to its name.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -37,7 +37,7 @@
 namespace {
 
 constexpr long long kCapacity = 64LL * 1024 * 1024;
-constexpr unsigned kMajor = 240; // for local use
+constexpr unsigned kMajor = 240; // reserved for local use
 constexpr int kSectorSize = 512;
 
 struct Disk
@@ -93,7 +93,7 @@ Function next(const char *name)
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-/// The disks that are open, by their descriptors; a descriptor that was closed may be another file by now.
+/// The open disks by descriptor. A closed descriptor may belong to another file.
 struct OpenDisk
 {
     ino_t inode;
@@ -102,7 +102,7 @@ struct OpenDisk
 std::mutex mutex;
 std::map<int, OpenDisk> &openDisks()
 {
-    static auto *all = new std::map<int, OpenDisk>; // outlives threads that hang
+    static auto *all = new std::map<int, OpenDisk>; // never destroyed: hung threads use it
     return *all;
 }
 
@@ -157,7 +157,7 @@ Sector identifySector(const Disk &disk)
     return sector;
 }
 
-/// One attribute: a temperature of 33 degrees, with the threshold 20.
+/// Returns a sector with one attribute: a temperature of 33 degrees, with the threshold 20.
 Sector smartSector(bool isData)
 {
     Sector sector{};

@@ -46,8 +46,8 @@ private Q_SLOTS:
         row("no login", true, mail, "550 ");
     }
 
-    /// The server adds the empty line that parts headers and text, and takes away a dot from the front of
-    /// each line that begins with one; ours makes a line of one character two dots.
+    /// The server adds the empty line between headers and text, and removes the first dot of each line that
+    /// begins with one; the service sends every line of one character as two dots.
     void testMail()
     {
         QFETCH(bool, needAuth);
@@ -93,7 +93,7 @@ private Q_SLOTS:
             QRegularExpression::escape(text) + "\n\\z");
         QVERIFY2(mail.match(QString::fromLatin1(server.mailbox())).hasMatch(), server.mailbox());
 
-        // Drive 0 of the list at 30, 70 and 31 degrees: "!" and the degree's character end each record.
+        // Drive 0 at 30, 70 and 31 degrees: "!" and the character of the temperature end each record.
         const QString history = m_service.ask("GSTATD]![260101000000]![991231235959");
         for (const char *record : {"!?", "!g", "!@"})
             QVERIFY2(history.contains(QLatin1String(record)), qPrintable(history));

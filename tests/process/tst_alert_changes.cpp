@@ -20,13 +20,13 @@ QJsonObject drive(int celsius)
         .object();
 }
 
-/// Answers every POST with 204 and keeps the "event" of its body.
+/// An HTTP server that answers every POST with 204 and stores the "event" of its body.
 class Webhook : public QTcpServer
 {
 public:
     QStringList events;
 
-    /// Listens on the port that it had, if any.
+    /// Listens, on the former port if there was one.
     void start()
     {
         QVERIFY(listen(QHostAddress::LocalHost, m_port));
@@ -136,7 +136,7 @@ private Q_SLOTS:
         }
     }
 
-    /// Webhook and mail server are down when the drive gets hot; the service is killed; both come back.
+    /// Webhook and mail server are down when the drive gets hot; the service is killed; both servers return.
     void nothingIsLostOrRepeated()
     {
         MailServer mail({});

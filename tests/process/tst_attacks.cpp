@@ -32,7 +32,7 @@ constexpr int kAllowedKiB = 64 * 1000 * 1000 / 1024;
 
 const QByteArray kWholeLog = sendReply("GSTATD]![000101000000]![991231235959", [] { return 7; });
 
-/// A connection that never reads, made without Qt: a thousand of them are cheap.
+/// A connection that never reads. Plain sockets without Qt, so that a thousand of them cost little.
 class SilentPeer
 {
 public:
@@ -104,7 +104,7 @@ public:
 
     [[nodiscard]] int memoryKiB(const char *field) const { return int(procStatusKiB(processId(), field)); }
 
-    /// Serves, and has indexed its log; its memory when idle.
+    /// Starts the service, waits for the index of its log, and returns its memory when idle.
     [[nodiscard]] int serveIdle()
     {
         const bool isReady = serve() && ask("GSTATD]![000101000000]![000102000000").startsWith("STATD");
@@ -175,8 +175,8 @@ private:
 using Attack = std::function<void(Victim &, Peers &)>;
 Q_DECLARE_METATYPE(Attack)
 
-/// Peers that take what they can get: memory stays bounded, others are served, and the service ends when
-/// told.
+/// Peers that use as many resources as they can: memory remains bounded, other consoles are served, and the
+/// service stops in time.
 class TestAttacks : public QObject
 {
     Q_OBJECT
@@ -247,7 +247,7 @@ private Q_SLOTS:
         QVERIFY2(grownKiB < kAllowedKiB, qPrintable(QString::number(grownKiB)));
     }
 
-    /// Of two addresses of this machine one is listened at, and the same one may connect.
+    /// The service listens on one of two addresses of this machine, and only that address may connect.
     void restrictedAddresses()
     {
         ServiceFixture service;
@@ -266,7 +266,7 @@ private Q_SLOTS:
         QCOMPARE(toElsewhere.error(), QAbstractSocket::ConnectionRefusedError);
     }
 
-    /// The reader gets every byte, and costs little.
+    /// The reader receives every byte, and memory remains small.
     void oneReader()
     {
         Victim victim;

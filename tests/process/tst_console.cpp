@@ -50,7 +50,7 @@ bool matches(const QString &text, const QString &expression)
                  qPrintable(QString::number(outcome.exitCode) + ": " + outcome.output));                     \
     } while (false)
 
-/// halvexctl against the built service, as a script runs it.
+/// halvexctl against the built service, started as from a script.
 class TestConsole : public QObject
 {
     Q_OBJECT
@@ -168,7 +168,8 @@ private Q_SLOTS:
                "100 % of a part.*sectors 8 to 131071.*1000-1007\nnever scanned: drives 0, 2");
     }
 
-    /// The service answers one local console at a time; each of many gets its reply while one follows a scan.
+    /// The service answers one local console at a time; while one follows a scan, each of many others gets
+    /// its reply.
     void sharesLocalSocket()
     {
         EXPECT(m_service, "scan start 2 --last 20000", 0, "scanning");

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Two drives, the second with further keys.
+/// Returns two drives, the second with further keys.
 QByteArray twoDrives(const QByteArray &keys = "")
 {
     return R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json"},
@@ -17,7 +17,7 @@ QByteArray twoDrives(const QByteArray &keys = "")
            keys + "}]}";
 }
 
-/// Two drives, the first of which never answers a S.M.A.R.T. request, and the second one's data.
+/// Returns two drives. The first never answers a S.M.A.R.T. request; the second one returns data.
 QJsonObject besideAHungDrive(const QByteArray &dump)
 {
     return json(R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json", "smartDelayMs": 3600000},
@@ -27,13 +27,13 @@ QJsonObject besideAHungDrive(const QByteArray &dump)
 
 } // namespace
 
-/// Drives of all sorts in the built service, as a console sees them.
+/// Various drives of the built service, as a console sees them.
 class TestDrives : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    /// All at once, and each under its own number.
+    /// All drives are read, each under its own number.
     void everyRealDrive()
     {
         ServiceFixture service;
@@ -64,14 +64,14 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("machine"); // after the fault; before it there are two drives
         QTest::addColumn<QString>("count");      // of the next detection
-        row("pulled", QByteArray(R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json"}]})"),
-            "DEVCOUNT,1");
+        row("one drive removed",
+            QByteArray(R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json"}]})"), "DEVCOUNT,1");
         row("no longer opens", twoDrives(R"(, "openError": 5)"), "DEVCOUNT,1");
         row("answers no request", twoDrives(R"(, "answers": [])"), "DEVCOUNT,1");
-        row("all pulled", QByteArray(R"({"drives": []})"), "DEVCOUNT,0");
+        row("all drives removed", QByteArray(R"({"drives": []})"), "DEVCOUNT,0");
     }
 
-    /// A drive that has gone keeps its place with its last values until the next detection.
+    /// A drive that is removed keeps its place and last values until the next detection.
     void vanishedDrive()
     {
         QFETCH(QByteArray, machine);
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(service.stop(), 0);
     }
 
-    /// A drive that hangs costs its time limit; the other is read all the same, and a stop does not wait.
+    /// A hung drive costs its time limit; the other is read nevertheless, and a stop does not wait.
     void hungDrive()
     {
         ServiceFixture service;
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QCOMPARE(service.stop(), 0);
     }
 
-    /// A machine file that is wrong stops what would serve, with exit code 1 and a message that says where.
+    /// An invalid machine file ends a program that would serve, with exit code 1 and the place of the error.
     void mistakeInTheMachineFile()
     {
         ServiceFixture service;

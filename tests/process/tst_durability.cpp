@@ -13,7 +13,7 @@
 
 namespace {
 
-/// A service whose files can be made to fail.
+/// A service with injected faults of its files.
 class FailingService : public ServiceFixture
 {
 public:
@@ -29,7 +29,7 @@ public:
         writeMachine(json(R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json"}]})"));
     }
 
-    /// Lets one operation fail, after `skipped` that succeed.
+    /// Makes one operation fail, after `skipped` successful ones.
     void plan(FaultPlan::Kind kind, int skipped, const char *file = "")
     {
         qstrncpy(m_plan->file, file, sizeof(m_plan->file));
@@ -59,7 +59,7 @@ public:
 
     [[nodiscard]] QString subject() const { return firstLine().split("]![").value(12); }
 
-    /// The subject in the settings file.
+    /// Returns the subject in the settings file.
     [[nodiscard]] QString storedSubject() const
     {
         Settings settings;
@@ -95,7 +95,7 @@ int rounds(int operations)
 
 } // namespace
 
-/// Stored state survives whatever happens to the files and the service, and no failure is silent.
+/// Stored state survives every fault of the files and the service, and each failure is reported.
 class TestDurability : public QObject
 {
     Q_OBJECT
@@ -220,7 +220,7 @@ private Q_SLOTS:
         QVERIFY2(service.output().contains("service-key.json: "), service.output());
     }
 
-    /// The service ends while the lookup of its mail server does not.
+    /// The service ends although the lookup of its mail server does not return.
     void muteNameServer()
     {
         FailingService service;

@@ -39,8 +39,8 @@ class TestFaults : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    /// Each life begins with the sockets, the half-written record and the settings of the one before, which
-    /// was killed among many requests to change them: the settings are one of the two states.
+    /// Each run begins with the sockets, the incomplete record and the settings of the previous one, which
+    /// was killed during many requests to change them. The settings are one of the two states.
     void killedAndStartedAgain()
     {
         constexpr int kLives = 20;
@@ -112,7 +112,7 @@ private Q_SLOTS:
         ServiceFixture service;
         service.writeMachine(json(kOneDrive));
         QVERIFY2(service.serve(), service.output());
-        QVERIFY(service.pause() && service.resume()); // its control socket comes last
+        QVERIFY(service.pause() && service.resume()); // the control socket opens last
         const int before = service.descriptors();
         {
             std::vector<std::unique_ptr<RawConsole>> good;
@@ -127,7 +127,7 @@ private Q_SLOTS:
                 QCOMPARE(good[std::size_t(turn)]->ask("DEVCOUNT"), QString("DEVCOUNT,1"));
             }
         }
-        QTRY_VERIFY_WITH_TIMEOUT(service.descriptors() <= before, kPatienceMs); // of nobody is anything left
+        QTRY_VERIFY_WITH_TIMEOUT(service.descriptors() <= before, kPatienceMs); // no connection has leaked
         QCOMPARE(service.stop(), 0);
     }
 
@@ -136,7 +136,7 @@ private Q_SLOTS:
         const QString question = "GSTATR]![260101000000]![991231235959";
         ServiceFixture service;
         service.writeMachine(json(kOneDrive));
-        QVERIFY(QDir(service.home()).mkdir("temperature.log")); // opens for nobody, root included
+        QVERIFY(QDir(service.home()).mkdir("temperature.log")); // not even root can open it
         QVERIFY2(service.serve(), service.output());
         QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
         QCOMPARE(service.ask(question), QString("STATR]!["));
@@ -146,8 +146,8 @@ private Q_SLOTS:
         QCOMPARE(service.stop(), 0);
     }
 
-    /// With few descriptors the service has fewer consoles: a new one replaces the longest idle one, instead
-    /// of being accepted again and again without success.
+    /// With few descriptors the service has fewer consoles: a new one replaces the longest idle one, and the
+    /// listener does not fail repeatedly.
     void descriptorsAreScarce()
     {
         constexpr rlim_t kScarce = 300;

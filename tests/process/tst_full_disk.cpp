@@ -18,7 +18,7 @@ namespace {
 
 constexpr char kInsideVariable[] = "HALVEX_TEST_OWN_MOUNTS";
 
-/// SET's items with `mark` in its long texts. Port and intervals stay as they are.
+/// Returns SET's items with `mark` in its long texts. Port and intervals are unchanged.
 QString settingsCommand(const QString &mark)
 {
     return QString("SET]![0~;180000~;300000~;1~;0~;0~;%1~;%1~;%1~;~;0~;~;~;25~;55~;65~;~;").arg(mark);
@@ -31,7 +31,7 @@ QString markOf(const ServiceFixture &service)
 
 } // namespace
 
-/// The service with its home on a disk that is full.
+/// The service with its home on a full disk.
 class TestFullDisk : public QObject
 {
     Q_OBJECT
@@ -71,7 +71,7 @@ private Q_SLOTS:
     }
 };
 
-/// Starts itself again with mounts of its own, for which root needs no user namespace.
+/// Restarts this program in a mount namespace of its own, for which root needs no user namespace.
 int main(int argc, char *argv[])
 {
     if (qEnvironmentVariableIsEmpty(kInsideVariable)) {

@@ -74,13 +74,13 @@ private Q_SLOTS:
                                          "running in this home: "),
                 ending.errors);
         }
-        m_service->process().kill(); // the lock ends with its holder, however that ends
+        m_service->process().kill(); // the lock ends with its process
         QVERIFY(m_service->process().waitForFinished(kPatienceMs));
         QVERIFY2(m_service->serve(), m_service->output());
         QCOMPARE(m_service->stop(), 0);
     }
 
-    void oneOfManyStarts()
+    void onlyOneOfManyServicesStarts()
     {
         QVERIFY(m_service->start()); // writes the key
         QCOMPARE(m_service->stop(), 0);
@@ -98,7 +98,7 @@ private Q_SLOTS:
         }
     }
 
-    /// An account without rights is told which facts it cannot see.
+    /// An account without rights gets the names of the facts that it cannot see.
     void versionWithoutPermission()
     {
         if (::geteuid() != 0)
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QVERIFY2(m_service->serve(), m_service->output());
         const QStringList asNobody{"setpriv", "--reuid=65534", "--clear-groups", HALVEX_SERVICE_PROGRAM,
                                    "-version"};
-        Ending ending = Other(*m_service, asNobody).end(); // the home is its owner's alone
+        Ending ending = Other(*m_service, asNobody).end(); // only the owner can enter the home
         QVERIFY2(ending.output.endsWith("\n\nmay be installed and may be running\n\n"), ending.output);
         QVERIFY2(ending.errors.contains("/control: Permission denied"), ending.errors);
 

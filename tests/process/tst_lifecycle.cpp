@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A drive at `celsius`, and a volume on it with `freeBytes`.
+/// Returns a drive at `celsius`, and a volume on it with `freeBytes`.
 QJsonObject machine(int celsius, qint64 freeBytes)
 {
     return json(QString(R"({"drives": [{"number": 0, "model": "DRIVE", "smart": {"attributes": [
@@ -36,7 +36,7 @@ QByteArray temperatureLog(const ServiceFixture &service)
 
 } // namespace
 
-/// Start-up, periodic work, and what pauses and changes it.
+/// Start, periodic work, pausing and changes of settings.
 class TestLifecycle : public QObject
 {
     Q_OBJECT
@@ -84,8 +84,8 @@ private Q_SLOTS:
         QCOMPARE(service.stop(), 0);
     }
 
-    /// New intervals apply from the next start of the timers, and are not stored by themselves. A paused
-    /// service does not poll.
+    /// New intervals apply from the next start of the timers, and a change alone does not store them. A
+    /// paused service does not poll.
     void pollIntervalsAndPause()
     {
         ServiceFixture service;

@@ -12,8 +12,8 @@
 
 namespace {
 
-/// The built service on this system's own backend, with disks that a preloaded library stands for
-/// (stand_in_disks.cpp). Disks are given as the lines of that library's file, with a blank for a tab.
+/// The built service on Linux's own backend, with disks of a preloaded library (stand_in_disks.cpp). Disks
+/// are given as the lines of that library's file, with a blank for a tab.
 class LinuxService
 {
 public:
@@ -27,7 +27,7 @@ public:
         environment.insert("HALVEX_HOME", m_home.path());
         environment.insert("LD_PRELOAD", HALVEX_STAND_IN_DISKS);
         environment.insert("STAND_IN_DISKS", m_home.filePath("disks"));
-        // A sanitizer's run time wants to be the first library.
+        // A sanitizer's run time must be the first library.
         environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0:" + environment.value("ASAN_OPTIONS"));
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::MergedChannels);
@@ -91,7 +91,7 @@ public:
         }
         return all;
     }
-    /// Runs the program with options beside the service. Returns its exit code.
+    /// Runs the program with options while the service runs. Returns its exit code.
     [[nodiscard]] int runOption(const QStringList &options) const
     {
         QProcess program;
@@ -119,7 +119,7 @@ private:
     QByteArray m_output;
 };
 
-/// A disk that answers well, with a world wide name made of its serial number.
+/// Returns a disk that answers all requests, with a world wide name made of its serial number.
 QString disk(const QString &node, const QString &serial)
 {
     return QString("%1 wwid=naa.500%2 ata=MODEL|%2|F1 vendor=ATA model=MODEL").arg(node, serial);
@@ -132,7 +132,7 @@ const char kAborted[] = "0,0,720b00000000000e090c000000000000000000004050";
 
 } // namespace
 
-/// The service on Linux's own backend, whose disks, adapters and udev data are odd in a way of their own.
+/// The service on Linux's own backend, with unusual disks, adapters and udev data.
 class TestLinuxDisks : public QObject
 {
     Q_OBJECT
@@ -195,8 +195,8 @@ private Q_SLOTS:
         QTRY_VERIFY2(service.output().contains("drive-numbers.json: damaged."), service.output());
     }
 
-    /// The drive-count check sees another identity at the same node, and meanwhile the new drive is never
-    /// read in the name of the old one.
+    /// The drive-count check sees another identity at the same node. The new drive is never read as the old
+    /// one.
     void swapUnderANode()
     {
         LinuxService service;
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QCOMPARE(service.stop(), 0);
     }
 
-    /// udev is asked for all disks once a detection and once an enumeration of the volumes.
+    /// udev enumerates all disks once per detection and once per enumeration of the volumes.
     void detectionListsTheDisksOnce()
     {
         LinuxService service;

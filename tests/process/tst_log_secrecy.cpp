@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Greets, asks for user and password, and refuses them while it repeats them with an escape sequence.
+/// A mail server that requests user and password, then refuses them and repeats them with an escape sequence.
 class EchoingMailServer : public ScriptedPeer
 {
 public:
@@ -25,7 +25,7 @@ public:
 
 } // namespace
 
-/// No log, at any level, holds a credential or a control byte that a peer has sent.
+/// No log, at any level, contains a credential or a control byte from a peer.
 class TestLogSecrecy : public QObject
 {
     Q_OBJECT
@@ -43,7 +43,7 @@ private Q_SLOTS:
         EchoingMailServer alerts("alert-user", "alert-s3cret");
         const QString set = "SET]![0~;180000~;300000~;1~;1~;1~;a@b" + esc + "~;c@d~;Hello" + esc +
                             "~;127.0.0.1~;1~;alert-user~;alert-s3cret~;%1~;1~;65~;w" + esc + "~;c";
-        QCOMPARE(service.ask(set.arg(alerts.serverPort())), QString("SET_OK")); // and the drive is too warm
+        QCOMPARE(service.ask(set.arg(alerts.serverPort())), QString("SET_OK")); // sends an alert
         QTRY_VERIFY_WITH_TIMEOUT(alerts.isDone(), kPatienceMs);
 
         EchoingMailServer tests("test-user", "test-s3cret");

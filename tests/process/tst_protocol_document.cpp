@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Speaks the examples with a service of its own, over one connection after another.
+/// Carries out the examples with a service of its own, one connection after another.
 class Conversation
 {
 public:
@@ -21,7 +21,8 @@ public:
         : m_service(service)
     {}
 
-    /// What is wrong with one step of the examples, a mark and a text; nothing when it is as it should be.
+    /// Returns the difference between one step of the examples (a mark and a text) and the service; empty if
+    /// none.
     QString take(const QString &mark, const QString &text)
     {
         if (mark == "--")
@@ -39,7 +40,7 @@ private:
     QString hear(const QString &expected)
     {
         const QString heard = m_console->readLine();
-        if (m_port.isEmpty()) // the document has the usual port, the fixture any free one
+        if (m_port.isEmpty()) // the document uses the default port, the fixture any free one
             m_port = heard.split("]![").value(2);
         QStringList parts = withPort(expected).split(QChar(0x2026));
         for (QString &part : parts)
@@ -48,7 +49,7 @@ private:
         return pattern.match(heard).hasMatch() ? QString() : "heard " + heard;
     }
 
-    /// Makes it happen, or waits until it has; false when it does not, or is not known.
+    /// Causes the event, or waits for it; returns false if it fails or is not known.
     bool happens(const QString &event)
     {
         const QHash<QString, std::function<bool()>> events{
@@ -66,7 +67,7 @@ private:
              }},
             {"the service is paused", [this] { return m_service.pause(); }},
             {"the service goes on", [this] { return m_service.resume(); }},
-            // Two turns of the service's event loop, in the first of which it reads what was sent before.
+            // Two turns of the service's event loop; in the first one it reads the lines sent before.
             {"the line has been read",
              [this] { return !m_service.firstLine().isEmpty() && !m_service.ask("DEVCOUNT").isEmpty(); }},
         };
@@ -86,7 +87,7 @@ private:
 
 } // namespace
 
-/// What docs/protocol.md shows is what the code does.
+/// The examples of docs/protocol.md match the service.
 class TestProtocolDocument : public QObject
 {
     Q_OBJECT
@@ -99,7 +100,7 @@ private Q_SLOTS:
         m_lines = QString::fromUtf8(file.readAll()).split('\n');
     }
 
-    /// A line of one character over and over, with offset 1, comes by the whole key.
+    /// A line of one repeated character, with offset 1, shows the whole key.
     void showsTheKey()
     {
         QByteArray key;
@@ -123,7 +124,7 @@ private Q_SLOTS:
         }
     }
 
-    void speaksTheExamples()
+    void repliesMatchTheExamples()
     {
         ServiceFixture service;
         const int begin = int(m_lines.indexOf("    {"));
@@ -153,7 +154,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// The lines that `form` matches as a whole, in order.
+    /// Returns the lines that `form` matches as a whole, in order.
     [[nodiscard]] QVector<QRegularExpressionMatch> matches(const QString &form) const
     {
         const QRegularExpression expression("\\A" + form + "\\z");

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The scan state of drive `n`: index, state, percent, first, current, time and, if any, bad ranges.
+/// Returns the scan state of drive `n`: index, state, percent, first, current, time and any bad ranges.
 QStringList scanState(ServiceFixture &service, int n = 0)
 {
     return service.ask("GSTATSCAN").section("]![", 1).section('|', n, n).split(';');
@@ -42,9 +42,9 @@ private Q_SLOTS:
         QCOMPARE(service.stop(), 0);
     }
 
-    /// Neither the other drive nor a new detection nor the end of the service waits for a read that does not
-    /// come back.
-    void hungReadHoldsNothingUp()
+    /// A read that does not return delays neither the other drive nor a new detection nor the end of the
+    /// service.
+    void hungReadDelaysNothing()
     {
         ServiceFixture service;
         service.writeMachine(json(R"({"drives": [{"number": 0, "capacity": 153600, "readDelayMs": 3600000},
@@ -56,7 +56,7 @@ private Q_SLOTS:
         QCOMPARE(service.ask("STOPSCAN]![1"), QString("STOPEDSCAN]![1"));
         QTRY_COMPARE_WITH_TIMEOUT(scanState(service, 1).value(1), kIdle, kPatienceMs);
         QCOMPARE(scanState(service, 0).value(1), kRunning);
-        QCOMPARE((scanState(service, 1).value(4).toInt() - 5 + 1) % 128, 0); // the block in hand was finished
+        QCOMPARE((scanState(service, 1).value(4).toInt() - 5 + 1) % 128, 0); // a whole block
 
         QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
         QVERIFY(service.waitUntilReady());

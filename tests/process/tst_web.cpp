@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Returns `text` with quotation marks in the place of apostrophes.
+/// Returns `text` with quotation marks in place of apostrophes.
 QByteArray quoted(const char *text)
 {
     return QByteArray(text).replace('\'', '"');
@@ -22,7 +22,7 @@ QByteArray quoted(const char *text)
 
 struct Response
 {
-    int status = 0; ///< 0: the connection ended without one
+    int status = 0; ///< 0: the connection ended without a status
     QByteArray header;
     QByteArray body;
 
@@ -97,7 +97,7 @@ public:
 
     [[nodiscard]] quint16 port() const { return m_port; }
 
-    /// Sends `bytes` and reads until the other end closes.
+    /// Sends `bytes` and reads until the other end closes the connection.
     [[nodiscard]] Response exchange(const QByteArray &bytes) const
     {
         QTcpSocket socket;
