@@ -4,7 +4,7 @@
 
 #include <QtTest>
 
-/// Adds a row to the table of the test function that is being prepared: its name, then a value a column.
+/// Adds a row to the table of the current test function: its name, then one value per column.
 template <typename... Values>
 void row(const char *name, const Values &...values)
 {

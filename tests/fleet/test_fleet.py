@@ -27,7 +27,7 @@ RULES = ROOT / "packaging" / "prometheus" / "halvex.rules.yml"
 DASHBOARD = ROOT / "packaging" / "grafana" / "halvex.json"
 PATIENCE_S = 120
 
-# What the dashboards and rules for the compatible names ask, written from the names.
+# The queries of the dashboards and rules for the compatible names, derived from the names.
 COMPATIBLE = {
     'smartctl_device{model_name="HOT DISK"}': 1,
     'count(smartctl_device_smart_status == 1)': 2,

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# How the tests of the package check and tell. To be sourced by bash.
+# Functions of the package tests that check and report. To be sourced by bash.
 
 checks=0 failures=0
 

@@ -27,7 +27,7 @@ public:
     std::function<void(const QString &)> mailTestFinished;
     QStringList calls;
     bool operationsTakeTime = false;
-    Completion unfinished; ///< of the last operation that takes time
+    Completion unfinished; ///< completes the last operation that takes time
 
     /// Makes the temperature log consist of `records`.
     void setTemperatures(const QByteArray &records)

@@ -6,8 +6,8 @@
 #include <QLatin1String>
 #include <QString>
 
-/// The line scrambling written down a character at a time, as its rules read: what the tables of the real
-/// one are compared with, for equal results and for speed.
+/// The line scrambling written one character at a time, as its rules are stated: the reference for the tables
+/// of the real one, in results and speed.
 namespace plain {
 
 inline const QLatin1String kKey("Md8uTw5ymfE+xtk/@u(RRrU7Uw/f2bU>MPTWPlAme0m45S'pEooNGSacHrNLttOt"
@@ -47,7 +47,7 @@ inline QString unscramble(const QString &line)
         base64 += char(line.midRef(i, 2).toInt(nullptr, 16) ^ keyByte(position));
         position = nextPosition(position, offset);
     }
-    const QByteArray utf8 = 'x' + QByteArray::fromBase64(base64); // nothing is a byte order mark after an x
+    const QByteArray utf8 = 'x' + QByteArray::fromBase64(base64); // after an x nothing is a byte order mark
     return QString::fromUtf8(utf8.constData(), utf8.size()).mid(1);
 }
 

@@ -47,14 +47,14 @@ struct Servers
     localDaemon local;
 };
 
-/// Of the temperature log: their line is longer than what systems buffer, once told to buffer little.
+/// Records of the temperature log: their line exceeds the system's buffers, once these are made small.
 constexpr int kManyRecords = 150000;
 
 enum Transport { Tcp4, Tcp6, Local };
 
 const char kMailTest[] = "SMTPTEST]![25~;0~;a~;b~;c~;d~;e~;f~;Hi";
 
-/// A console on any transport that has heard its first line.
+/// A console on any transport that has received its first line.
 class Client
 {
 public:
@@ -75,7 +75,7 @@ public:
     void write(const QByteArray &bytes) { m_socket->write(bytes); }
     void send(const char *text) { write(line(text)); }
 
-    /// The next line's text; "<nothing>" when none comes.
+    /// Returns the next line's text; "<nothing>" if none arrives.
     QString receive()
     {
         (void)QTest::qWaitFor([this] { return m_socket->canReadLine() || isClosed(); }, kPatienceMs);
@@ -99,7 +99,7 @@ public:
 
     static QByteArray line(const char *text) { return scramble(QLatin1String(text), 7) + "\r\n"; }
 
-    /// Without, nothing more is taken from the system's buffers, and these do not grow.
+    /// Stops or resumes reading. While stopped, data stay in the system's buffers, which do not grow.
     void setReading(bool on)
     {
         const qint64 size = on ? 0 : 1;
@@ -107,11 +107,11 @@ public:
         m_tcp.setReadBufferSize(size);
         m_local.setReadBufferSize(size);
         if (on)
-            m_socket->peek(1); // a pipe does not go on by itself
+            m_socket->peek(1); // a pipe does not resume by itself
     }
 
 private:
-    /// Long lines take their time under a sanitizer.
+    /// Long lines are slow under a sanitizer.
     static constexpr int kPatienceMs = 60000;
 
     QTcpSocket m_tcp;
@@ -126,7 +126,7 @@ quint16 freePort()
     return server.serverPort();
 }
 
-/// The service's sides of the connections.
+/// Returns the service's sides of the connections.
 QList<QIODevice *> connections(const Servers &servers)
 {
     return servers.tcp.findChildren<QIODevice *>(QString(), Qt::FindDirectChildrenOnly) +
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QTest::addColumn<Transport>("transport");
         QTest::addColumn<bool>("paused");
         QTest::addColumn<bool>("detecting");
-        QTest::addColumn<QString>("first"); // a pattern
+        QTest::addColumn<QString>("first"); // pattern of the first line
         QTest::addColumn<QString>("peer");
         QTest::addColumn<QString>("last");
         row("IPv4", Tcp4, false, false, "^VER.*\\[2130706433\\.\\d", "2130706433", "DISCONNECTED");
@@ -237,8 +237,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<Transport>("transport");
         QTest::addColumn<int>("lineBytes");
-        row("TCP, unless told otherwise", Tcp4, 1024 * 1024);
-        row("local", Local, 1000); // what the system hands over in one go
+        row("TCP, default limit", Tcp4, 1024 * 1024);
+        row("local", Local, 1000); // the amount that the system delivers at once
     }
 
     void longLineCloses()
@@ -256,7 +256,7 @@ private Q_SLOTS:
         QTRY_VERIFY(client.isClosed());
     }
 
-    void tcpTakesLineByLine()
+    void tcpReadsLineByLine()
     {
         Servers servers;
         Client client(servers);
@@ -270,7 +270,7 @@ private Q_SLOTS:
         QVERIFY(!client.isClosed());
     }
 
-    void localTakesWhatArrivedAsOneLine()
+    void localSocketReadsAllAsOneLine()
     {
         Servers servers;
         Client client(servers, Local);
@@ -282,7 +282,7 @@ private Q_SLOTS:
         QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
     }
 
-    void newLocalConsoleTakesOver()
+    void newLocalConsoleReplacesTheFormer()
     {
         ConnectionLimits limits;
         limits.lineBytes = 100;
@@ -298,7 +298,7 @@ private Q_SLOTS:
         QCOMPARE(servers.target.calls, QStringList());
     }
 
-    /// Whether the one who serves it answers, or is so slow that no further connection fits in its queue.
+    /// The owner of the socket file either answers, or is so slow that its queue of connections is full.
     void servedSocketFileIsLeftAlone()
     {
         Servers servers;
@@ -334,7 +334,7 @@ private Q_SLOTS:
         servers.target.settingsRecord.port = newPort;
         auto client = std::make_unique<Client>(servers);
         servers.tcp.setRebindPending();
-        auto other = std::make_unique<Client>(servers); // takes the change back
+        auto other = std::make_unique<Client>(servers); // restores the limit
         client.reset();
         QTRY_COMPARE(connections(servers).size(), 1);
         QCOMPARE(servers.tcp.serverPort(), oldPort);
@@ -389,7 +389,7 @@ private Q_SLOTS:
 
     void unreadRepliesHoldLittle_data() { transports(); }
 
-    /// A console that does not read keeps one chunk in the service, and only itself from being served.
+    /// A console that does not read holds one chunk of memory, and delays only itself.
     void unreadRepliesHoldLittle()
     {
         QFETCH(Transport, transport);
@@ -414,7 +414,7 @@ private Q_SLOTS:
         QCOMPARE(silent.receive(), QStringLiteral("RESET_OK"));
     }
 
-    /// With or without an earlier reply that is not read.
+    /// Rows: with and without an earlier reply that is not read.
     void disconnectWithoutReading_data() { transports(); }
 
     void disconnectWithoutReading()

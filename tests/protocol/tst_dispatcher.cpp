@@ -28,7 +28,7 @@ DeviceRecord neverRead()
     return device;
 }
 
-/// Tells apart what the drive in docs/protocol.md has twice or not at all.
+/// Returns a drive whose fields differ where the drive in docs/protocol.md has equal or missing values.
 DeviceRecord fullDevice()
 {
     const VolumeEntry volumeC{
@@ -89,7 +89,7 @@ QString replyTo(const QString &request, FakeTarget &target, const QHostAddress &
                                                  : QStringLiteral("announced otherwise");
 }
 
-/// A target whose scan ends while it is asked whether it runs.
+/// A target whose scan ends during isScanRunning().
 class EndingScanTarget : public FakeTarget
 {
 public:
@@ -104,7 +104,7 @@ const QString kSchedules = QStringLiteral("SCANSCHED]![0~;0~;0~;~;]![1~;3~;6~;09
 
 } // namespace
 
-/// What docs/protocol.md does not show: its examples are a test of their own.
+/// Replies that docs/protocol.md does not show; its examples have a test of their own.
 class TestDispatcher : public QObject
 {
     Q_OBJECT
@@ -161,7 +161,7 @@ private Q_SLOTS:
 
         row("text of a line not unscrambled", "~ERR", "ERR", "");
         row("empty line", "", unknown, "");
-        row("word with a blank", "DIS ", unknown, "");
+        row("command followed by a blank", "DIS ", unknown, "");
         row("further fields", "DEVCOUNT]![ignored", "DEVCOUNT,2", "");
         row("version", "VER",
             QLatin1String("VER]![Halvex Service v 5.0.5]![5000]![180000]![300000]![") +
@@ -171,7 +171,7 @@ private Q_SLOTS:
         row("user without index", "USERINFO", "USERINFO,0,Operator,Admin", "");
         row("guest", "USERINFO]![1", "USERINFO,1,Visitor,Guest", "");
         row("user", "USERINFO]![2", "USERINFO,2,Smith, J.,User", "");
-        row("no level we know", "USERINFO]![3", "USERINFO,3,Robot,Unknown", "");
+        row("unknown account level", "USERINFO]![3", "USERINFO,3,Robot,Unknown", "");
         row("no such user", "USERINFO]![4", "USERINFO,4,", "");
         row("negative user", "USERINFO]![-1", "USERINFO,-1,", "");
 
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QTEST(target.calls.join(QLatin1Char('|')), "calls");
     }
 
-    /// A text is kept until the attributes change.
+    /// A text is cached until the attributes change.
     void changedAttributes()
     {
         FakeTarget target;
@@ -357,14 +357,14 @@ private Q_SLOTS:
             "[5000]![1]![1]![host]![3]![1]![0]![0]![f]![t]![<w>]![srv]![25]![0]![u]![p]![55]![65]!"
             "[42.1700000000]![w]![c",
             "changeSettings");
-        // The earlier number takes the next field, and every field behind it moves up by one place.
+        // The earlier number takes the next field, and every following field moves up by one place.
         row("an earlier placeholder", "5000~;1~;1~;1~;0~;0~;<%3>~;t~;s~;srv~;0~;u~;p~;25~;55~;65~;w~;c",
             "[5000]![1]![1]![host]![3]![1]![0]![0]![<t>]![s]![srv]![25]![0]![u]![p]![55]![65]![w]!"
             "[42.1700000000]![c]![%23",
             "changeSettings");
     }
 
-    /// The greeting shows all that SET sets.
+    /// The greeting shows all settings of SET.
     void settings()
     {
         QFETCH(QString, list);

@@ -13,7 +13,7 @@ request::Fields fields(const QString &items)
 
 } // namespace
 
-/// The fields with a form of their own; plain numbers and texts are shown by the commands' tests.
+/// The fields with a format of their own; plain numbers and texts are covered by the tests of the commands.
 class TestRequests : public QObject
 {
     Q_OBJECT

@@ -12,7 +12,7 @@ class TestScrambling : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    /// A line longer than several rounds of the walk, over every offset that a byte can hold.
+    /// A line longer than several rounds of the walk, with every value of the offset's byte.
     void walkOfEveryOffset()
     {
         QString text = QString(2, QChar(QChar::ByteOrderMark)) + QStringLiteral("]~[ Größe Δ\r\n") +
@@ -44,22 +44,22 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         row("nothing", QByteArray(), "~ERR");
         row("seven characters", QByteArray("0000007"), "~ERR");
-        row("header tells 16, line has 12", QByteArray("000000100000"), "~ERR");
+        row("header 16, line of 12", QByteArray("000000100000"), "~ERR");
         row("header is not hexadecimal", QByteArray("0000001g001c180470"), "~ERR");
         row("header with a sign", QByteArray("+000001200"), "~ERR");
         row("header of all ones", QByteArray("ffffffff00"), "~ERR");
         row("header alone", QByteArray("00000008"), "");
-        row("half an offset", QByteArray("000000091"), "");
+        row("one digit of offset", QByteArray("000000091"), "");
         row("capital digits", QByteArray("000000120324602F45"), "AB");
         row("capital header", QByteArray("0000000A07"), "");
         row("odd character at the end", QByteArray("00000013001c1804701"), "AB");
         row("offset not hexadecimal is 0", QByteArray("00000012xy1c180470"), "AB");
-        // 0 combined with M is M, and "MUI=" says "1B".
+        // 0 combined with M is M, and "MUI=" decodes to "1B".
         row("pair not hexadecimal is 0", QByteArray("0000001200zz180470"), "1B");
-        row("half a pair not hexadecimal is 0", QByteArray("00000012001/180470"), "1B");
-        // Beyond the key the body is the Base64 itself: "QU" "[I" with "[" skipped.
+        row("pair with one hexadecimal digit is 0", QByteArray("00000012001/180470"), "1B");
+        // The body beyond the key is plain Base64: "QU" "[I", where "[" is skipped.
         row("character outside Base64 is skipped", QByteArray("00000012c851555b49"), "AB");
-        row("text goes on behind such a character", QByteArray("0000001cc851557b4a4452413d3d"), "ABCD");
+        row("text continues after such a character", QByteArray("0000001cc851557b4a4452413d3d"), "ABCD");
         row("no UTF-8", QByteArray("00000012c82f773d3d"), QString(QChar(QChar::ReplacementCharacter)));
     }
 

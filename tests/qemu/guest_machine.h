@@ -7,7 +7,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// A virtual machine that carries out command lines. It is killed when this object goes.
+/// A virtual machine that carries out command lines. The destructor kills it.
 class GuestMachine
 {
 public:
@@ -20,14 +20,14 @@ public:
     GuestMachine(const GuestMachine &) = delete;
     GuestMachine &operator=(const GuestMachine &) = delete;
 
-    /// How a command line in the machine ended.
+    /// The result of a command line in the machine.
     struct Answer
     {
-        int exitCode = -1; ///< -1 when the machine does not answer in time
+        int exitCode = -1; ///< -1: no answer in time
         QByteArray output;
     };
 
-    /// The arguments are those of the script `boot`, which runs in a folder that goes with the machine.
+    /// The arguments are those of the script `boot`, which runs in a temporary folder.
     Answer boot(const QStringList &arguments)
     {
         m_process.setWorkingDirectory(m_folder.path());
@@ -35,8 +35,8 @@ public:
         return readAnswer();
     }
 
-    /// A line for the machine's shell, without a line feed. Variables, the working directory and programs in
-    /// the background last until the machine goes.
+    /// Runs a line of the machine's shell, without a line feed. Variables, the working directory and programs
+    /// in the background last as long as the machine.
     Answer run(const QByteArray &commandLine)
     {
         m_process.write(commandLine + '\n');

@@ -17,8 +17,8 @@ constexpr int kDrives = 4;
 constexpr int kDriveSize = 64 * 1024 * 1024;
 constexpr int kPatienceMs = 120000;
 
-/// Five drives, each on the file that has its name. Two sectors of beta cannot be read; gamma is slow enough
-/// to be pulled in the middle of a scan; delta is there only while gamma is not.
+/// Five drives, each in the file of its name. Two sectors of beta are unreadable; gamma is slow, so that it
+/// can be unplugged during a scan; delta is present only while gamma is not.
 const char *const kDevices =
     "-device ich9-ahci,id=fixed -device ich9-ahci,id=second -device ich9-ahci,id=third "
     "-device qemu-xhci,id=usb "
@@ -56,7 +56,7 @@ private Q_SLOTS:
         const QStringList programs = QString(HALVEX_GUEST_PROGRAMS).split(',');
         QCOMPARE(m_machine.boot(programs + QStringList("--") + QString(kDevices).split(' ')).exitCode, 0);
         QVERIFY(waitFor("[ $(ls -d /sys/block/sd* | wc -l) = 5 ]"));
-        // What the tests call the drives' nodes, by the models that the kernel sees.
+        // The tests' names of the drives' nodes, by the models that the kernel sees.
         run("node() { (cd /sys/block; grep -l \"$1\" sd*/device/model | sed 's,/.*,,; s,^,/dev/,'); }");
         run("alpha=$(node ALPHA) beta=$(node BETA) gamma=$(node GAMMA) delta=$(node DELTA) stick=$(node "
             "HARDDISK)");
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(m_machine.run("halvex-monitor-service -install").exitCode, 0);
         run("QT_LOGGING_RULES='halvex.*=true' halvex-monitor-service >>/tmp/service.log 2>&1 & service=$!");
         QVERIFY(waitFor("grep -q 'Collection info finished' /tmp/service.log"));
-        console("intervals 100h 100h"); // nothing but what a test asks for moves a drive
+        console("intervals 100h 100h"); // no requests to drives except those of the tests
         QCOMPARE(console("detect --wait 120").object().value("drives").toInt(), kDrives);
     }
 
@@ -94,7 +94,7 @@ private Q_SLOTS:
         QCOMPARE(answer.output.count("PASS   : TestLinuxMachine::driveContract("), kDrives);
     }
 
-    void tellsWhatADriveTells_data()
+    void reportsDriveInformation_data()
     {
         QTest::addColumn<QString>("model");
         QTest::addColumn<QString>("serial");
@@ -104,7 +104,7 @@ private Q_SLOTS:
         row("second adapter", "EMULATED-GAMMA", "SN-GAMMA-3", "C3.0");
     }
 
-    void tellsWhatADriveTells()
+    void reportsDriveInformation()
     {
         QFETCH(QString, model);
         const QJsonObject drive = console("smart " + number(model)).object();
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(drive.value("capacityBytes").toInt(), kDriveSize);
         QCOMPARE(drive.value("ataVersion").toString(), "ATA/ATAPI-5 published, ANSI NCITS 340-2000");
         QCOMPARE(drive.value("level").toString(), "fine");
-        QVERIFY(drive.value("temperatureCelsius").isNull()); // there is an attribute 190, and no 194
+        QVERIFY(drive.value("temperatureCelsius").isNull()); // attribute 190 exists, 194 does not
 
         // Id, value, worst, threshold, raw, pre-failure.
         QStringList attributes;
@@ -130,12 +130,12 @@ private Q_SLOTS:
                               "190 69 69 50 522125343 true"}));
     }
 
-    /// The count that follows a custom command only looks whether the drives are still those of the list.
+    /// The count after a custom command only compares the drives with those of the list.
     void countingWakesNoDrive()
     {
         const QByteArray requests = "cat /sys/block/sd*/device/iorequest_cnt";
         const QByteArray counts = "grep -c 'processCommand timer 4 4' /tmp/service.log";
-        // Twice if need be: a reading of the service's own may fall in between.
+        // A second attempt, because a poll may come in between.
         QVERIFY(QTest::qWaitFor([&] {
             const QByteArray before = run(requests);
             run("counts=$(" + counts + "); halvex-monitor-service -command 1");
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("badSectors");
         row("sector by sector", " --first 2040 --last 2060 --block 512", "[[2048,2048]]");
         row("blocks", " --first 2000 --last 2600 --block 64K", "[[2000,2127],[2384,2511]]");
-        row("between them", " --first 2049 --last 2499 --block 512", "[]");
+        row("between the bad sectors", " --first 2049 --last 2499 --block 512", "[]");
         row("whole drive", "", "[[2048,2559]]");
     }
 
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(drive("GAMMA").value("attributeCount").toInt(), 7);
     }
 
-    void saysWhatItMayNot()
+    void namesMissingPermissions()
     {
         run("mkdir /tmp/home && chown nobody /tmp/home && chmod 644 $alpha");
         run("HALVEX_HOME=/tmp/home QT_LOGGING_RULES='halvex.*=true' "
@@ -226,13 +226,13 @@ private Q_SLOTS:
         QCOMPARE(drive("DELTA").value("attributeCount").toInt(), 7);
     }
 
-    /// Nothing has delta open, so gamma comes back under the same node.
+    /// No program has delta open, so gamma returns under the same node.
     void followsASwapUnderANode()
     {
         QCOMPARE(m_machine.run("delta=$(node DELTA); pull $third && plug $second").exitCode, 0);
         QVERIFY(waitFor("[ -b \"$(node GAMMA)\" ]"));
         QCOMPARE(m_machine.run("[ $(node GAMMA) = $delta ]").exitCode, 0);
-        // Neither is read in the name of the other.
+        // Neither drive is read as the other.
         console("refresh");
         QCOMPARE(drive("DELTA").value("serial").toString(), "SN-DELTA-5");
         run("halvex-monitor-service -command 1");
@@ -248,13 +248,13 @@ private:
         return QTest::qWaitFor([&] { return m_machine.run(commandLine).exitCode == 0; }, kPatienceMs);
     }
 
-    /// Whether a service has said a text, in which variables of the machine's shell may stand.
+    /// Returns whether a service has logged a text, which may contain variables of the machine's shell.
     bool hasLogged(const QByteArray &text)
     {
         return m_machine.run("grep -qF \"" + text + "\" /tmp/*.log").exitCode == 0;
     }
 
-    /// What halvexctl prints, as JSON; null after a message when it fails.
+    /// Returns the output of halvexctl, as JSON; null after a message if it fails.
     QJsonDocument console(const QString &arguments)
     {
         const GuestMachine::Answer answer =
@@ -273,7 +273,7 @@ private:
         return {};
     }
 
-    /// The drives that tell one, in alphabetical order.
+    /// Returns the drives with serial numbers, in alphabetical order.
     QString serialNumbers()
     {
         QStringList serials;

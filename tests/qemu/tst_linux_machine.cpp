@@ -8,7 +8,8 @@
 
 #include <QDir>
 
-/// The machine that this runs in as root: a virtual one without journal and syslog, whose places it takes.
+/// The virtual machine in which this runs as root. It has no journal and no syslog: the tests take their
+/// places.
 class TestLinuxMachine : public QObject
 {
     Q_OBJECT
@@ -45,7 +46,7 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(QStringLiteral("/run/systemd/journal")));
         const DatagramSocket journal(QStringLiteral("/run/systemd/journal/socket"));
         log.report(event);
-        // The journal's own format: a value of several lines stands behind its length.
+        // The journal's own format: the length, then a value of several lines.
         QCOMPARE(journal.receive(),
                  QByteArray("MESSAGE\n\x09\0\0\0\0\0\0\0hot\ndrive\n", 26) +
                      "PRIORITY=4\nSYSLOG_FACILITY=3\nSYSLOG_IDENTIFIER=halvex-monitor-service\n"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 
-// What the thread sanitizer is to pass and what it is to report, so that its silence about the service means
-// something: two ways for a thread to hand a value to the event loop's thread, the second of them wrong.
+// A program for the thread sanitizer, so that its silence about the service is meaningful: two ways for a
+// thread to pass a value to the event loop's thread, the second of them wrong.
 
 #include <QCoreApplication>
 #include <QThread>
@@ -18,9 +18,9 @@ namespace {
 
 using Work = std::function<void()>;
 
-int value = 0; ///< what is handed over
+int value = 0; ///< the value that is passed
 
-/// Has the event loop's thread do the work, show the value, and leave its loop.
+/// Runs the work on the event loop's thread, shows the value, and ends the loop.
 void showAfter(const Work &work)
 {
     const auto call = [work] {
@@ -37,7 +37,7 @@ void queuedCall()
     showAfter([] {});
 }
 
-/// Writes after it has handed over. The flag puts the threads in order for us and not for the sanitizer.
+/// Writes after passing the value. The flag orders the threads in fact, but not for the sanitizer.
 void afterTheCall()
 {
     static std::atomic<bool> isWritten{false};

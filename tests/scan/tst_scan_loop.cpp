@@ -9,14 +9,14 @@
 
 namespace {
 
-/// A drive that costs nothing: reads fail where a bad sector is touched.
+/// A drive in memory: a read fails if it touches a bad sector.
 class FakeDrive : public Drive
 {
 public:
     std::set<quint64> badSectors;
     quint64 size = std::numeric_limits<quint64>::max(); ///< bytes; reads across the end are short
     quint32 sector = 512; ///< bytes; a read of anything else than whole ones fails
-    int stopAtRead = -1;  ///< this read finds that a stop was requested meanwhile
+    int stopAtRead = -1;  ///< during this read a stop is requested
     quint32 error = system_error::kCrc;
     std::atomic<bool> stop{false};
     QStringList reads; ///< offset+length, in bytes
@@ -43,11 +43,11 @@ public:
     void cancel() override {}
 };
 
-/// A run, and what it told.
+/// A run and its callbacks.
 struct Run
 {
     ScanTotals totals;
-    QStringList blocks; ///< with "!" behind those that cannot be read
+    QStringList blocks; ///< followed by "!" if they cannot be read
     QStringList percents;
     int pauses = 0;
 };
@@ -77,7 +77,7 @@ QString readsOf(const SectorRange &range, int blockSize, quint32 driveSector = 5
                       : QStringLiteral("cannot be read");
 }
 
-/// Of 300 sectors in three blocks.
+/// Returns the blocks of a scan of 300 sectors in three blocks.
 QString blocksOf(const std::set<quint64> &badSectors, quint64 size, int stopAtRead = -1,
                  quint32 error = system_error::kCrc)
 {
@@ -90,7 +90,7 @@ QString blocksOf(const std::set<quint64> &badSectors, quint64 size, int stopAtRe
     return run.blocks.join(u' ') + QStringLiteral(": %1").arg(run.totals.sectorsDone);
 }
 
-/// Areas done, areas bad and pauses, in blocks of 512 sectors: an area is blocks 1 to 200.
+/// Returns areas done, bad areas and pauses, in blocks of 512 sectors: an area is blocks 1 to 200.
 QString areasOf(const SectorRange &range, const std::set<quint64> &badSectors, int stopAtRead = -1)
 {
     FakeDrive drive;
@@ -124,27 +124,27 @@ private Q_SLOTS:
         row("beyond 32 bits", readsOf({5000000000, 5000000000}, 65536), "2560000000000+512: 100");
 
         const quint64 whole = 1000000;
-        row("none bad", blocksOf({}, whole), "0-127 128-255 256-299: 300");
+        row("no bad sectors", blocksOf({}, whole), "0-127 128-255 256-299: 300");
         row("first sector of a block", blocksOf({128}, whole), "0-127 128-255! 256-299: 300");
         row("last sector of a block", blocksOf({127}, whole), "0-127! 128-255 256-299: 300");
         row("last block", blocksOf({299}, whole), "0-127 128-255 256-299!: 300");
         row("short read at the drive's end", blocksOf({}, 153088), "0-127 128-255 256-299!: 300");
         row("drive vanishes", blocksOf({}, 65536), "0-127 128-255! 256-299!: 300");
-        row("stop ends after the block in hand", blocksOf({128}, whole, 2), "0-127 128-255!: 256");
-        // Aborted without a stop of ours, the first block is the drive's failure.
+        row("stop ends after the block in progress", blocksOf({128}, whole, 2), "0-127 128-255!: 256");
+        // Cancelled without a stop request: the drive has failed.
         row("read cut off by the stop is no block",
             blocksOf({0, 128}, whole, 2, system_error::kOperationAborted), "0-127!: 128");
 
         const SectorRange twoAndAHalf{0, 255999};
         row("all readable", areasOf(twoAndAHalf, {}), "3 0 2");
         row("twice in an area", areasOf(twoAndAHalf, {50000, 60000}), "3 1 2");
-        row("in two areas", areasOf(twoAndAHalf, {50000, 150000}), "3 2 2");
+        row("bad sectors in two areas", areasOf(twoAndAHalf, {50000, 150000}), "3 2 2");
         row("last block of an area", areasOf(twoAndAHalf, {102399}), "3 1 2");
-        // An area is left when a block ends in the next one, and that block's failure still goes to it.
+        // An area is complete when a block ends in the next one; a failure of that block still belongs to it.
         row("both blocks at a border", areasOf(twoAndAHalf, {102399, 102400}), "3 1 2");
         row("in the area that the range ends in", areasOf(twoAndAHalf, {255999}), "3 0 2");
         row("stop in a bad area", areasOf(twoAndAHalf, {50000}, 150), "1 1 0");
-        row("stop in a good area behind a bad one", areasOf(twoAndAHalf, {50000}, 250), "2 1 1");
+        row("stop in a good area after a bad one", areasOf(twoAndAHalf, {50000}, 250), "2 1 1");
         row("stop with the first block of an area", areasOf(twoAndAHalf, {50000}, 201), "2 1 1");
         row("areas count from the drive's start", areasOf({102300, 103400}, {}), "2 0 1");
     }
@@ -155,7 +155,7 @@ private Q_SLOTS:
         QTEST(run, "expected");
     }
 
-    void sectorsThatCannotBeSoughtAreBad()
+    void sectorsBeyondTheLargestOffsetAreBad()
     {
         FakeDrive drive;
         const quint64 last = std::numeric_limits<qint64>::max();

@@ -12,16 +12,16 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Drives that do as they are told; shared with the threads that read them.
+/// The script of drives, shared with the threads that read them.
 class ScriptedDrives : public DriveSystem
 {
 public:
     quint32 openError = system_error::kNone;
     bool readable = true;
     bool heedsCancel = true;
-    QSemaphore reads; ///< one is taken by each read, which waits for it
+    QSemaphore reads; ///< each read waits for one permit
     std::atomic<bool> cancelled{false};
-    std::atomic<int> started{0}; ///< reads that were begun
+    std::atomic<int> started{0}; ///< reads that have started
 
     OpenReply open(const QString & /*path*/) override;
 };
@@ -86,7 +86,7 @@ struct Bench
             ++ended;
         });
     }
-    ~Bench() { script.reads.release(1000000); } // a test that fails must not wait for its scans
+    ~Bench() { script.reads.release(1000000); } // lets scans end when a test has failed
 
     bool start(const ScanRequest &request) { return workers.start(request, devices.at(request.device)); }
 
@@ -128,7 +128,7 @@ private Q_SLOTS:
         Bench bench;
         QVERIFY(!bench.start(request));
         bench.workers.publish(bench.devices);
-        QCOMPARE(bench.devices[0].scanPercent, 33); // a refused scan leaves the state alone
+        QCOMPARE(bench.devices[0].scanPercent, 33); // a refused scan does not change the state
     }
 
     void progressAndResult()
@@ -137,7 +137,7 @@ private Q_SLOTS:
         bench.script.readable = false;
         const DeviceRecord &device = bench.devices[1];
         QVERIFY(bench.start(kThreeBlocks));
-        QVERIFY(!bench.start(kThreeBlocks)); // one scan a device
+        QVERIFY(!bench.start(kThreeBlocks)); // one scan per device
 
         bench.script.reads.release(2);
         QTRY_COMPARE(int(bench.script.started), 3);
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(device.scanPercent, 100);
         QCOMPARE(device.badRanges.size(), 3);
 
-        // The next run starts afresh.
+        // The next run starts from zero.
         bench.script.readable = true;
         bench.script.reads.release();
         bench.scan({1, 512, 5, 5});
@@ -178,7 +178,7 @@ private Q_SLOTS:
     {
         Bench bench;
         QVERIFY(bench.start(kThreeBlocks));
-        bench.workers.requestStop(1); // most likely before the thread has opened the drive
+        bench.workers.requestStop(1); // usually before the thread has opened the drive
         bench.script.reads.release(kPlenty);
         QTRY_VERIFY(!bench.workers.isRunning(1));
         QCOMPARE(int(bench.script.started), 1);
@@ -194,7 +194,7 @@ private Q_SLOTS:
         while (bench.workers.isRunning(1)) {
             bench.workers.publish(bench.devices);
             QCoreApplication::processEvents();
-            // Every sector is bad, so the list tells how far the scan was at the same moment.
+            // Every sector is bad, so the list shows the progress at the same moment.
             if (!device.badRanges.isEmpty())
                 QCOMPARE(device.badRanges.last().last, device.scanCurrent);
         }

@@ -24,7 +24,7 @@ constexpr quint32 kStopPauseContinue = accepted_controls::kStop | accepted_contr
 struct Script
 {
     bool installed = true;
-    ServiceOutcome outcome = {}; ///< of every request but a control
+    ServiceOutcome outcome = {}; ///< of every request except a control
     ControlOutcome controlling = {true, {}, ServiceState::Stopped};
     QVector<ServiceState> states = {}; ///< one for each query; the last is repeated
     QVector<quint32> controls = {};    ///< delivered by the dispatcher after the start
@@ -39,7 +39,7 @@ public:
         : m_script(std::move(script))
     {}
 
-    QStringList requests;           ///< without those of the dispatcher
+    QStringList requests;           ///< without the dispatcher's requests
     QVector<bool> carriedOut;       ///< the client's result for each control
     QVector<ServiceStatus> reports; ///< guarded by m_mutex until the dispatcher has ended
 
@@ -321,7 +321,7 @@ private Q_SLOTS:
         Script script;
         script.controls = {2};
         Bench bench("", script);
-        bench.service->leavesAtOnce = true; // the start itself is then a request that nobody carries out
+        bench.service->leavesAtOnce = true; // a start request that is never carried out
         QCOMPARE(bench.service->exec(), 0);
         QCOMPARE(bench.manager->carriedOut, QVector<bool>{false});
         QCOMPARE(bench.service->calls, QStringList());

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Returns `text` with quotation marks in the place of apostrophes.
+/// Returns `text` with quotation marks in place of apostrophes.
 QByteArray quoted(const char *text)
 {
     return QByteArray(text).replace('\'', '"');
@@ -25,7 +25,7 @@ private Q_SLOTS:
     void refuses_data()
     {
         QTest::addColumn<QByteArray>("json");
-        QTest::addColumn<QString>("fault"); // how the message begins
+        QTest::addColumn<QString>("fault"); // the beginning of the message
         row("not JSON", QByteArray("{"), "byte 1: ");
         row("not an object", QByteArray("[]"), "must be a JSON object");
         row("unknown key", quoted("{'Listen': '127.0.0.1:1'}"), "Listen: this key is not known");
@@ -36,8 +36,8 @@ private Q_SLOTS:
         row("port as a text", quoted("{'services': [{'host': 'a', 'port': '5000'}]}"),
             "services[0].port: must be a number");
         row("fraction", quoted("{'pollSeconds': 5.5}"), "pollSeconds: must be a whole number from 5");
-        row("below the least", quoted("{'pollSeconds': 4}"), "pollSeconds: must be a whole number from 5");
-        row("above the most", quoted("{'retentionDays': 36501}"), "retentionDays: must be a whole");
+        row("below the minimum", quoted("{'pollSeconds': 4}"), "pollSeconds: must be a whole number from 5");
+        row("above the maximum", quoted("{'retentionDays': 36501}"), "retentionDays: must be a whole");
         row("flag as a number", quoted("{'open': 1}"), "open: must be true or false");
         row("address without a port", quoted("{'listen': '127.0.0.1'}"), "listen: must be ADDRESS:PORT");
         row("address as a name", quoted("{'listen': 'example.org:80'}"), "listen: must be ADDRESS:PORT");
@@ -87,7 +87,7 @@ private Q_SLOTS:
 
     void protectsOpenAddresses_data()
     {
-        QTest::addColumn<QByteArray>("further"); // keys beside the address
+        QTest::addColumn<QByteArray>("further"); // keys besides the address
         QTest::addColumn<bool>("starts");
         const QByteArray users = quoted("'users': [{'name': 'ann', 'role': 'operator', 'password': '") +
                                  QByteArray("pbkdf2-sha256:10000:") + QByteArray(16, 's').toBase64() + ':' +
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QTEST(bool(web::checkConfiguration(*configuration)), "starts");
     }
 
-    void optionsWin()
+    void optionsOverrideTheFile()
     {
         QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("web.json"));

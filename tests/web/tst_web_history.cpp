@@ -43,7 +43,7 @@ HistoryChanges firstPoll(const web::ServiceData &data)
     return web::compare({}, true, kService, data, kStart);
 }
 
-/// Writes one transaction after the other until it is killed.
+/// Writes one transaction after another until it is killed.
 int writeForEver(const QString &folder)
 {
     HistoryStore store(folder);
@@ -69,11 +69,11 @@ class TestWebHistory : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void tellsWhatHappened()
+    void recordsEvents()
     {
         auto data = fakeData();
         HistoryChanges known = firstPoll(*data);
-        QVERIFY(known.events.isEmpty()); // the drives of a new service are not news
+        QVERIFY(known.events.isEmpty()); // the first drives of a new service are not events
         QCOMPARE(known.attributes.size(), 4);
 
         const auto poll = [&](bool keepsAll = true) {
@@ -116,7 +116,7 @@ private Q_SLOTS:
     void takesFindingsOfThePolicy()
     {
         auto data = fakeData();
-        data->drives[0].temperature = 70; // which the policy has not found
+        data->drives[0].temperature = 70; // not a finding of the policy
         const HistoryChanges known = firstPoll(*fakeData());
         data->alerts = QJsonDocument::fromJson(
                            R"({"policy": "changes", "findings": [{"number": 1, "kind": "growth", "id": 5,
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(changes.events.first().drive, 1);
     }
 
-    void tellsEqualSerialsApart()
+    void distinguishesEqualSerials()
     {
         auto data = fakeData();
         data->drives[1].serial = data->drives[0].serial;
@@ -169,7 +169,7 @@ private Q_SLOTS:
         QVERIFY(store.events(QStringLiteral("other"), 0, kStart + 60, 10).isEmpty());
     }
 
-    void removesWhatIsOld()
+    void removesOldRecords()
     {
         QTemporaryDir folder;
         HistoryStore store(folder.path());
@@ -185,15 +185,15 @@ private Q_SLOTS:
         QVERIFY(store.removeBefore(kStart + 100));
         QVERIFY(store.events({}, 0, kStart + 100, 10).isEmpty());
         const auto kept = store.attributeChanges(changes.drives.first().key, 5, 0, kStart + 100);
-        QCOMPARE(kept.size(), 1); // the value that still holds
+        QCOMPARE(kept.size(), 1); // the value that is still valid
         QCOMPARE(kept.first().value.raw, kStart + 20);
     }
 
     void setsADamagedFileAside_data()
     {
-        QTest::addColumn<int>("offset"); // where the file is overwritten
+        QTest::addColumn<int>("offset"); // of the overwritten bytes
         row("header", 0);
-        row("all but the header", 4096);
+        row("after the header", 4096);
     }
 
     void setsADamagedFileAside()
@@ -214,13 +214,13 @@ private Q_SLOTS:
         HistoryStore store(folder.path());
         QVERIFY(store.open());
         HistoryChanges again = firstPoll(*fakeData());
-        (void)store.add(again, kStart); // meets the damage, at the latest
+        (void)store.add(again, kStart); // detects the damage at the latest
         QVERIFY(store.add(again, kStart));
         const QStringList aside = QDir(folder.path()).entryList({QStringLiteral("history.db.damaged-*")});
         QVERIFY(!aside.isEmpty());
     }
 
-    /// A file size limit of the process takes the place of a full disk.
+    /// A file size limit of the process replaces a full disk.
     void survivesAFullDisk()
     {
         QTemporaryDir folder;
@@ -237,7 +237,7 @@ private Q_SLOTS:
         const auto added = store.add(changes, kStart);
         setrlimit(RLIMIT_FSIZE, &limit);
         QVERIFY(!added);
-        QVERIFY(store.knownDrives().isEmpty()); // nothing of it is left
+        QVERIFY(store.knownDrives().isEmpty()); // the failed transaction left nothing
         QVERIFY(store.add(changes, kStart));
         QCOMPARE(store.events({}, kStart, kStart, 1000).size(), 500);
     }
@@ -260,7 +260,7 @@ private Q_SLOTS:
         QVERIFY(store.open());
         const auto events = store.events({}, 0, kStart * 2, 1000000);
         QVERIFY(events.first().time >= reported);
-        QCOMPARE(Timestamp(events.size()), events.first().time - kStart + 1); // whole, without a gap
+        QCOMPARE(Timestamp(events.size()), events.first().time - kStart + 1); // complete, without a gap
         QCOMPARE(store.knownDrives().first().attributes.value(5).raw, events.first().time);
     }
 };

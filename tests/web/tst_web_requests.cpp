@@ -17,13 +17,13 @@ using web::HttpResponse;
 
 namespace {
 
-/// Returns `text` with quotation marks in the place of apostrophes.
+/// Returns `text` with quotation marks in place of apostrophes.
 QByteArray quoted(const char *text)
 {
     return QByteArray(text).replace('\'', '"');
 }
 
-/// Keeps the work that handlers start.
+/// Stores the work that handlers start.
 class FakeGateway : public web::ServiceGateway
 {
 public:
@@ -134,7 +134,7 @@ private Q_SLOTS:
         QVERIFY(!m_gateway->m_work);
     }
 
-    void stopsServingWhatIsOld()
+    void marksStaleServices()
     {
         auto old = std::make_shared<web::ServiceSnapshot>(*m_snapshot.services.first());
         old->missedPolls = 3;
@@ -225,7 +225,7 @@ private Q_SLOTS:
         QVERIFY2(header.endsWith("; HttpOnly; SameSite=Strict; Secure"), header);
         const QByteArray token =
             header.mid(header.indexOf('=') + 1, header.indexOf(';') - header.indexOf('=') - 1);
-        QVERIFY(token != "chosen-by-another"); // a session that somebody prepared is never used
+        QVERIFY(token != "chosen-by-another"); // a session prepared by an attacker is never used
         QVERIFY(text("GET /api/v1/session", token).contains(quoted("'role':'operator'")));
         respond(parse("POST /logout\nContent-Type: application/json", token));
         QVERIFY(text("GET /api/v1/session", token).contains(quoted("'role':null")));
@@ -241,7 +241,7 @@ private Q_SLOTS:
             QCOMPARE(respond(login).status, 401);
         QCOMPARE(respond(login).status, 429);
         login.peer = QHostAddress(QStringLiteral("192.0.2.9"));
-        QCOMPARE(respond(login).status, 401); // another address has attempts of its own
+        QCOMPARE(respond(login).status, 401); // each address has attempts of its own
         m_now = m_now.addSecs(60);
         login.peer = QHostAddress(QHostAddress::LocalHost);
         QCOMPARE(respond(login).status, 401);
@@ -277,7 +277,7 @@ private Q_SLOTS:
                                  quoted(",attribute_id='5',attribute_name='Reallocated_Sector_Ct',attribute_"
                                         "flags_short='PO--CK',attribute_flags_long='prefailure,updated_"
                                         "online,event_count,auto_keep',attribute_value_type='raw'} 7")));
-        QVERIFY(metrics.contains("device=\"ata-A_B_C__b__S0-1\"")); // told apart by the index
+        QVERIFY(metrics.contains("device=\"ata-A_B_C__b__S0-1\"")); // distinguished by the index
         QCOMPARE(metrics.count("smartctl_device_temperature{"), 1);
         QCOMPARE(metrics.count("smartctl_device_power_on_seconds{"), 1);
         const QList<QByteArray> lines = metrics.split('\n');
@@ -358,7 +358,7 @@ private:
         return parse(text + "\nContent-Type: application/json", token);
     }
 
-    /// Returns the response, waiting for it where it comes later, and the whole text of a chunked one.
+    /// Returns the response, waiting for it if it is delayed, with the whole text of a chunked one.
     HttpResponse respond(const HttpRequest &request)
     {
         const web::Site site{m_configuration,

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A history of drive 0: each record is "MMddhhmmss" of 2026 and a temperature.
+/// Returns a history of drive 0: each record is "MMddhhmmss" of 2026 and a temperature.
 client::TemperatureHistory history(const QVector<QPair<QString, int>> &records)
 {
     client::TemperatureHistory result;
@@ -92,11 +92,11 @@ private Q_SLOTS:
         QCOMPARE(web::temperatureCsv(records, {0, 0, query.to, 1}, utc).count('\n'), 4);
     }
 
-    void meansTheLastDay()
+    void defaultPeriodIsTheLastDay()
     {
         web::HourlyTemperatures hours;
         const qint64 now = 1000 * 3600 + 1800;
-        hours.add(0, now - 24 * 3600, 10); // one hour too old
+        hours.add(0, now - 24 * 3600, 10); // one hour older than kept
         hours.add(0, now - 23 * 3600, 20);
         hours.add(0, now, 30);
         hours.add(0, now + 1, 33);
@@ -190,7 +190,7 @@ private Q_SLOTS:
         const QVector<QHostAddress> proxies{QHostAddress(QStringLiteral("10.0.0.1")),
                                             QHostAddress(QStringLiteral("10.0.0.2"))};
         QTEST(web::clientAddress(proxies.first(), forwarded, proxies).toString(), "client");
-        const QHostAddress stranger(QStringLiteral("203.0.113.5")); // whose header does not count
+        const QHostAddress stranger(QStringLiteral("203.0.113.5")); // its header is ignored
         QCOMPARE(web::clientAddress(stranger, forwarded, proxies), stranger);
     }
 };

@@ -17,7 +17,7 @@
 
 #include <memory>
 
-/// The limit for anything that must happen; only a failing test takes as long.
+/// Limit of every wait; only a failing test takes as long.
 constexpr int kPatienceMs = 60000;
 
 /// Runs a program to its end. Returns its output, with bare line feeds, and its exit code if that is not 0.
@@ -32,8 +32,8 @@ inline QString runProgram(const QString &path, const QStringList &arguments)
     return process.exitCode() == 0 ? output : output + "exit code " + QString::number(process.exitCode());
 }
 
-/// The built programs, copied into a folder of their own, for this machine's service manager. There is one
-/// such service on a machine: whatever is installed when this begins or ends is stopped and removed.
+/// The built programs, copied into a folder of their own, and this machine's service manager. A machine has
+/// one such service: the constructor and the destructor stop and remove an installed one.
 class ServiceInstallation
 {
 public:
@@ -48,18 +48,18 @@ public:
     ServiceInstallation(const ServiceInstallation &) = delete;
     ServiceInstallation &operator=(const ServiceInstallation &) = delete;
 
-    /// The path of a file beside the programs, with the system's separators.
+    /// Returns the path of a file beside the programs, with the system's separators.
     [[nodiscard]] QString path(const QString &fileName) const
     {
         return QDir::toNativeSeparators(m_directory.filePath(kName + '/' + fileName));
     }
 
-    /// Runs the service's program, or halvexctl. The arguments have a blank between them.
+    /// Runs the service's program, or halvexctl, with arguments separated by blanks.
     QString run(const QString &options) const
     {
         return runProgram(path("HalvexLocalService.exe"), options.split(' ', Qt::SkipEmptyParts));
     }
-    /// Starts the program as a regular application; Wine's tracing of it goes to $HALVEX_TRACE.
+    /// Starts the program as a regular application. Wine writes its trace to $HALVEX_TRACE.
     [[nodiscard]] std::unique_ptr<QProcess> execute(const QString &wineDebug) const
     {
         auto process = std::make_unique<QProcess>();
@@ -86,7 +86,7 @@ public:
         return true;
     }
 
-    /// The service's key in the registry. It may be another one after each installation.
+    /// Opens the service's key in the registry, which each installation replaces.
     [[nodiscard]] QSettings key() const
     {
         return {"HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\" + kName, QSettings::NativeFormat};
@@ -99,14 +99,14 @@ public:
     }
     [[nodiscard]] bool start() { return m_manager.start(kName, {}).ok() && waitFor(ServiceState::Running); }
     [[nodiscard]] bool stop() { return run("-terminate").isEmpty() && waitFor(ServiceState::Stopped); }
-    /// start(), and wait until the first detection has ended.
+    /// Calls start() and waits until the first detection has ended.
     [[nodiscard]] bool serve()
     {
         return start() &&
                QTest::qWaitFor([this] { return greetingOverTcp().startsWith("VER]!["); }, kPatienceMs);
     }
 
-    /// The first line that a new console gets.
+    /// Returns the first line of a new connection.
     [[nodiscard]] QString greetingOverTcp() const { return ask({}); }
     [[nodiscard]] static QString greetingOverPipe()
     {
@@ -114,7 +114,7 @@ public:
         socket.connectToServer("HalvexService001");
         return readLine(socket);
     }
-    /// The answer that a new console gets to its first request; its greeting when there is none.
+    /// Returns the answer to the first request of a new connection, or its greeting if there is none.
     [[nodiscard]] QString ask(const QString &request) const
     {
         QTcpSocket socket;

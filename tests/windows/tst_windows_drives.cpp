@@ -24,7 +24,7 @@ using stand_in::DriveFile;
 
 const QString kDriver = "HalvexStandIn";
 
-/// A drive of 8 MB that has one attribute, its temperature.
+/// Returns a drive of 8 MB with one attribute, its temperature.
 DriveFile makeDrive(quint32 refused = 0, quint8 celsius = 40)
 {
     DriveFile drive{};
@@ -78,7 +78,7 @@ void put(unsigned number, const DriveFile &drive)
 
 Q_DECLARE_METATYPE(stand_in::DriveFile)
 
-/// The built service on drives that a driver stands for, through the system's own control requests.
+/// The built service on the drives of a stand-in driver, through the system's own control requests.
 class TestWindowsDrives : public QObject
 {
     Q_OBJECT
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QFETCH(QString, device);
         QFETCH(QString, attributes);
         put(3, drive);
-        put(5, makeDrive(kDriveGeometry)); // nobody knows what that is
+        put(5, makeDrive(kDriveGeometry)); // an unknown control code
         QVERIFY(m_service->serve());
         QCOMPARE(ask("DEVCOUNT"), "DEVCOUNT,1");
         const QString info = ask("DEVINFO]![0");
@@ -174,7 +174,7 @@ private Q_SLOTS:
         const QString before = ask("SMARTINFO]![0");
         pull(1);
         ask("REFRESH");
-        QCOMPARE(ask("SMARTINFO]![0"), before); // what was last known of it
+        QCOMPARE(ask("SMARTINFO]![0"), before); // its last known values
         m_service->run("-command 0");
         QTRY_COMPARE_WITH_TIMEOUT(ask("DEVCOUNT"), "DEVCOUNT,1", kPatienceMs);
         put(1, makeDrive());
@@ -182,24 +182,24 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(ask("DEVCOUNT"), "DEVCOUNT,2", kPatienceMs);
     }
 
-    void givesUpRequestsThatHang()
+    void timesOutHungRequests()
     {
         put(0, predictingDrive(40, kPredictFailure));
         put(1, predictingDrive(40));
-        QVERIFY(m_service->serve()); // the first read of the hung drive is given up
+        QVERIFY(m_service->serve()); // the first read of the hung drive times out
         QCOMPARE(ask("SMARTINFO]![0"), "SMARTINFO_OK,0,{}");
         QCOMPARE(ask("SMARTINFO]![1"), "SMARTINFO_OK,1,{194~1~0~100~40~99~0}");
 
         put(1, predictingDrive(41, kPredictFailure));
-        ask("REFRESH"); // and so is a later one
+        ask("REFRESH"); // and so does a later one
         QCOMPARE(ask("SMARTINFO]![1"), "SMARTINFO_OK,1,{194~1~0~100~40~99~0}");
-        // A reader that could not be called back would keep the drive from being asked again.
+        // A reader that could not be cancelled would keep the drive from being read again.
         put(1, predictingDrive(42));
         ask("REFRESH");
         QCOMPARE(ask("SMARTINFO]![1"), "SMARTINFO_OK,1,{194~1~0~100~42~99~0}");
     }
 
-    /// Wine stores no events, but traces the calls.
+    /// Wine does not store events, but traces the calls.
     void reportsEvents()
     {
         put(0, makeDrive(0, 70)); // above the critical temperature
@@ -215,7 +215,7 @@ private Q_SLOTS:
         // Source; then type, category and ID.
         const QString start = "Halvex Service: 00000000 00000000 00000000";
         const QString alert = "Halvex: 00000001 00000000 00000003";
-        QCOMPARE(tracedEvents(), QStringList({start, start, alert, alert})); // SET evaluates as well
+        QCOMPARE(tracedEvents(), QStringList({start, start, alert, alert})); // SET evaluates, too
     }
 
     void stopsDuringAReadThatHangs()

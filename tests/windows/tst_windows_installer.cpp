@@ -29,7 +29,7 @@ QString installation(const QString &name)
 
 } // namespace
 
-/// The installer and its uninstaller, silent as an administrator's tools run them.
+/// The installer and its uninstaller, run silently as by an administrator's tools.
 class TestWindowsInstaller : public QObject
 {
     Q_OBJECT
@@ -38,15 +38,15 @@ private Q_SLOTS:
     void installsUpgradesAndUninstalls()
     {
         install("/FIREWALL");
-        // With what the service has written itself by now.
+        // The service has written its own values by now.
         QCOMPARE(files(), "HalvexLocalService.exe LICENSE.txt halvexctl.exe temperature.log uninstall.exe");
         QCOMPARE(installation("DisplayVersion"), HALVEX_VERSION);
         QVERIFY(QFile::exists(installation("InstallLocation") + "/uninstall.exe"));
 
-        // A running service would write its own over it.
+        // A running service would overwrite the test's values.
         QVERIFY(m_machine.stop());
         m_machine.key().setValue("Port", 5001);
-        install(); // over the first
+        install(); // over the first installation
         QCOMPARE(m_machine.key().value("Port").toInt(), 5001);
 
         uninstall("/S", "HalvexService.ini temperature.log");
@@ -66,7 +66,7 @@ private:
         QTRY_VERIFY_WITH_TIMEOUT(ServiceInstallation::greetingOverPipe().startsWith("VER]![Halvex Service v"),
                                  kPatienceMs);
     }
-    /// The uninstaller goes on in a copy of itself, which nobody can wait for but by what it leaves.
+    /// The uninstaller continues in a copy of itself, so the tests wait for the removal of its files.
     void uninstall(const QString &option, const QString &left)
     {
         QCOMPARE(runProgram(kUninstaller, {"/S", option}), QString());

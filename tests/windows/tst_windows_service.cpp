@@ -9,7 +9,7 @@
 
 #include <QFile>
 
-/// The built service in the hands of the service manager, and the consoles' two ways to it.
+/// The built service under the service manager, and both transports of consoles.
 class TestWindowsService : public QObject
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ private Q_SLOTS:
         QStringList values;
         for (const char *name : {"ImagePath", "Description", "ObjectName", "Start", "Type"})
             values << service.key().value(name).toString();
-        // It starts by itself, and is a process of its own, interactive.
+        // It starts automatically, in a process of its own, and is interactive.
         QCOMPARE(values, QStringList({program, "Halvex Local Service", "LocalSystem", "2", "272"}));
 
         QCOMPARE(service.run("-install"), "The service Halvex Service is already installed\n");
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QVERIFY(!volumes.space("Q:\\") && !volumes.information("Q:\\") && !volumes.volumeNameAt("Q:\\"));
     }
 
-    void livesUnderTheManager()
+    void runsUnderTheManager()
     {
         ServiceInstallation service;
         QVERIFY(service.install());
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QVERIFY(service.run("-version").endsWith("\n\nis installed and running\n\n"));
         const QString greeting = service.greetingOverTcp();
         QVERIFY2(greeting.startsWith("VER]![Halvex Service v 5.0.5"), qPrintable(greeting));
-        // All but the console's own number.
+        // Without the console's own number.
         const auto common = [](const QString &line) { return line.section("]![", 0, 19); };
         QCOMPARE(common(ServiceInstallation::greetingOverPipe()), common(greeting));
 
@@ -90,22 +90,22 @@ private Q_SLOTS:
         QVERIFY(service.waitFor(ServiceState::Running));
         QVERIFY(service.greetingOverTcp().startsWith("VER]!["));
 
-        QCOMPARE(service.run("-terminate"), QString()); // it has stopped, or there would be a warning
+        QCOMPARE(service.run("-terminate"), QString()); // it has stopped: otherwise there would be a warning
         QVERIFY(service.run("-version").endsWith("and not running\n\n"));
-        QVERIFY(service.serve()); // once more
+        QVERIFY(service.serve()); // a second start
     }
 
     void readsItsKey_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QVariant>("stored");
-        QTest::addColumn<int>("used"); // what a service that has read it writes back
+        QTest::addColumn<int>("used"); // the values that a service that has read it writes back
         row("number", "FreeSpacePollInterval", QVariant(360000), 360000);
         row("highest bit", "SMARTPollInterval", QVariant(-1), 180);
         row("text", "SMARTPollInterval", QVariant("60"), 180);
         row("64 bits", "FreeSpacePollInterval", QVariant(qlonglong(60)), 300);
         row("list of texts", "Port", QVariant(QStringList{"6000"}), 5000);
-        row("absent", "Port", QVariant(), 5000);
+        row("missing", "Port", QVariant(), 5000);
     }
 
     void readsItsKey()

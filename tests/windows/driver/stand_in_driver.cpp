@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 
-// A kernel-mode driver for the tests: \\.\PhysicalDriveN for N from 0 on, in the place of whatever had these
-// names, each answering as its file says. It builds its answers with the system's own declarations, which
-// makes it a witness against the byte layouts that the service brings along.
+// A kernel-mode driver for the tests: it replaces \\.\PhysicalDriveN for N from 0 on, and each drive answers
+// as its file describes. It builds its answers with the system's own declarations, and so verifies the byte
+// layouts of the service.
 
 #include "windows/driver/drive_file.h"
 
 #include <intrin.h>
-// mingw's headers define these twice, which C++ does not take.
+// mingw's headers define these twice, which is an error in C++.
 #define InterlockedBitTestAndSet ddkBitTestAndSet
 #define InterlockedBitTestAndReset ddkBitTestAndReset
 extern "C" {
 #include <ntddk.h>
-// The order matters to these.
+// These must be included in this order.
 #include <ntdddisk.h>
 #include <ntddscsi.h>
 #include <ntddstor.h>
@@ -142,7 +142,7 @@ Ending descriptor(const Request &request)
     return give(request, answer);
 }
 
-/// The sector that an ATA command reads; null for a command that the drive does not know.
+/// Returns the sector that an ATA command reads; null for a command that the drive does not support.
 const UCHAR *sectorFor(const DriveFile &drive, const IDEREGS &registers)
 {
     if (registers.bCommandReg == ID_CMD)
@@ -155,7 +155,7 @@ const UCHAR *sectorFor(const DriveFile &drive, const IDEREGS &registers)
     return registers.bFeaturesReg == READ_THRESHOLDS ? drive.smartThresholds : nullptr;
 }
 
-/// CHECK POWER MODE, a command without data: the sector count is its answer.
+/// Answers CHECK POWER MODE, a command without data, in the sector count register.
 Ending powerMode(const Request &request, IDEREGS &registers)
 {
     registers.bFeaturesReg = 0;
