@@ -20,7 +20,7 @@ DeviceList largeMachine()
     attribute.threshold = 6;
     attribute.raw = 123456789;
     DeviceRecord device;
-    device.attributes = QVector<AttributeEntry>(30, attribute);
+    device.smart.attributes = QVector<AttributeEntry>(30, attribute);
     return DeviceList(99, device);
 }
 
@@ -29,7 +29,7 @@ QString joinedAttributes(const DeviceList &devices)
 {
     QStringList texts;
     for (int i = 0; i < devices.size(); ++i)
-        texts += payload::smartAttributes(i, devices[i].attributes);
+        texts += payload::smartAttributes(i, devices[i].smart.attributes);
     return texts.join(kItemSeparator);
 }
 
@@ -45,7 +45,7 @@ QString filledPlaceholders(const DeviceList &devices)
 {
     QStringList items;
     for (int i = 0; i < devices.size(); ++i) {
-        for (const AttributeEntry &attribute : devices[i].attributes) {
+        for (const AttributeEntry &attribute : devices[i].smart.attributes) {
             items += QStringLiteral("%1~;%2~;%3~;%4~;%5~;%6~;%7~;%8~;%9~;%10")
                          .arg(i)
                          .arg(attribute.id)

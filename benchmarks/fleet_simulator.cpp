@@ -55,19 +55,18 @@ DeviceRecord drive(int service, int number)
     device.ataVersion = QStringLiteral("ACS-3");
     device.capacity = 8001563222016;
     device.bytesPerSector = 512;
-    device.smartSupported = device.smartEnabled = device.smartState = 1;
-    device.lastRead = LastRead::Answered;
-    device.powerOnRaw = 20000;
-    device.lifeTimeUnit = 1;
-    device.statusLevel = level::kFine;
-    device.health = 100;
+    device.smartSupported = device.smartEnabled = 1;
+    device.rating = {level::kFine, 100};
+    device.smart.fullRead = FullRead::Attributes;
+    device.smart.lastRead = LastRead::Answered;
+    device.smart.powerOn = {20000, PowerOnCounter::Unit::Hours, false};
     for (const quint32 id : kAttributes)
-        device.attributes.append(attribute(id));
-    device.attributeCount = device.attributes.size();
+        device.smart.attributes.append(attribute(id));
+    device.smart.attributeCount = device.smart.attributes.size();
     return device;
 }
 
-/// Temperatures of the last day, as the service logs them.
+/// Returns the temperatures of the last day, as the service logs them.
 QByteArray temperatureLog(int drives)
 {
     QByteArray log;
@@ -106,11 +105,11 @@ public:
     void changeTemperatures()
     {
         for (DeviceRecord &device : m_target.deviceList) {
-            device.hasTemperature = true;
-            device.temperature = QRandomGenerator::global()->bounded(30, 34);
-            for (AttributeEntry &entry : device.attributes) {
+            device.smart.hasTemperature = true;
+            device.smart.temperature = QRandomGenerator::global()->bounded(30, 34);
+            for (AttributeEntry &entry : device.smart.attributes) {
                 if (entry.id == 194)
-                    entry.raw = quint64(device.temperature);
+                    entry.raw = quint64(device.smart.temperature);
             }
         }
     }

@@ -133,13 +133,13 @@ quint64 lastSector(quint64 capacity)
 void setInitialState(DeviceRecord &device, const QDateTime &now)
 {
     const quint64 last = lastSector(device.capacity);
-    device.scanPercent = 0;
-    device.scanFirst = 0;
-    device.scanCurrent = last;
-    device.scanTime = QDateTime(kNoDate, QTime(0, 0));
-    device.schedRange = {0, last};
-    device.schedDate = now.date();
-    device.schedTime = now.time();
+    device.scan.percent = 0;
+    device.scan.first = 0;
+    device.scan.current = last;
+    device.scan.time = QDateTime(kNoDate, QTime(0, 0));
+    device.scheduleRange = {0, last};
+    device.schedule.date = now.date();
+    device.schedule.time = now.time();
 }
 
 /// Returns the drive at the place in the list that `text` gives; null if there is none.
@@ -153,8 +153,8 @@ void setSchedule(DeviceRecord &device, quint32 secondsSinceEpoch)
 {
     const bool valid = secondsSinceEpoch != kNoScheduledMoment;
     const QDateTime moment = valid ? QDateTime::fromSecsSinceEpoch(secondsSinceEpoch) : QDateTime();
-    device.schedDate = moment.date();
-    device.schedTime = moment.time();
+    device.schedule.date = moment.date();
+    device.schedule.time = moment.time();
 }
 
 void readDiskLine(const QString &value, DeviceList &devices)
@@ -165,9 +165,9 @@ void readDiskLine(const QString &value, DeviceList &devices)
     DeviceRecord *device = namedDevice(devices, fields[0]);
     if (!device)
         return;
-    device->schedRange = {quint64(fields[1].toLongLong()), quint64(fields[2].toLongLong())};
-    device->schedKind = fields[3].toInt();
-    device->schedParam = fields[4].toInt();
+    device->scheduleRange = {quint64(fields[1].toLongLong()), quint64(fields[2].toLongLong())};
+    device->schedule.kind = ScheduleKind(fields[3].toInt());
+    device->schedule.weekday = fields[4].toInt();
     setSchedule(*device, fields[5].toUInt());
 }
 
@@ -192,26 +192,26 @@ void readScanLine(const QString &value, DeviceList &devices)
     DeviceRecord *device = namedDevice(devices, fields[0]);
     if (!device)
         return;
-    device->scanError = 0;
-    device->scanPercent = fields.value(2).toInt();
-    device->scanFirst = fields.value(3).toULongLong();
-    device->scanCurrent = fields.value(4).toULongLong();
+    device->scan.hasOpenFailed = false;
+    device->scan.percent = fields.value(2).toInt();
+    device->scan.first = fields.value(3).toULongLong();
+    device->scan.current = fields.value(4).toULongLong();
     const DateAndTime scanTime = parseDateTime(fields.value(5));
-    device->scanTime = QDateTime(scanTime.date, scanTime.time);
-    device->badRanges =
+    device->scan.time = QDateTime(scanTime.date, scanTime.time);
+    device->scan.badRanges =
         fields.size() == kScanFieldsWithRanges ? badRangesFromText(fields[6]) : QVector<SectorRange>();
 }
 
 quint32 scheduledSeconds(const DeviceRecord &device)
 {
-    if (!device.schedTime.isValid())
+    if (!device.schedule.time.isValid())
         return kNoScheduledMoment;
-    QDate date = device.schedDate.isValid() ? device.schedDate : kNoDate;
+    QDate date = device.schedule.date.isValid() ? device.schedule.date : kNoDate;
     // Only the time of day of a daily or weekly schedule counts. On a day on which the clock skips that time
     // it would be read back as another one.
     const bool isRepeated =
-        device.schedKind == schedule_kind::kDaily || device.schedKind == schedule_kind::kWeekly;
-    const QTime time = device.schedTime.addMSecs(-device.schedTime.msec());
+        device.schedule.kind == ScheduleKind::Daily || device.schedule.kind == ScheduleKind::Weekly;
+    const QTime time = device.schedule.time.addMSecs(-device.schedule.time.msec());
     while (isRepeated &&
            QDateTime::fromSecsSinceEpoch(QDateTime(date, time).toSecsSinceEpoch()).time() != time)
         date = date.addDays(1);
@@ -222,10 +222,10 @@ QString diskLine(int index, const DeviceRecord &device)
 {
     return kDiskKey + QStringLiteral("%1!%2!%3!%4!%5!%6")
                           .arg(index)
-                          .arg(qint64(device.schedRange.first))
-                          .arg(qint64(device.schedRange.last))
-                          .arg(device.schedKind)
-                          .arg(device.schedParam)
+                          .arg(qint64(device.scheduleRange.first))
+                          .arg(qint64(device.scheduleRange.last))
+                          .arg(int(device.schedule.kind))
+                          .arg(device.schedule.weekday)
                           .arg(scheduledSeconds(device));
 }
 
@@ -233,11 +233,11 @@ QString scanLine(int index, const DeviceRecord &device)
 {
     QString line = kScanKey + QStringLiteral("%1;0;%2;%3;%4;%5;")
                                   .arg(index)
-                                  .arg(device.scanPercent)
-                                  .arg(device.scanFirst)
-                                  .arg(device.scanCurrent)
-                                  .arg(device.scanTime.toString(kDateTimeFormat));
-    for (const SectorRange &range : device.badRanges)
+                                  .arg(device.scan.percent)
+                                  .arg(device.scan.first)
+                                  .arg(device.scan.current)
+                                  .arg(device.scan.time.toString(kDateTimeFormat));
+    for (const SectorRange &range : device.scan.badRanges)
         line += QString::number(range.first) + u'-' + QString::number(range.last) + u',';
     return line;
 }
@@ -264,17 +264,10 @@ void readDriveState(const QByteArray &file, DeviceList &devices, const QDateTime
 void copyDriveState(const DeviceList &from, DeviceList &to)
 {
     for (int i = 0; i < std::min(from.size(), to.size()); ++i) {
-        to[i].schedRange = from[i].schedRange;
-        to[i].schedKind = from[i].schedKind;
-        to[i].schedParam = from[i].schedParam;
-        to[i].schedDate = from[i].schedDate;
-        to[i].schedTime = from[i].schedTime;
-        to[i].scanError = 0;
-        to[i].scanPercent = from[i].scanPercent;
-        to[i].scanFirst = from[i].scanFirst;
-        to[i].scanCurrent = from[i].scanCurrent;
-        to[i].scanTime = from[i].scanTime;
-        to[i].badRanges = from[i].badRanges;
+        to[i].schedule = from[i].schedule;
+        to[i].scheduleRange = from[i].scheduleRange;
+        to[i].scan = from[i].scan;
+        to[i].scan.hasOpenFailed = false;
     }
 }
 

@@ -11,8 +11,8 @@
 
 namespace {
 
-/// A read that identifies the drive, and reads its S.M.A.R.T. data unless it needs its place in the device
-/// list.
+/// A read that identifies the drive. It also reads the S.M.A.R.T. data, unless the request needs the drive's
+/// place in the device list.
 SmartRead probeOf(int number)
 {
     SmartRead read;
@@ -40,7 +40,7 @@ QString nameOf(const DetectedDrive &drive)
     return QStringList{QStringLiteral("Drive"), drive.path, drive.model, drive.serial}.join(QLatin1Char(' '));
 }
 
-/// Whether a request has hung.
+/// Returns whether a request has hung.
 bool didNotReturn(const DriveReading &reading)
 {
     return reading.error == system_error::kSemTimeout || reading.error == system_error::kBusy;
@@ -86,11 +86,12 @@ std::optional<SmartRead> ATA_Smart::readOf(int index, bool force) const
 {
     const DeviceRecord &device = m_devices.at(index);
     SmartRead read = fullReadOf(device, index);
-    read.thresholds = device.smartState < 1;
+    read.thresholds = device.smart.fullRead != FullRead::Attributes;
     read.leaveAsleep = m_leavesAsleep && !force;
-    read.identify = device.smartState < 0 || device.accessMethod == AccessMethod::None;
-    const bool isRead = device.smartState > 0 ? force || device.monitored != 0
-                                              : !force && device.monitored != 0 && read.identify;
+    read.identify = device.smart.fullRead == FullRead::Never || device.accessMethod == AccessMethod::None;
+    const bool isRead = device.smart.fullRead == FullRead::Attributes
+                            ? force || device.monitored != 0
+                            : !force && device.monitored != 0 && read.identify;
     return isRead ? std::make_optional(read) : std::nullopt;
 }
 
@@ -107,12 +108,12 @@ void ATA_Smart::applyReading(DeviceRecord &device, const DriveReading &reading)
     if (reading.device && (reading.sectors || device.accessMethod == AccessMethod::None))
         static_cast<DetectedDrive &>(device) = *reading.device;
     if (reading.isAsleep) {
-        device.lastRead = LastRead::Asleep;
+        device.smart.lastRead = LastRead::Asleep;
         return;
     }
     if (!reading.sectors) {
-        device.lastRead = LastRead::Failed;
-        if (device.smartState > 0 || reading.error != system_error::kNotSupported)
+        device.smart.lastRead = LastRead::Failed;
+        if (device.smart.fullRead == FullRead::Attributes || reading.error != system_error::kNotSupported)
             m_faults.failed(device.path, nameOf(device), reading.error);
         return;
     }
@@ -120,7 +121,7 @@ void ATA_Smart::applyReading(DeviceRecord &device, const DriveReading &reading)
         smart_sectors::applySynchronousRead(device, ByteView(reading.sectors->data));
     else
         smart_sectors::applyFullRead(device, *reading.sectors);
-    device.lastRead = LastRead::Answered;
+    device.smart.lastRead = LastRead::Answered;
     m_faults.answered(device.path);
 }
 
@@ -168,13 +169,13 @@ const DeviceRecord *ATA_Smart::listed(int probeNumber) const
 
 void ATA_Smart::terminate_S_thread(int i)
 {
-    passReading(i, WorkEnd::TimedOut);
+    finishReader(i, WorkEnd::TimedOut);
     m_workers.abandon(i);
 }
 
 void ATA_Smart::finishedReadSMART(int i)
 {
-    passReading(i, WorkEnd::Done);
+    finishReader(i, WorkEnd::Done);
 }
 
 void ATA_Smart::stopTimer(int i)
@@ -189,7 +190,7 @@ void ATA_Smart::S_thread_terminated()
     if (!m_found.empty())
         listFoundDrives();
     if (m_runningReaders > 0)
-        return; // those that need their place in the list are read now
+        return; // drives whose requests need their place in the list
     m_devices = std::exchange(m_detected, {});
     Q_EMIT finishedScanSMART();
 }
@@ -222,7 +223,7 @@ void ATA_Smart::listDrive(const DriveReading &reading)
         return;
     }
     if (m_deadline.hasExpired())
-        return; // another drive hangs; hasUnreadDrives() has this one read
+        return; // another drive hangs; hasUnreadDrives() reports this one
     ++m_runningReaders;
     const auto done = [this, index](const DriveReading &read) {
         applyReading(m_detected[index], read);
@@ -234,10 +235,10 @@ void ATA_Smart::listDrive(const DriveReading &reading)
 bool ATA_Smart::hasUnreadDrives() const
 {
     return std::any_of(m_devices.cbegin(), m_devices.cend(),
-                       [](const DeviceRecord &device) { return device.lastRead == LastRead::None; });
+                       [](const DeviceRecord &device) { return device.smart.lastRead == LastRead::None; });
 }
 
-/// Starts a reader, or shares the same read of somebody else that has not started yet.
+/// Starts a reader, or adds `done` to an equal read that has not started yet.
 void ATA_Smart::startReader(const SmartRead &read, Done done, std::chrono::milliseconds limit)
 {
     for (auto &[number, reader] : m_readers) {
@@ -249,7 +250,7 @@ void ATA_Smart::startReader(const SmartRead &read, Done done, std::chrono::milli
     auto thread = std::make_unique<SMART_thread>(m_drives, read);
     SMART_thread *const reader = thread.get();
     const int number =
-        m_workers.start(std::move(thread), limit, [this](int work, WorkEnd end) { passReading(work, end); });
+        m_workers.start(std::move(thread), limit, [this](int work, WorkEnd end) { finishReader(work, end); });
     m_readers[number] = {reader, {std::move(done)}};
 }
 
@@ -289,7 +290,7 @@ void ATA_Smart::abandonReaders()
 }
 
 /// Does nothing for a reader that is done or was abandoned.
-void ATA_Smart::passReading(int reader, WorkEnd end)
+void ATA_Smart::finishReader(int reader, WorkEnd end)
 {
     const auto found = m_readers.find(reader);
     if (found == m_readers.end())

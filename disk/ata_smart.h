@@ -34,8 +34,8 @@ public:
     [[nodiscard]] DeviceList &devices() { return m_devices; }
     [[nodiscard]] const DeviceList &devices() const { return m_devices; }
 
-    /// Abandons all reads under way, without a call of their `done`; then detects the drives and reads their
-    /// S.M.A.R.T. data. Replaces the device list right before finishedScanSMART().
+    /// Abandons all reads in progress, without a call of their `done`; then detects the drives and reads
+    /// their S.M.A.R.T. data. Replaces the device list right before finishedScanSMART().
     void detectDevices();
 
     /// Reads the S.M.A.R.T. data of the drives whose last full read returned attributes. Unless `force` is
@@ -49,14 +49,15 @@ public:
     /// in number or identity from the device list. A drive that does not answer counts as unchanged.
     void countDrives(std::function<void(int present, bool changed)> done);
 
-    /// Whether the detection had no time left to read a drive that is read by its place in the list.
+    /// Returns whether the detection ended before it could read a drive that is read by its place in the
+    /// list.
     [[nodiscard]] bool hasUnreadDrives() const;
 
 Q_SIGNALS:
     void finishedScanSMART(); ///< the detection is complete
 
 public Q_SLOTS:
-    void terminate_S_thread(int i); ///< gives reader i up, with what it has read so far
+    void terminate_S_thread(int i); ///< abandons reader i and keeps what it has read so far
     void S_thread_terminated();     ///< counts one reader of the detection as done
     void finishedReadSMART(int i);  ///< passes on what reader i has read
     void stopTimer(int i);
@@ -73,7 +74,7 @@ private:
     void startReader(const SmartRead &read, Done done, std::chrono::milliseconds limit);
     void readAll(const std::vector<std::optional<SmartRead>> &reads,
                  std::function<void(const Readings &)> done);
-    void passReading(int reader, WorkEnd end);
+    void finishReader(int reader, WorkEnd end);
     void abandonReaders();
     [[nodiscard]] std::optional<SmartRead> readOf(int index, bool force) const;
     void applyReading(DeviceRecord &device, const DriveReading &reading);

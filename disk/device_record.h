@@ -3,6 +3,7 @@
 #pragma once
 
 #include "disk/volume_entry.h"
+#include "wire/power_on_counter.h"
 
 #include <QDateTime>
 #include <QString>
@@ -61,79 +62,106 @@ inline constexpr qint32 kWarning = 2;
 inline constexpr qint32 kCritical = 3;
 } // namespace level
 
-/// The properties of a fixed disk that detection reads.
-struct DetectedDrive
+/// The names of a drive, and the requests that reach it.
+struct DriveIdentity
 {
     qint32 deviceNumber = -1;
     QString path;
     int probeNumber = 0; ///< N of the path; sent with the S.M.A.R.T. drive-data request for IDENTIFY
+    AccessMethod accessMethod = AccessMethod::None;
+    QString model;
+    QString serial;
+    QString descriptorSerial; ///< kept by the system, available without a request to the drive; may be empty
+    QString firmware;
+    qint32 ataMajor = -1; ///< -1 when not reported
+    QString ataVersion;
+    qint32 smartSupported = 0; ///< 0 or 1; -1 if IDENTIFY does not report it
+    qint32 smartEnabled = 0;
+    QString smartVersion;
+    QString smartRevision;
+};
+
+struct DriveCapacity
+{
     quint32 mediaType = 0;
     qint64 cylinders = 0;
     quint32 tracksPerCylinder = 0;
     quint32 sectorsPerTrack = 0;
     quint32 bytesPerSector = 0;
-    AccessMethod accessMethod = AccessMethod::None;
-    qint32 smartSupported = 0; ///< 0 or 1; -1 if IDENTIFY does not report it
-    qint32 smartEnabled = 0;
-    QString smartVersion;
-    QString smartRevision;
-    QString model;
-    QString serial;
-    QString descriptorSerial; ///< kept by the system, available without a request to the drive; may be empty
-    QString firmware;
     quint64 capacity = 0; ///< bytes
-    qint32 ataMajor = -1; ///< -1 when not reported
-    QString ataVersion;
 };
+
+/// The properties of a fixed disk that detection reads.
+struct DetectedDrive : DriveIdentity, DriveCapacity
+{
+};
+
+/// The result of the latest full S.M.A.R.T. read, as the protocol numbers it.
+enum class FullRead : qint32 { Never = -1, NoAttributes = 0, Attributes = 1 };
 
 /// The result of the latest S.M.A.R.T. read of a drive.
 enum class LastRead { None, Answered, Failed, Asleep };
 
-/// The record of one fixed disk. Its place in the DeviceList is its identity in the protocol.
-struct DeviceRecord : DetectedDrive
+/// The values of S.M.A.R.T. reading. Unless `lastRead` is Answered they are of an earlier read.
+struct SmartValues
 {
-    // Set by S.M.A.R.T. reading.
-    qint32 smartState = -1; ///< -1 never read, 1 the last full read returned attributes, 0 it returned none
-    LastRead lastRead = LastRead::None; ///< unless Answered, the values below are of an earlier read
+    FullRead fullRead = FullRead::Never;
+    LastRead lastRead = LastRead::None;
     bool hasTemperature = false;
     qint32 temperature = 0;     ///< degrees Celsius
-    quint64 powerOnRaw = 0;     ///< attribute 9 at the latest read
-    quint64 powerOnRawLast = 0; ///< attribute 9 at the latest full read
+    PowerOnCounter powerOn;     ///< attribute 9 at the latest read
+    quint64 powerOnRawLast = 0; ///< its raw value at the latest full read
     qint32 attributeCount = 0;
     QVector<AttributeEntry> attributes; ///< in the order of the drive's table
     qint32 offlineStatus = 0;
     qint32 offlineCapability = 0;
-    qint32 smartCapability = 0;
+    qint32 capability = 0;
 
-    // The values before the latest update.
+    // Before the latest update.
     qint32 previousTemperature = 0;
-    QVector<AttributeEntry> attributesPending;
+    QVector<AttributeEntry> previousAttributes;
+};
 
-    // Speed class of the power-on counter: 0 not known, 1 the slowest to 4.
-    qint32 lifeTimeUnit = 0;
-    bool lifeTimeDetected = false;
-
-    // Set by the health evaluation.
-    qint32 statusLevel = level::kCritical;
+/// The result of the latest evaluation of a drive.
+struct StoredRating
+{
+    qint32 level = level::kCritical;
     qint32 health = 0; ///< percent
+};
 
+/// The progress of a running scan, or the result of the latest one.
+struct ScanProgress
+{
+    bool hasOpenFailed = false;
+    qint32 percent = 0;
+    quint64 first = 0;
+    quint64 current = 0;            ///< the last sector handled
+    QDateTime time;                 ///< of the start, then of the end; invalid before the disk is open
+    QVector<SectorRange> badRanges; ///< at most kMaxBadRanges
+};
+
+/// Other numbers are stored and reported, and never due.
+enum class ScheduleKind : qint32 { None = 0, Once = 1, Daily = 2, Weekly = 3 };
+
+/// The times at which the whole drive is scanned.
+struct ScanSchedule
+{
+    ScheduleKind kind = ScheduleKind::None;
+    qint32 weekday = 0; ///< 0 Monday to 6 Sunday, for Weekly; consoles may set any number
+    QDate date;         ///< invalid: a schedule by date is never due
+    QTime time;         ///< invalid: the schedule is never due
+};
+
+/// The record of one fixed disk. Its place in the DeviceList is its identity in the protocol.
+struct DeviceRecord : DetectedDrive
+{
     qint32 monitored = 1;
+    SmartValues smart;
+    StoredRating rating;
     VolumeList volumes;
-
-    // The last or current surface scan.
-    QDateTime scanTime;
-    qint32 scanError = 0; ///< 1 when the disk could not be opened
-    qint32 scanPercent = 0;
-    quint64 scanFirst = 0;
-    quint64 scanCurrent = 0;
-    QVector<SectorRange> badRanges; ///< one a failed block, at most kMaxBadRanges
-
-    // The scan schedule.
-    qint32 schedKind = 0;
-    qint32 schedParam = 0;  ///< day of the week, 0 Monday to 6 Sunday
-    SectorRange schedRange; ///< kept and stored; scheduled scans cover the whole drive
-    QDate schedDate;
-    QTime schedTime;
+    ScanProgress scan;
+    ScanSchedule schedule;
+    SectorRange scheduleRange; ///< stored, but not used
 };
 
 using DeviceList = QVector<DeviceRecord>;

@@ -2,28 +2,31 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "disk/life_time.h"
 
-qint32 life_time::unitFromSize(quint64 raw)
+using Unit = PowerOnCounter::Unit;
+
+PowerOnCounter::Unit life_time::unitFromSize(quint64 raw)
 {
     // More than five years, if these were hours: minutes then.
     constexpr quint64 kTooManyHours = 44000;
-    return raw >= kTooManyHours ? 2 : 1;
+    return raw >= kTooManyHours ? Unit::Minutes : Unit::Hours;
 }
 
-qint32 life_time::unitFromAdvance(qint64 advance)
+PowerOnCounter::Unit life_time::unitFromAdvance(qint64 advance)
 {
     if (advance < 2)
-        return 1;
+        return Unit::Hours;
     if (advance < 4)
-        return 2;
-    return advance < 11 ? 3 : 4;
+        return Unit::Minutes;
+    return advance < 11 ? Unit::HalfMinutes : Unit::Seconds;
 }
 
 void life_time::classify(DeviceList &devices)
 {
     for (DeviceRecord &device : devices) {
-        if (device.smartState < 1 || device.lifeTimeUnit == 0)
+        SmartValues &smart = device.smart;
+        if (smart.fullRead != FullRead::Attributes || smart.powerOn.unit == Unit::Unknown)
             continue;
-        device.lifeTimeUnit = unitFromAdvance(qint64(device.powerOnRaw - device.powerOnRawLast));
-        device.lifeTimeDetected = true;
+        smart.powerOn.unit = unitFromAdvance(qint64(quint64(smart.powerOn.raw) - smart.powerOnRawLast));
+        smart.powerOn.isMeasured = true;
     }
 }

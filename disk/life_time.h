@@ -4,17 +4,17 @@
 
 #include "disk/device_record.h"
 
-/// The speed class of a drive's power-on counter (attribute 9), whose unit differs between makers:
-/// DeviceRecord::lifeTimeUnit.
+/// The unit of a drive's power-on counter (attribute 9), which differs between makers.
 namespace life_time {
 
-/// A first guess by the counter's size.
-[[nodiscard]] qint32 unitFromSize(quint64 raw);
+/// Infers the unit from the counter's value.
+[[nodiscard]] PowerOnCounter::Unit unitFromSize(quint64 raw);
 
-/// By how far the counter moved in 130 seconds; it may have gone backwards.
-[[nodiscard]] qint32 unitFromAdvance(qint64 advance);
+/// Infers the unit from the counter's advance in 130 seconds, which may be negative.
+[[nodiscard]] PowerOnCounter::Unit unitFromAdvance(qint64 advance);
 
-/// Classes every drive that has the attribute by its advance from the last full read to the last read of all.
+/// Measures the unit of every drive that has the attribute, by the advance between its latest full read and
+/// its latest read.
 void classify(DeviceList &devices);
 
 } // namespace life_time

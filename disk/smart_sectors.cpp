@@ -65,16 +65,16 @@ AttributeEntry parseEntry(ByteView entry, ByteView threshold)
 }
 
 /// Copies the values that other parts of the service use most.
-void noteAttribute(DeviceRecord &device, const AttributeEntry &attribute)
+void noteAttribute(SmartValues &smart, const AttributeEntry &attribute)
 {
     if (attribute.id == kTemperature) {
-        device.hasTemperature = true;
-        device.temperature = qint32(attribute.raw);
+        smart.hasTemperature = true;
+        smart.temperature = qint32(attribute.raw);
     } else if (attribute.id == kPowerOnTime) {
-        if (device.lifeTimeUnit == 0)
-            device.lifeTimeUnit = life_time::unitFromSize(attribute.raw);
-        device.powerOnRaw = attribute.raw;
-        device.powerOnRawLast = attribute.raw;
+        if (smart.powerOn.unit == PowerOnCounter::Unit::Unknown)
+            smart.powerOn.unit = life_time::unitFromSize(attribute.raw);
+        smart.powerOn.raw = qint64(attribute.raw);
+        smart.powerOnRawLast = attribute.raw;
     }
 }
 
@@ -84,37 +84,39 @@ void smart_sectors::applyFullRead(DeviceRecord &device, const SmartSectors &sect
 {
     const ByteView data(sectors.data);
     const ByteView thresholds(sectors.thresholds);
-    device.offlineStatus = data.u8(kOfflineStatus);
-    device.offlineCapability = data.u8(kOfflineCapability);
-    device.smartCapability = data.le16(kSmartCapability);
+    SmartValues &smart = device.smart;
+    smart.offlineStatus = data.u8(kOfflineStatus);
+    smart.offlineCapability = data.u8(kOfflineCapability);
+    smart.capability = data.le16(kSmartCapability);
 
     for (int i = 0; i < kSlotCount && slotAt(data, i).u8(slot::kId) != 0; ++i) {
-        device.attributes.append(parseEntry(slotAt(data, i), slotAt(thresholds, i)));
-        noteAttribute(device, device.attributes.constLast());
+        smart.attributes.append(parseEntry(slotAt(data, i), slotAt(thresholds, i)));
+        noteAttribute(smart, smart.attributes.constLast());
     }
 
-    if (device.attributes.isEmpty()) {
-        device.smartState = 0;
+    if (smart.attributes.isEmpty()) {
+        smart.fullRead = FullRead::NoAttributes;
         device.smartEnabled = 0;
         return;
     }
-    device.smartState = 1;
-    device.attributeCount = device.attributes.size();
-    device.previousTemperature = 0;
-    device.attributesPending.clear();
+    smart.fullRead = FullRead::Attributes;
+    smart.attributeCount = smart.attributes.size();
+    smart.previousTemperature = 0;
+    smart.previousAttributes.clear();
 }
 
 void smart_sectors::applySynchronousRead(DeviceRecord &device, ByteView data)
 {
-    const int count = std::min(device.attributes.size(), kSlotCount);
+    SmartValues &smart = device.smart;
+    const int count = std::min(smart.attributes.size(), kSlotCount);
     for (int i = 0; i < count; ++i) {
-        AttributeEntry &attribute = device.attributes[i];
+        AttributeEntry &attribute = smart.attributes[i];
         const ByteView entry = slotAt(data, i);
         attribute.current = entry.u8(slot::kCurrent);
         attribute.raw = rawValue(entry);
         if (attribute.id == kTemperature)
-            device.temperature = qint32(attribute.raw);
+            smart.temperature = qint32(attribute.raw);
         else if (attribute.id == kPowerOnTime)
-            device.powerOnRaw = attribute.raw;
+            smart.powerOn.raw = qint64(attribute.raw);
     }
 }

@@ -27,13 +27,13 @@ DriveEvaluation evaluationOf(const DeviceRecord &device, bool isPoll)
     drive.model = device.model;
     drive.serial = device.serial;
     drive.deviceNumber = device.deviceNumber;
-    drive.read = isPoll ? outcomeOf(device.lastRead) : ReadOutcome::NotPolled;
+    drive.read = isPoll ? outcomeOf(device.smart.lastRead) : ReadOutcome::NotPolled;
     drive.isEvaluated = isEvaluated(device);
-    drive.level = Severity(device.statusLevel);
-    drive.healthPercent = device.health;
-    if (device.hasTemperature)
-        drive.temperatureCelsius = device.temperature;
-    drive.attributes = device.attributes;
+    drive.level = Severity(device.rating.level);
+    drive.healthPercent = device.rating.health;
+    if (device.smart.hasTemperature)
+        drive.temperatureCelsius = device.smart.temperature;
+    drive.attributes = device.smart.attributes;
     return drive;
 }
 

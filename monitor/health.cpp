@@ -48,9 +48,9 @@ QString traceLine(const DeviceRecord &device)
 {
     const QString separator = QStringLiteral("]![");
     QString line = QStringLiteral("SMART") + separator + QString::number(device.deviceNumber) + separator +
-                   device.serial + separator + QString::number(device.statusLevel) + separator +
-                   QString::number(device.health) + separator;
-    for (const AttributeEntry &attribute : device.attributes)
+                   device.serial + separator + QString::number(device.rating.level) + separator +
+                   QString::number(device.rating.health) + separator;
+    for (const AttributeEntry &attribute : device.smart.attributes)
         line += QStringLiteral("~;%1").arg(attribute.current);
     return line;
 }
@@ -59,7 +59,7 @@ QString traceLine(const DeviceRecord &device)
 
 bool isEvaluated(const DeviceRecord &device)
 {
-    return device.smartState > 0 && device.monitored != 0;
+    return device.smart.fullRead == FullRead::Attributes && device.monitored != 0;
 }
 
 qint32 attributeLevel(const AttributeEntry &attribute)
@@ -91,9 +91,9 @@ QString alertBlock(qint32 deviceNumber, const QString &model, const QString &det
 DriveRating rateDrive(const DeviceRecord &device, const Settings &settings)
 {
     DriveRating rating;
-    if (device.hasTemperature)
-        rateTemperature(device.temperature, settings, rating);
-    for (const AttributeEntry &attribute : device.attributes) {
+    if (device.smart.hasTemperature)
+        rateTemperature(device.smart.temperature, settings, rating);
+    for (const AttributeEntry &attribute : device.smart.attributes) {
         if (attribute.notPrefailure == 0)
             rateAttribute(attribute, rating);
     }
@@ -108,14 +108,14 @@ HealthReport evaluateHealth(DeviceList &devices, const Settings &settings)
         if (!isEvaluated(device))
             continue;
         const DriveRating rating = rateDrive(device, settings);
-        device.statusLevel = rating.level;
-        device.health = rating.health;
+        device.rating = {rating.level, rating.health};
         report.alertLevel = std::max(report.alertLevel, rating.level);
         if (rating.level > level::kFine)
             report.alertText += alertBlock(device.deviceNumber, device.model, rating.detail);
-        const bool isCurrent = device.lastRead != LastRead::Failed && device.lastRead != LastRead::Asleep;
-        if (device.hasTemperature && isCurrent)
-            report.temperatures.append({i, device.temperature});
+        const bool isCurrent =
+            device.smart.lastRead != LastRead::Failed && device.smart.lastRead != LastRead::Asleep;
+        if (device.smart.hasTemperature && isCurrent)
+            report.temperatures.append({i, device.smart.temperature});
         qCDebug(lcMonitor) << traceLine(device);
     }
     report.alertText.chop(1);
@@ -125,9 +125,9 @@ HealthReport evaluateHealth(DeviceList &devices, const Settings &settings)
 void keepPreviousValues(DeviceList &devices)
 {
     for (DeviceRecord &device : devices) {
-        if (device.smartState > 0) {
-            device.previousTemperature = device.temperature;
-            device.attributesPending = device.attributes;
+        if (device.smart.fullRead == FullRead::Attributes) {
+            device.smart.previousTemperature = device.smart.temperature;
+            device.smart.previousAttributes = device.smart.attributes;
         }
     }
 }

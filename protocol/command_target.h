@@ -69,8 +69,8 @@ public:
 
     virtual void findTemperatures(const HistoryPeriod &period, TemperatureHistory::Found found) = 0;
 
-    /// Starts a test mail; false if a mail is in progress. `finished` is called once with the transcript or the
-    /// error text, in a later turn of the event loop.
+    /// Starts a test mail; false if a mail is in progress. `finished` is called once with the transcript or
+    /// the error text, in a later turn of the event loop.
     virtual bool startMailTest(const MailTest &test, std::function<void(const QString &)> finished) = 0;
 
     [[nodiscard]] virtual const ServiceOptions &options() const = 0;

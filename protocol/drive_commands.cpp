@@ -58,7 +58,7 @@ Reply scanStatus(const request::None & /*none*/, const Context &context)
     context.target.publishScanProgress();
     QVector<ScanStatusReply::Drive> drives(devices.size());
     for (int i = 0; i < devices.size(); ++i)
-        drives[i] = {payload::scanStatus(i, devices[i], isRunning[i]).toLatin1(), devices[i].badRanges};
+        drives[i] = {payload::scanStatus(i, devices[i], isRunning[i]).toLatin1(), devices[i].scan.badRanges};
     return {std::make_unique<ScanStatusReply>(listReply("STATSCAN", {}), std::move(drives))};
 }
 

@@ -56,13 +56,14 @@ private:
 
 void writeDevice(ItemWriter &&item, const DeviceRecord &device)
 {
+    const SmartValues &smart = device.smart;
     item << device.model << device.serial << device.firmware << device.capacity << device.ataMajor
-         << device.ataVersion << device.smartState << device.cylinders << device.tracksPerCylinder
-         << device.sectorsPerTrack << device.bytesPerSector << device.offlineStatus
-         << device.offlineCapability << device.smartCapability << device.attributeCount
-         << device.volumes.size() << device.lifeTimeDetected << device.lifeTimeUnit
-         << qint64(device.powerOnRaw) << qint64(device.powerOnRawLast) << device.hasTemperature
-         << device.temperature << device.statusLevel << device.health << int(quint8(device.monitored));
+         << device.ataVersion << int(smart.fullRead) << device.cylinders << device.tracksPerCylinder
+         << device.sectorsPerTrack << device.bytesPerSector << smart.offlineStatus << smart.offlineCapability
+         << smart.capability << smart.attributeCount << device.volumes.size() << smart.powerOn.isMeasured
+         << int(smart.powerOn.unit) << smart.powerOn.raw << qint64(smart.powerOnRawLast)
+         << smart.hasTemperature << smart.temperature << device.rating.level << device.rating.health
+         << int(quint8(device.monitored));
 }
 
 void writeVolume(ItemWriter &item, const VolumeEntry &volume)
@@ -90,7 +91,7 @@ ScanState scanState(const DeviceRecord &device, bool running)
 {
     if (running)
         return Running;
-    return device.scanError == 1 ? OpenFailed : Idle;
+    return device.scan.hasOpenFailed ? OpenFailed : Idle;
 }
 
 } // namespace
@@ -145,7 +146,7 @@ QString allVolumes(const DeviceList &devices)
 QString smartInformation(const DeviceRecord &device)
 {
     QString text;
-    for (const AttributeEntry &attribute : device.attributes) {
+    for (const AttributeEntry &attribute : device.smart.attributes) {
         ItemWriter(text, QLatin1String("~"))
             << attribute.id << attribute.notPrefailure << attribute.flagBit2 << attribute.current
             << qint64(attribute.raw) << attribute.worst << attribute.threshold;
@@ -158,7 +159,7 @@ QString smartInformation(const DeviceRecord &device)
 QString smartValues(const DeviceRecord &device)
 {
     QString text;
-    for (const AttributeEntry &attribute : device.attributes)
+    for (const AttributeEntry &attribute : device.smart.attributes)
         ItemWriter(text, kFieldSeparator) << attribute.id << attribute.current;
     text.chop(1);
     return inBraces(text);
@@ -182,8 +183,8 @@ QString scanStatus(int index, const DeviceRecord &device, bool isRunning)
 {
     QString text;
     ItemWriter(text, QLatin1String(";"))
-        << index << int(scanState(device, isRunning)) << device.scanPercent << device.scanFirst
-        << device.scanCurrent << device.scanTime.toString(kDateTimeFormat);
+        << index << int(scanState(device, isRunning)) << device.scan.percent << device.scan.first
+        << device.scan.current << device.scan.time.toString(kDateTimeFormat);
     return text;
 }
 
@@ -210,11 +211,11 @@ QString scanSchedule(const DeviceList &devices)
 {
     QString text;
     for (int i = 0; i < devices.size(); ++i) {
-        const DeviceRecord &device = devices[i];
+        const ScanSchedule &schedule = devices[i].schedule;
         text += kRequestSeparator;
-        ItemWriter(text, kFieldSeparator) << i << device.schedKind << device.schedParam
-                                          << device.schedDate.toString(QStringLiteral("yyMMdd"))
-                                          << device.schedTime.toString(QStringLiteral("hhmmss"));
+        ItemWriter(text, kFieldSeparator)
+            << i << int(schedule.kind) << schedule.weekday << schedule.date.toString(QStringLiteral("yyMMdd"))
+            << schedule.time.toString(QStringLiteral("hhmmss"));
     }
     return text;
 }

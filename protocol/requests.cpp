@@ -108,7 +108,8 @@ std::optional<ScheduleChange> scheduleChange(const Fields &fields)
     if (items.size() != kScheduleItems)
         return std::nullopt;
     const DateAndTime moment = parseDateTime(items.text(3));
-    return ScheduleChange{items.number(0), items.number(1), items.number(2), moment.date, moment.time};
+    return ScheduleChange{items.number(0),
+                          {ScheduleKind(items.number(1)), items.number(2), moment.date, moment.time}};
 }
 
 ScanStart scanStart(const Fields &fields)

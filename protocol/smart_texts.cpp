@@ -9,7 +9,7 @@ QVector<QByteArray> SmartTexts::update(const DeviceList &devices)
     QVector<QByteArray> texts;
     m_entries.resize(devices.size());
     for (int i = 0; i < devices.size(); ++i) {
-        const QVector<AttributeEntry> &attributes = devices[i].attributes;
+        const QVector<AttributeEntry> &attributes = devices[i].smart.attributes;
         Entry &entry = m_entries[i];
         if (!entry.attributes.isSharedWith(attributes))
             entry = {attributes, payload::smartAttributes(i, attributes).toLatin1()};

@@ -12,11 +12,8 @@ void addBadRange(QVector<SectorRange> &ranges, const SectorRange &block)
 
 void applyProgress(const ScanProgress &progress, DeviceRecord &device)
 {
-    device.scanError = progress.error;
-    device.scanPercent = progress.percent;
-    device.scanFirst = progress.first;
-    device.scanCurrent = progress.current;
-    if (progress.time.isValid())
-        device.scanTime = progress.time;
-    device.badRanges = progress.badRanges;
+    const QDateTime formerTime = device.scan.time;
+    device.scan = progress;
+    if (!progress.time.isValid())
+        device.scan.time = formerTime;
 }

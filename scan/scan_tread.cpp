@@ -116,7 +116,7 @@ void scan_tread::fail(quint32 error)
     publishTime();
     const QMutexLocker lock(&m_mutex);
     m_totals.openFailed = true;
-    m_progress.error = 1;
+    m_progress.hasOpenFailed = true;
 }
 
 void scan_tread::publishTime()

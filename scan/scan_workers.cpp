@@ -58,7 +58,7 @@ void ScanWorkers::end(int device, WorkEnd how)
     ScanProgress result = scan->second.thread->progress();
     m_scans.erase(scan);
     if (how == WorkEnd::Hung)
-        result.error = 1; // the drive was not opened
+        result.hasOpenFailed = true;
     if (how != WorkEnd::Done)
         qCWarning(lcScan) << "the scan of" << path << "ends: the drive does not answer";
     Q_EMIT ended(device, result);

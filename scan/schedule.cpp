@@ -9,18 +9,19 @@ namespace {
 constexpr int kDueSeconds = 42;                // two to three turns of the check that runs every 20 s
 constexpr qint32 kScheduledBlockSize = 262144; // bytes
 
-bool isScheduledDay(const DeviceRecord &device, const QDate &today)
+bool isScheduledDay(const ScanSchedule &schedule, const QDate &today)
 {
-    switch (device.schedKind) {
-    case schedule_kind::kOnce:
-        return device.schedDate == today;
-    case schedule_kind::kDaily:
+    switch (schedule.kind) {
+    case ScheduleKind::Once:
+        return schedule.date == today;
+    case ScheduleKind::Daily:
         return true;
-    case schedule_kind::kWeekly:
-        return device.schedParam == today.dayOfWeek() - 1;
-    default:
-        return false;
+    case ScheduleKind::Weekly:
+        return schedule.weekday == today.dayOfWeek() - 1;
+    case ScheduleKind::None:
+        break;
     }
+    return false;
 }
 
 } // namespace
@@ -29,28 +30,24 @@ void applyScheduleChange(const ScheduleChange &change, DeviceList &devices)
 {
     if (change.device < 0 || change.device >= devices.size())
         return;
-    DeviceRecord &device = devices[change.device];
-    device.schedKind = change.kind;
-    device.schedParam = change.param;
-    device.schedDate = change.date;
-    device.schedTime = change.time;
+    devices[change.device].schedule = change.schedule;
 }
 
 bool isScanDue(const DeviceRecord &device, const QDateTime &now)
 {
     const QTime time = now.time();
-    return isScheduledDay(device, now.date()) && time <= device.schedTime &&
-           device.schedTime <= time.addSecs(kDueSeconds);
+    return isScheduledDay(device.schedule, now.date()) && time <= device.schedule.time &&
+           device.schedule.time <= time.addSecs(kDueSeconds);
 }
 
 bool ServedSchedules::isServed(const DeviceRecord &device, const QDate &today) const
 {
-    return m_moments.value(device.path) == QDateTime(today, device.schedTime);
+    return m_moments.value(device.path) == QDateTime(today, device.schedule.time);
 }
 
 void ServedSchedules::serve(const DeviceRecord &device, const QDate &today)
 {
-    m_moments[device.path] = QDateTime(today, device.schedTime);
+    m_moments[device.path] = QDateTime(today, device.schedule.time);
 }
 
 QVector<ScanRequest> dueScans(const DeviceList &devices, const ServedSchedules &served, const QDateTime &now)
@@ -60,7 +57,8 @@ QVector<ScanRequest> dueScans(const DeviceList &devices, const ServedSchedules &
         const DeviceRecord &device = devices[i];
         if (!isScanDue(device, now) || served.isServed(device, now.date()))
             continue;
-        qCDebug(lcScan) << "scheduled scan is due: device" << i << "at" << device.schedTime << "now" << now;
+        qCDebug(lcScan) << "scheduled scan is due: device" << i << "at" << device.schedule.time << "now"
+                        << now;
         scans.append({i, kScheduledBlockSize, 0, qint64(device.capacity / quint64(kScanSectorSize)) - 1});
     }
     return scans;

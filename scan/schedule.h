@@ -9,22 +9,11 @@
 #include <QDateTime>
 #include <QHash>
 
-/// Values of DeviceRecord::schedKind.
-namespace schedule_kind {
-inline constexpr qint32 kNone = 0;
-inline constexpr qint32 kOnce = 1;
-inline constexpr qint32 kDaily = 2;
-inline constexpr qint32 kWeekly = 3;
-} // namespace schedule_kind
-
 /// A schedule as a console sets it.
 struct ScheduleChange
 {
     qint32 device = 0;
-    qint32 kind = schedule_kind::kNone;
-    qint32 param = 0; ///< day of the week, 0 Monday to 6 Sunday
-    QDate date;       ///< invalid: a schedule by date is never due
-    QTime time;       ///< invalid: the schedule is never due
+    ScanSchedule schedule;
 };
 
 /// Stores the device's new schedule; ignores a device that does not exist.

@@ -103,7 +103,7 @@ private Q_SLOTS:
         Settings settings;
         readSettingsLines(fileOf(text), settings);
         DeviceList devices = twoDrives();
-        devices[0].scanError = 1;
+        devices[0].scan.hasOpenFailed = true;
         readDriveState(fileOf(text), devices, kNow);
         QCOMPARE(written(settings, devices), text);
 
@@ -112,13 +112,14 @@ private Q_SLOTS:
                                 settings.warnExtTask, settings.critExtTask};
         QCOMPARE(texts.join(u' '), QStringLiteral("from to subject server user %1! warn crit"));
         const DeviceRecord &device = devices[0];
-        QCOMPARE(QDateTime(device.schedDate, device.schedTime).toSecsSinceEpoch(), qint64(1772600767));
-        QCOMPARE(device.schedKind, 3);
-        QCOMPARE(device.schedParam, 6);
-        QCOMPARE(device.scanError, 0); // not stored
-        QCOMPARE(device.scanPercent, 42);
-        QCOMPARE(device.scanTime, kNow);
-        QVERIFY(!devices[1].schedTime.isValid());
+        QCOMPARE(QDateTime(device.schedule.date, device.schedule.time).toSecsSinceEpoch(),
+                 qint64(1772600767));
+        QCOMPARE(device.schedule.kind, ScheduleKind::Weekly);
+        QCOMPARE(device.schedule.weekday, 6);
+        QVERIFY(!device.scan.hasOpenFailed); // not stored
+        QCOMPARE(device.scan.percent, 42);
+        QCOMPARE(device.scan.time, kNow);
+        QVERIFY(!devices[1].schedule.time.isValid());
     }
 
     void initialDriveState()
@@ -130,7 +131,7 @@ private Q_SLOTS:
                  QStringLiteral("0!0!7!0!0!%1\ndisk=1!0!0!0!0!%1\n"
                                 "scan=0;0;0;0;7;800101000000;\nscan=1;0;0;0;0;800101000000;\n")
                      .arg(kNow.toSecsSinceEpoch()));
-        QCOMPARE(devices[0].scanTime.date().year(), 1980);
+        QCOMPARE(devices[0].scan.time.date().year(), 1980);
     }
 
     void driveLine_data()
@@ -154,10 +155,10 @@ private Q_SLOTS:
         DeviceList devices = twoDrives();
         readDriveState(fileOf(QStringLiteral("scan=1;0;77;0;9;260304050607;8-9,\n") + line), devices, kNow);
         QString state = QStringLiteral("%1 %2 %3 ")
-                            .arg(devices[0].schedKind)
-                            .arg(devices[1].schedKind)
-                            .arg(devices[1].scanPercent);
-        for (const SectorRange &range : devices[1].badRanges)
+                            .arg(int(devices[0].schedule.kind))
+                            .arg(int(devices[1].schedule.kind))
+                            .arg(devices[1].scan.percent);
+        for (const SectorRange &range : devices[1].scan.badRanges)
             state += QStringLiteral("%1-%2,").arg(range.first).arg(range.last);
         QTEST(state, "state");
     }
@@ -168,10 +169,10 @@ private Q_SLOTS:
         qputenv("TZ", "JST-9"); // 1970 begins before the epoch in this zone; Windows keeps its own zone
 #endif
         DeviceList devices = twoDrives();
-        devices[0].schedKind = 2;
-        devices[0].schedTime = QTime(3, 30, 0); // a daily schedule, without a date
+        devices[0].schedule.kind = ScheduleKind::Daily;
+        devices[0].schedule.time = QTime(3, 30, 0); // a daily schedule, without a date
         readDriveState(fileOf(written(Settings(), devices)), devices, kNow);
-        QCOMPARE(devices[0].schedTime, QTime(3, 30, 0));
+        QCOMPARE(devices[0].schedule.time, QTime(3, 30, 0));
     }
 
     /// The time of the daily schedule does not exist on the day of writing: the clock skips it.
@@ -182,12 +183,12 @@ private Q_SLOTS:
         if (QDateTime::fromSecsSinceEpoch(skipped.toSecsSinceEpoch()).time() == QTime(2, 30))
             QSKIP("this system keeps its own time zone");
         DeviceList devices = twoDrives();
-        devices[0].schedKind = 2;
-        devices[0].schedDate = skipped.date();
-        devices[0].schedTime = QTime(2, 30);
+        devices[0].schedule.kind = ScheduleKind::Daily;
+        devices[0].schedule.date = skipped.date();
+        devices[0].schedule.time = QTime(2, 30);
         for (int restart = 0; restart < 2; ++restart) {
             readDriveState(fileOf(written(Settings(), devices)), devices, kNow);
-            QCOMPARE(devices[0].schedTime, QTime(2, 30));
+            QCOMPARE(devices[0].schedule.time, QTime(2, 30));
         }
     }
 
@@ -198,7 +199,7 @@ private Q_SLOTS:
             line += QStringLiteral("%1-%1,").arg(i);
         DeviceList devices = twoDrives();
         readDriveState(fileOf({line}), devices, kNow);
-        QCOMPARE(devices[0].badRanges.size(), kMaxBadRanges);
+        QCOMPARE(devices[0].scan.badRanges.size(), kMaxBadRanges);
     }
 };
 

@@ -55,7 +55,7 @@ private Q_SLOTS:
         m_settings.port = 6000;
         m_settings.smtpServer = QStringLiteral("mail.example.org");
         DeviceList devices(1);
-        devices[0].scanPercent = 57;
+        devices[0].scan.percent = 57;
         QVERIFY(store.writeSettings(devices));
 
         Settings settings;
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QCOMPARE(settings.smtpServer, QStringLiteral("mail.example.org"));
         DeviceList read(1);
         later.readDriveState(read);
-        QCOMPARE(read[0].scanPercent, 57);
+        QCOMPARE(read[0].scan.percent, 57);
         // The file holds a password. On Windows the folder's access list protects it.
         const auto others = QFileDevice::ReadGroup | QFileDevice::ReadOther;
         const bool isWindows = QSysInfo::kernelType() == QLatin1String("winnt");
@@ -73,8 +73,8 @@ private Q_SLOTS:
 
         QVERIFY(QFile::remove(path()));
         later.readDriveState(read);
-        QCOMPARE(read[0].scanPercent, 0);
-        QVERIFY(read[0].schedDate.isValid());
+        QCOMPARE(read[0].scan.percent, 0);
+        QVERIFY(read[0].schedule.date.isValid());
     }
 
     void keyThatCannotBeWritten()
@@ -95,8 +95,8 @@ private Q_SLOTS:
     void unreadableFile()
     {
         DeviceList devices(2);
-        devices[1].scanPercent = 57;
-        devices[1].schedKind = 2;
+        devices[1].scan.percent = 57;
+        devices[1].schedule.kind = ScheduleKind::Daily;
         SettingsStore store(m_settings, *m_key, offset);
         store.readSettings();
         QVERIFY(store.writeSettings(devices));
@@ -106,8 +106,8 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg,
                              QRegularExpression(QStringLiteral("Reading the settings file has failed")));
         store.readDriveState(detected);
-        QCOMPARE(detected[1].scanPercent, 57);
-        QCOMPARE(detected[1].schedKind, 2);
+        QCOMPARE(detected[1].scan.percent, 57);
+        QCOMPARE(detected[1].schedule.kind, ScheduleKind::Daily);
         QVERIFY(QFileInfo(path()).isDir());
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("was kept as .*\\.damaged-")));
         QVERIFY(store.writeSettings(detected));
@@ -122,14 +122,14 @@ private Q_SLOTS:
     {
         DeviceList devices(10);
         for (DeviceRecord &device : devices)
-            device.badRanges.fill({123456789012, 123456789013}, kMaxBadRanges);
+            device.scan.badRanges.fill({123456789012, 123456789013}, kMaxBadRanges);
         SettingsStore store(m_settings, *m_key, offset);
         store.readSettings();
         QVERIFY(store.writeSettings(devices));
         QVERIFY(QFileInfo(path()).size() > 64 << 20);
         DeviceList detected(10);
         store.readDriveState(detected);
-        QCOMPARE(detected.last().badRanges, devices.last().badRanges);
+        QCOMPARE(detected.last().scan.badRanges, devices.last().scan.badRanges);
     }
 
     /// A reader that has the old file open can still read all of it. Where an open file blocks the write, the
@@ -180,7 +180,7 @@ private Q_SLOTS:
         QVERIFY(!store.writeSettings(devices));
         const bool written = QFile::exists(path());
         QVERIFY(QDir::setCurrent(before));
-        QCOMPARE(devices[0].scanPercent, 0);
+        QCOMPARE(devices[0].scan.percent, 0);
         QVERIFY(!written);
     }
 

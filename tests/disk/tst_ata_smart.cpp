@@ -22,18 +22,18 @@ constexpr auto kAgeLong = 1h;
 constexpr int kAttributeId = 4 + 2; // in a failure prediction: the data sector, slot 0
 constexpr int kAttributeCurrent = kAttributeId + 3;
 
-/// A record that is read by the predict-failure request and has one attribute.
+/// Returns a record with one attribute that is read by the predict-failure request.
 DeviceRecord record(const QString &path)
 {
     DeviceRecord device;
     device.path = path;
     device.accessMethod = AccessMethod::StorageDescriptor;
-    device.smartState = 1;
-    device.attributes.append(AttributeEntry());
+    device.smart.fullRead = FullRead::Attributes;
+    device.smart.attributes.append(AttributeEntry());
     return device;
 }
 
-/// Two drives whose only attributes are at 12 and 99. A detection finds neither.
+/// Two drives with one attribute each, of the values 12 and 99. A detection does not find them.
 struct TwoDrives
 {
     explicit TwoDrives(std::chrono::milliseconds limit = kAgeLong)
@@ -44,15 +44,15 @@ struct TwoDrives
         inventory.smart.devices() = {record(first), record(second)};
     }
 
-    ~TwoDrives() { drives.stallNoMore(); } // a test that fails must not wait for its readers for ever
+    ~TwoDrives() { drives.stallNoMore(); } // lets readers end when a test has failed
     TwoDrives(const TwoDrives &) = delete;
     TwoDrives &operator=(const TwoDrives &) = delete;
 
-    /// The attribute's value; -1 if the latest read failed.
+    /// Returns the attribute's value; -1 if the latest read failed.
     [[nodiscard]] int valueOf(int device)
     {
         const DeviceRecord &record = inventory.smart.devices().at(device);
-        return record.lastRead == LastRead::Answered ? int(record.attributes.at(0).current) : -1;
+        return record.smart.lastRead == LastRead::Answered ? int(record.smart.attributes.at(0).current) : -1;
     }
 
     const QString first = "first";
@@ -61,7 +61,7 @@ struct TwoDrives
     Inventory inventory;
 };
 
-/// A simulated drive with further keys.
+/// Returns a simulated drive with further keys.
 QJsonObject simulated(int number, const QByteArray &keys = "{}")
 {
     QJsonObject drive =
@@ -123,13 +123,14 @@ private Q_SLOTS:
         QFETCH(bool, force);
         TwoDrives machine;
         machine.inventory.smart.devices().removeLast();
-        machine.inventory.smart.devices()[0].smartState = smartState;
+        machine.inventory.smart.devices()[0].smart.fullRead = FullRead(smartState);
         machine.inventory.smart.devices()[0].monitored = monitored;
         machine.inventory.poll(force);
         QTEST(machine.drives.requests > 0, "isRead");
     }
 
-    /// The others are read, the hung one keeps its values and is left alone until its request returns.
+    /// The other drives are read. The hung one keeps its values and gets no request until the pending one
+    /// returns.
     void pollOfAHungDrive()
     {
         TwoDrives machine(500ms);
@@ -141,7 +142,7 @@ private Q_SLOTS:
             machine.inventory.poll();
         QCOMPARE(std::exchange(s_warnings, 0), 1);
         QCOMPARE(machine.valueOf(0), -1);
-        QCOMPARE(machine.inventory.smart.devices().at(0).attributes.at(0).current, 12U);
+        QCOMPARE(machine.inventory.smart.devices().at(0).smart.attributes.at(0).current, 12U);
         QCOMPARE(machine.valueOf(1), 77);
         QCOMPARE(machine.drives.requests, 2 + 4);
 
@@ -166,8 +167,8 @@ private Q_SLOTS:
         QVERIFY(!isDone);
     }
 
-    /// Whatever a drive hangs in, the others are found in their order; what is known of it by then counts,
-    /// and the rest is read as soon as it answers.
+    /// Whatever request a drive hangs in, the other drives are listed in order. The values read before count,
+    /// and the rest is read when the drive answers.
     void detectionOfHungDrives()
     {
         const SimulatedMachine machine({simulated(0), simulated(1, R"({"hangs": ["open"]})"),
@@ -179,9 +180,9 @@ private Q_SLOTS:
         QCOMPARE(pathsOf(devices), QStringList({"0", "3", "4", "5"}));
         QCOMPARE(devices.at(1).model, "MODEL"); // by the system's descriptor
         QCOMPARE(int(devices.at(1).accessMethod), -1);
-        QCOMPARE(devices.at(1).smartState, -1);
-        QCOMPARE(devices.at(2).smartState, -1);
-        QCOMPARE(devices.at(3).smartState, 1);
+        QCOMPARE(devices.at(1).smart.fullRead, FullRead::Never);
+        QCOMPARE(devices.at(2).smart.fullRead, FullRead::Never);
+        QCOMPARE(devices.at(3).smart.fullRead, FullRead::Attributes);
 
         machine.change({simulated(0), simulated(1), simulated(2), simulated(3), simulated(4), simulated(5)});
         for (const int number : {2, 3, 4}) // their requests were cancelled
@@ -189,9 +190,9 @@ private Q_SLOTS:
         devices = inventory.poll();
         for (const DeviceRecord &device : devices) {
             QCOMPARE(int(device.accessMethod), 0);
-            QCOMPARE(device.attributes.value(0).threshold, 20U);
+            QCOMPARE(device.smart.attributes.value(0).threshold, 20U);
         }
-        devices = inventory.detect(); // the one whose open() never returns is not asked again
+        devices = inventory.detect(); // the drive whose open() never returns gets no second open()
         QCOMPARE(pathsOf(devices), QStringList({"0", "2", "3", "4", "5"}));
     }
 
@@ -248,7 +249,7 @@ private Q_SLOTS:
         const DeviceList &devices = machine.inventory.detect();
         QCOMPARE(devices.size(), 1);
         QCOMPARE(devices.at(0).serial, "SERIAL");
-        QCOMPARE(devices.at(0).smartState, -1);
+        QCOMPARE(devices.at(0).smart.fullRead, FullRead::Never);
     }
 
     void thresholdsThatFailCountAsZero()
@@ -279,8 +280,8 @@ private Q_SLOTS:
         } drives(machine.drives());
         Inventory inventory(drives);
         const DeviceRecord device = inventory.detect().value(0);
-        QCOMPARE(device.smartState, 1);
-        QCOMPARE(device.attributes.value(0).threshold, 0U);
+        QCOMPARE(device.smart.fullRead, FullRead::Attributes);
+        QCOMPARE(device.smart.attributes.value(0).threshold, 0U);
     }
 
     void pollLeavesASleepingDriveAsleep()
@@ -293,17 +294,17 @@ private Q_SLOTS:
             inventory.detect();
             machine.change({simulated(0, keys)});
             const DeviceRecord device = inventory.poll().at(0);
-            QCOMPARE(device.lastRead == LastRead::Asleep, leavesAsleep);
-            QCOMPARE(device.attributes.at(0).current, leavesAsleep ? 80U : 70U);
+            QCOMPARE(device.smart.lastRead == LastRead::Asleep, leavesAsleep);
+            QCOMPARE(device.smart.attributes.at(0).current, leavesAsleep ? 80U : 70U);
         }
     }
 
     void countSeesSwappedDrives_data()
     {
-        QTest::addColumn<QByteArray>("keys"); // of the second drive at the count
+        QTest::addColumn<QByteArray>("keys"); // of the second drive, at the count
         QTest::addColumn<bool>("changed");
         const auto keys = [](const char *text) { return QByteArray(text); };
-        row("the same", keys("{}"), false);
+        row("same drives", keys("{}"), false);
         row("another serial number", keys(R"({"serial": "OTHER"})"), true);
         row("another model", keys(R"({"model": "OTHER"})"), true);
         row("another size", keys(R"({"capacity": 5000000000})"), true);
@@ -312,7 +313,7 @@ private Q_SLOTS:
         row("hangs in its geometry", keys(R"({"hangs": ["geometry"]})"), false);
         row("no longer answers IDENTIFY",
             keys(R"({"answers": ["geometry", "partition", "deviceNumber", "descriptor"]})"), false);
-        row("no longer there", keys(R"({"openError": 2})"), true);
+        row("drive removed", keys(R"({"openError": 2})"), true);
     }
 
     void countSeesSwappedDrives()
@@ -325,7 +326,7 @@ private Q_SLOTS:
         QTEST(inventory.count().changed, "changed");
     }
 
-    void nothingIsLeftAfterManyHangs()
+    void noResourceLeaksAfterManyHangs()
     {
         const QString threads = "/proc/self/task";
         const QString descriptors = "/proc/self/fd";

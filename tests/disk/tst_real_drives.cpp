@@ -67,9 +67,9 @@ private Q_SLOTS:
         QCOMPARE(device.smartSupported, 1);
 
         const QJsonObject data = member(expected, "smart").toObject();
-        QCOMPARE(quint64(device.offlineStatus), number(data, "offlineStatus"));
-        QCOMPARE(quint64(device.offlineCapability), number(data, "offlineCapability"));
-        QCOMPARE(quint64(device.smartCapability), number(data, "smartCapability"));
+        QCOMPARE(quint64(device.smart.offlineStatus), number(data, "offlineStatus"));
+        QCOMPARE(quint64(device.smart.offlineCapability), number(data, "offlineCapability"));
+        QCOMPARE(quint64(device.smart.capability), number(data, "smartCapability"));
 
         compareAttributes(device, member(data, "attributes").toArray());
     }
@@ -77,11 +77,11 @@ private Q_SLOTS:
 private:
     static void compareAttributes(const DeviceRecord &device, const QJsonArray &expected)
     {
-        QCOMPARE(device.smartState, 1);
-        QCOMPARE(device.attributes.size(), expected.size());
+        QCOMPARE(device.smart.fullRead, FullRead::Attributes);
+        QCOMPARE(device.smart.attributes.size(), expected.size());
         const bool hasThresholds = device.accessMethod != AccessMethod::StorageDescriptor;
         for (int i = 0; i < expected.size(); ++i) {
-            const AttributeEntry &attribute = device.attributes.at(i);
+            const AttributeEntry &attribute = device.smart.attributes.at(i);
             const QJsonObject entry = expected.at(i).toObject();
             QCOMPARE(quint64(attribute.id), number(entry, "id"));
             QCOMPARE(quint64(attribute.flags), number(entry, "flags"));
@@ -91,7 +91,7 @@ private:
             if (attribute.id == 194) {
                 // None of these drives counts in tenths or was above 100 degrees.
                 QCOMPARE(attribute.raw, number(entry, "raw") & 0xFFFF);
-                QCOMPARE(quint64(device.temperature), attribute.raw);
+                QCOMPARE(quint64(device.smart.temperature), attribute.raw);
             } else {
                 QCOMPARE(attribute.raw, number(entry, "raw"));
             }

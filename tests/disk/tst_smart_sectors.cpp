@@ -5,7 +5,10 @@
 #include "disk/life_time.h"
 #include "wire/attribute_catalogue.h"
 
-#include <QtTest>
+#include "rows.h"
+
+using Unit = PowerOnCounter::Unit;
+Q_DECLARE_METATYPE(Unit)
 
 namespace {
 
@@ -19,7 +22,7 @@ QByteArray sector(const QByteArray &table)
 
 void readInto(DeviceRecord &device, const QByteArray &table)
 {
-    device.attributes.clear();
+    device.smart.attributes.clear();
     smart_sectors::applyFullRead(device, {sector(table), sector({})});
 }
 
@@ -54,16 +57,16 @@ private Q_SLOTS:
                                              "63 ff 00000000000000000000");
         DeviceRecord device;
         smart_sectors::applyFullRead(device, {data, thresholds});
-        QCOMPARE(device.smartState, 1);
-        QCOMPARE(device.attributeCount, 2);
-        QCOMPARE(device.smartCapability, 0x103);
-        const AttributeEntry first = device.attributes.value(0);
+        QCOMPARE(device.smart.fullRead, FullRead::Attributes);
+        QCOMPARE(device.smart.attributeCount, 2);
+        QCOMPARE(device.smart.capability, 0x103);
+        const AttributeEntry first = device.smart.attributes.value(0);
         QCOMPARE(first.name, QStringLiteral("Raw read error rate"));
         QVERIFY(first.description.startsWith(QStringLiteral("  Indicates the rate")));
         QCOMPARE(first.threshold, 0x33U);
         QCOMPARE(first.notPrefailure, 1U);
         QCOMPARE(first.flagBit2, 0U);
-        const AttributeEntry second = device.attributes.value(1);
+        const AttributeEntry second = device.smart.attributes.value(1);
         QCOMPARE(second.threshold, 0xFFU);
         QCOMPARE(second.notPrefailure, 0U);
         QCOMPARE(second.flagBit2, 1U);
@@ -80,33 +83,33 @@ private Q_SLOTS:
     void tableEndsAtAGapOrAtThirty()
     {
         const QByteArray slot("01 0000 64 64 000000000000 00");
-        QCOMPARE(recordOf(slot + QByteArray(24, '0') + slot.repeated(2)).attributes.size(), 1);
-        QCOMPARE(recordOf(slot.repeated(42)).attributes.size(), 30);
+        QCOMPARE(recordOf(slot + QByteArray(24, '0') + slot.repeated(2)).smart.attributes.size(), 1);
+        QCOMPARE(recordOf(slot.repeated(42)).smart.attributes.size(), 30);
     }
 
     void onlyAttributesEndTheUpdateBefore()
     {
         DeviceRecord device = readOnce();
-        device.attributesPending = device.attributes;
-        device.previousTemperature = device.temperature;
+        device.smart.previousAttributes = device.smart.attributes;
+        device.smart.previousTemperature = device.smart.temperature;
         device.smartEnabled = 1;
         readInto(device, "");
-        QCOMPARE(device.smartState, 0);
+        QCOMPARE(device.smart.fullRead, FullRead::NoAttributes);
         QCOMPARE(device.smartEnabled, 0);
-        QCOMPARE(device.attributesPending.size(), 2);
+        QCOMPARE(device.smart.previousAttributes.size(), 2);
         readInto(device, "01 0000 64 64 000000000000 00");
-        QVERIFY(device.attributesPending.isEmpty());
-        QCOMPARE(device.previousTemperature, 0);
+        QVERIFY(device.smart.previousAttributes.isEmpty());
+        QCOMPARE(device.smart.previousTemperature, 0);
     }
 
     void temperature()
     {
         QVERIFY(!recordOf("be 0000 46 46 1e0000000000 00"
                           "e7 0000 46 46 1e0000000000 00")
-                     .hasTemperature);
-        QVERIFY(readOnce().hasTemperature);
-        QCOMPARE(recordOf("c2 0000 46 46 640012002900 00").temperature, 100);
-        QCOMPARE(recordOf("c2 0000 46 46 650000000000 00").temperature, 10); // in tenths
+                     .smart.hasTemperature);
+        QVERIFY(readOnce().smart.hasTemperature);
+        QCOMPARE(recordOf("c2 0000 46 46 640012002900 00").smart.temperature, 100);
+        QCOMPARE(recordOf("c2 0000 46 46 650000000000 00").smart.temperature, 10); // in tenths
     }
 
     void synchronousRead()
@@ -114,13 +117,13 @@ private Q_SLOTS:
         DeviceRecord device = readOnce();
         smart_sectors::applySynchronousRead(device, ByteView(sector("09 3200 58 0c ea0300000000 00"
                                                                     "c2 2200 41 0c 960100000000 00")));
-        QCOMPARE(device.attributes.size(), 2);
-        QCOMPARE(device.attributes.at(0).current, 88U);
-        QCOMPARE(device.attributes.at(0).raw, Q_UINT64_C(1002));
-        QCOMPARE(device.attributes.at(0).worst, 89U);
-        QCOMPARE(device.powerOnRaw, Q_UINT64_C(1002));
-        QCOMPARE(device.powerOnRawLast, Q_UINT64_C(1000));
-        QCOMPARE(device.temperature, 40);
+        QCOMPARE(device.smart.attributes.size(), 2);
+        QCOMPARE(device.smart.attributes.at(0).current, 88U);
+        QCOMPARE(device.smart.attributes.at(0).raw, Q_UINT64_C(1002));
+        QCOMPARE(device.smart.attributes.at(0).worst, 89U);
+        QCOMPARE(device.smart.powerOn.raw, Q_INT64_C(1002));
+        QCOMPARE(device.smart.powerOnRawLast, Q_UINT64_C(1000));
+        QCOMPARE(device.smart.temperature, 40);
     }
 
     /// The raw rule depends on the new slot's attribute, the copied values on the previous one's.
@@ -129,38 +132,56 @@ private Q_SLOTS:
         DeviceRecord device = readOnce();
         smart_sectors::applySynchronousRead(device, ByteView(sector("c2 0000 01 01 c20100000000 00"
                                                                     "09 0000 01 01 c20100000000 00")));
-        QCOMPARE(device.powerOnRaw, Q_UINT64_C(45));
-        QCOMPARE(device.temperature, 450);
-        QCOMPARE(device.attributes.at(0).id, 9U);
+        QCOMPARE(device.smart.powerOn.raw, Q_INT64_C(45));
+        QCOMPARE(device.smart.temperature, 450);
+        QCOMPARE(device.smart.attributes.at(0).id, 9U);
     }
 
-    void lifeTimeUnitIsSetOnce()
+    void unitIsInferredOnce()
     {
         DeviceRecord device = recordOf("09 0000 64 64 dfab00000000 00"); // 43999
-        QCOMPARE(device.lifeTimeUnit, 1);
+        QCOMPARE(device.smart.powerOn.unit, Unit::Hours);
         readInto(device, "09 0000 64 64 e0ab00000000 00");
-        QCOMPARE(device.lifeTimeUnit, 1);
-        QCOMPARE(device.powerOnRaw, Q_UINT64_C(44000));
-        QCOMPARE(device.powerOnRawLast, Q_UINT64_C(44000));
-        QCOMPARE(recordOf("09 0000 64 64 e0ab00000000 00").lifeTimeUnit, 2);
+        QCOMPARE(device.smart.powerOn.unit, Unit::Hours);
+        QCOMPARE(device.smart.powerOn.raw, Q_INT64_C(44000));
+        QCOMPARE(device.smart.powerOnRawLast, Q_UINT64_C(44000));
+        QCOMPARE(recordOf("09 0000 64 64 e0ab00000000 00").smart.powerOn.unit, Unit::Minutes);
     }
 
-    void lifeTimeByAdvance()
+    void measuresUnit_data()
     {
-        DeviceList devices;
-        for (const int now : {3, 50001, 50002, 50003, 50004, 50010, 50011}) {
-            devices << readOnce();
-            devices.last().powerOnRawLast = 50000;
-            devices.last().powerOnRaw = quint64(now);
-        }
-        devices << recordOf("01 0000 64 64 000000000000 00") << readOnce();
-        devices.last().smartState = 0;
-        devices.last().lifeTimeUnit = 2;
+        QTest::addColumn<qint64>("advance");
+        QTest::addColumn<Unit>("unit");
+        row("counter was reset", qint64(-49997), Unit::Hours);
+        row("advance of 1", qint64(1), Unit::Hours);
+        row("advance of 2", qint64(2), Unit::Minutes);
+        row("advance of 3", qint64(3), Unit::Minutes);
+        row("advance of 4", qint64(4), Unit::HalfMinutes);
+        row("advance of 10", qint64(10), Unit::HalfMinutes);
+        row("advance of 11", qint64(11), Unit::Seconds);
+    }
+
+    void measuresUnit()
+    {
+        QFETCH(qint64, advance);
+        DeviceList devices{readOnce()};
+        devices[0].smart.powerOnRawLast = 50000;
+        devices[0].smart.powerOn.raw = 50000 + advance;
         life_time::classify(devices);
-        QString units;
-        for (const DeviceRecord &device : qAsConst(devices))
-            units += QString::number(device.lifeTimeUnit) + QLatin1String(device.lifeTimeDetected ? "" : "?");
-        QCOMPARE(units, QStringLiteral("11223340?2?"));
+        QTEST(devices[0].smart.powerOn.unit, "unit");
+        QVERIFY(devices[0].smart.powerOn.isMeasured);
+    }
+
+    void unitIsNotMeasuredWithoutValues()
+    {
+        DeviceList devices{recordOf("01 0000 64 64 000000000000 00"), readOnce()};
+        devices[1].smart.fullRead = FullRead::NoAttributes;
+        devices[1].smart.powerOn.unit = Unit::Minutes;
+        life_time::classify(devices);
+        QVERIFY(!devices[0].smart.powerOn.isMeasured);
+        QCOMPARE(devices[0].smart.powerOn.unit, Unit::Unknown);
+        QVERIFY(!devices[1].smart.powerOn.isMeasured);
+        QCOMPARE(devices[1].smart.powerOn.unit, Unit::Minutes);
     }
 };
 

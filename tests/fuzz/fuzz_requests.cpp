@@ -19,9 +19,9 @@ namespace {
 DeviceRecord drive()
 {
     DeviceRecord device;
-    device.attributes.resize(2);
+    device.smart.attributes.resize(2);
     device.volumes.resize(1);
-    device.badRanges = {{1000, 1007}, {2000, 2007}};
+    device.scan.badRanges = {{1000, 1007}, {2000, 2007}};
     return device;
 }
 

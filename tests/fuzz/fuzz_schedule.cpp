@@ -30,7 +30,8 @@ std::optional<ScheduleChange> parse(const QString &payload)
 
 auto schedule(const DeviceRecord &device)
 {
-    return std::tie(device.schedKind, device.schedParam, device.schedDate, device.schedTime);
+    return std::tie(device.schedule.kind, device.schedule.weekday, device.schedule.date,
+                    device.schedule.time);
 }
 
 } // namespace
@@ -52,13 +53,14 @@ void fuzz(const QByteArray &bytes)
             require(schedule(device) == schedule(unscheduled[i]));
             continue;
         }
-        if (device.schedDate.year() < 2000 || !device.schedTime.isValid())
+        if (device.schedule.date.year() < 2000 || !device.schedule.time.isValid())
             continue; // shown without a date or time, or in another century
         DeviceList again = unscheduled;
         applyScheduleChange(parse(payloadFromReply(devices, i)).value(), again);
         require(schedule(device) == schedule(again[i]));
-        const QDateTime moment(device.schedDate, device.schedTime, Qt::UTC);
+        const QDateTime moment(device.schedule.date, device.schedule.time, Qt::UTC);
         require(!isScanDue(device, moment.addSecs(1)) && !isScanDue(device, moment.addSecs(-43)));
-        require(!isScanDue(device, moment) || (device.schedKind >= 1 && device.schedKind <= 3));
+        require(!isScanDue(device, moment) ||
+                (device.schedule.kind >= ScheduleKind::Once && device.schedule.kind <= ScheduleKind::Weekly));
     }
 }

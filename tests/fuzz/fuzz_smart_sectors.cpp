@@ -21,8 +21,9 @@ int usedSlots(const QByteArray &data)
 
 void checkRecord(const DeviceRecord &device, int attributeCount)
 {
-    require(device.attributes.size() == attributeCount && device.smartState == (attributeCount > 0 ? 1 : 0));
-    for (const AttributeEntry &attribute : device.attributes) {
+    require(device.smart.attributes.size() == attributeCount &&
+            device.smart.fullRead == (attributeCount > 0 ? FullRead::Attributes : FullRead::NoAttributes));
+    for (const AttributeEntry &attribute : device.smart.attributes) {
         require(attribute.id >= 1 && attribute.id <= 255 && attribute.raw < quint64(1) << 48);
         require(attribute.current <= 255 && attribute.worst <= 255 && attribute.threshold <= 255);
         require(attribute.notPrefailure + (attribute.flags & 1U) == 1 && attribute.flagBit2 <= 1);
@@ -44,13 +45,14 @@ void fuzz(const QByteArray &bytes)
     DeviceRecord device;
     smart_sectors::applyFullRead(device, sectors);
     checkRecord(device, attributeCount);
-    require(device.temperature >= 0 && device.temperature <= 6553);
+    require(device.smart.temperature >= 0 && device.smart.temperature <= 6553);
 
     const DeviceRecord first = device;
     smart_sectors::applySynchronousRead(device, ByteView(sectors.data));
-    require(device.temperature == first.temperature &&
-            std::equal(device.attributes.begin(), device.attributes.end(), first.attributes.begin(),
-                       first.attributes.end(), [](const AttributeEntry &a, const AttributeEntry &b) {
+    require(device.smart.temperature == first.smart.temperature &&
+            std::equal(device.smart.attributes.begin(), device.smart.attributes.end(),
+                       first.smart.attributes.begin(), first.smart.attributes.end(),
+                       [](const AttributeEntry &a, const AttributeEntry &b) {
                            return a.raw == b.raw && a.current == b.current;
                        }));
 

@@ -20,15 +20,15 @@ DeviceRecord drive(int deviceNumber, const QString &model)
     DeviceRecord device;
     device.deviceNumber = deviceNumber;
     device.model = model;
-    device.smartState = 1;
+    device.smart.fullRead = FullRead::Attributes;
     return device;
 }
 
 DeviceRecord warmDrive(int deviceNumber, const QString &model, qint32 temperature)
 {
     DeviceRecord device = drive(deviceNumber, model);
-    device.hasTemperature = true;
-    device.temperature = temperature;
+    device.smart.hasTemperature = true;
+    device.smart.temperature = temperature;
     return device;
 }
 
@@ -50,7 +50,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
         const auto attributes = [](const QVector<AttributeEntry> &list) {
             DeviceRecord device;
-            device.attributes = list;
+            device.smart.attributes = list;
             return shown(rateDrive(device, Settings()));
         };
         row("no attributes", attributes({}), "1 100 ");
@@ -105,11 +105,11 @@ private Q_SLOTS:
                            warmDrive(1, QStringLiteral("not read"), 90),
                            warmDrive(2, QStringLiteral("FINE"), 20), drive(4, QStringLiteral("DYING")),
                            warmDrive(5, QStringLiteral("not watched"), 90)};
-        devices[1].smartState = 0;
-        devices[1].statusLevel = 1;
-        devices[3].attributes = {attribute(5, 8), attribute(9, 90, 0, 1), attribute(10, 3)};
+        devices[1].smart.fullRead = FullRead::NoAttributes;
+        devices[1].rating.level = 1;
+        devices[3].smart.attributes = {attribute(5, 8), attribute(9, 90, 0, 1), attribute(10, 3)};
         devices[4].monitored = 0;
-        devices[4].statusLevel = 2;
+        devices[4].rating.level = 2;
 
         const HealthReport report = evaluateHealth(devices, Settings());
 
@@ -121,9 +121,9 @@ private Q_SLOTS:
                                                   "   Parameter ID 10=3"));
         QVector<int> levels;
         for (const DeviceRecord &device : devices)
-            levels += device.statusLevel;
+            levels += device.rating.level;
         QCOMPARE(levels, (QVector<int>{2, 1, 1, 3, 2}));
-        QCOMPARE(devices[3].health, 3);
+        QCOMPARE(devices[3].rating.health, 3);
         QCOMPARE(report.temperatures.size(), 2);
         QCOMPARE(report.temperatures[1].device, 2);
         QCOMPARE(report.temperatures[1].celsius, 20);
@@ -141,14 +141,14 @@ private Q_SLOTS:
     void previousValues()
     {
         DeviceList devices{warmDrive(0, {}, 41), warmDrive(1, {}, 42)};
-        devices[0].attributes = {attribute(5, 99)};
-        devices[1].smartState = 0;
-        devices[1].previousTemperature = 30;
+        devices[0].smart.attributes = {attribute(5, 99)};
+        devices[1].smart.fullRead = FullRead::NoAttributes;
+        devices[1].smart.previousTemperature = 30;
         keepPreviousValues(devices);
-        QCOMPARE(devices[0].previousTemperature, 41);
-        QCOMPARE(devices[0].attributesPending.size(), 1);
-        QCOMPARE(devices[0].attributesPending[0].current, 99U);
-        QCOMPARE(devices[1].previousTemperature, 30);
+        QCOMPARE(devices[0].smart.previousTemperature, 41);
+        QCOMPARE(devices[0].smart.previousAttributes.size(), 1);
+        QCOMPARE(devices[0].smart.previousAttributes[0].current, 99U);
+        QCOMPARE(devices[1].smart.previousTemperature, 30);
     }
 };
 

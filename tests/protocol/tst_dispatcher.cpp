@@ -21,10 +21,7 @@ constexpr quint64 kNegativeRaw = quint64(-2); ///< payloads show raw values as s
 DeviceRecord neverRead()
 {
     DeviceRecord device;
-    device.scanTime = QDateTime(QDate(2026, 11, 5), QTime(9, 8, 7));
-    device.scanPercent = 12;
-    device.scanFirst = 63;
-    device.scanCurrent = 9000000000;
+    device.scan = {false, 12, 63, 9000000000, QDateTime(QDate(2026, 11, 5), QTime(9, 8, 7)), {}};
     return device;
 }
 
@@ -39,28 +36,22 @@ DeviceRecord fullDevice()
     device.capacity = kHugest;
     device.ataMajor = -3;
     device.ataVersion = QStringLiteral("ATA8");
-    device.smartState = 1;
+    device.smart.fullRead = FullRead::Attributes;
     device.cylinders = -9000000000LL;
-    device.offlineStatus = 130;
-    device.attributeCount = 5;
-    device.attributes = {{9, {}, {}, 4711, 100, 99, 6, 0, 7, 0, 1},
-                         {194, {}, {}, kNegativeRaw, 40, 39, 5, 0, 2, 1, 0}};
+    device.smart.offlineStatus = 130;
+    device.smart.attributeCount = 5;
+    device.smart.attributes = {{9, {}, {}, 4711, 100, 99, 6, 0, 7, 0, 1},
+                               {194, {}, {}, kNegativeRaw, 40, 39, 5, 0, 2, 1, 0}};
     device.volumes = {volumeC, volumeD};
-    device.lifeTimeDetected = true;
-    device.lifeTimeUnit = 4;
-    device.powerOnRaw = 4711;
-    device.powerOnRawLast = kNegativeRaw;
-    device.hasTemperature = true;
-    device.temperature = -5;
-    device.statusLevel = 2;
-    device.health = 97;
+    device.smart.powerOn = {4711, PowerOnCounter::Unit::Seconds, true};
+    device.smart.powerOnRawLast = kNegativeRaw;
+    device.smart.hasTemperature = true;
+    device.smart.temperature = -5;
+    device.rating = {level::kWarning, 97};
     device.monitored = 257;
-    device.scanError = 1;
-    device.badRanges = {{0, 127}, {256, 9000000000}};
-    device.schedKind = 3;
-    device.schedParam = 6;
-    device.schedDate = QDate(2009, 2, 1);
-    device.schedTime = QTime(23, 0, 5);
+    device.scan.hasOpenFailed = true;
+    device.scan.badRanges = {{0, 127}, {256, 9000000000}};
+    device.schedule = {ScheduleKind::Weekly, 6, QDate(2009, 2, 1), QTime(23, 0, 5)};
     return device;
 }
 
@@ -94,7 +85,7 @@ class EndingScanTarget : public FakeTarget
 {
 public:
     [[nodiscard]] bool isScanRunning(int /*device*/) const override { return m_hasEnded = true; }
-    void publishScanProgress() override { deviceList[0].scanPercent = m_hasEnded ? 100 : 99; }
+    void publishScanProgress() override { deviceList[0].scan.percent = m_hasEnded ? 100 : 99; }
 
 private:
     mutable bool m_hasEnded = false;
@@ -218,7 +209,7 @@ private Q_SLOTS:
         };
         const QByteArray before = ask();
         QCOMPARE(ask(), before);
-        target.deviceList[1].attributes[0].raw = 4712;
+        target.deviceList[1].smart.attributes[0].raw = 4712;
         QCOMPARE(ask(), QByteArray(before).replace("4711", "4712"));
         target.deviceList.removeFirst();
         QVERIFY(ask().startsWith("ALLSMARTINFO_OK]![0~;9~;"));
@@ -229,9 +220,9 @@ private Q_SLOTS:
         FakeTarget target;
         fill(target);
         QString ranges;
-        target.deviceList[1].badRanges.clear();
+        target.deviceList[1].scan.badRanges.clear();
         for (quint64 first = 0; first < 2000000; first += 1000) {
-            target.deviceList[1].badRanges.append({first, first + 9});
+            target.deviceList[1].scan.badRanges.append({first, first + 9});
             ranges += QStringLiteral(",%1-%2").arg(first).arg(first + 9);
         }
         const QString reply = replyTo(QStringLiteral("GSTATSCAN"), target);

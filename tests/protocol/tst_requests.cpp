@@ -39,8 +39,12 @@ private Q_SLOTS:
         const auto change = request::scheduleChange(fields(items));
         QString shown = QStringLiteral("refused");
         if (change)
-            shown = QStringLiteral("%1 %2 %3 ").arg(change->device).arg(change->kind).arg(change->param) +
-                    change->date.toString(Qt::ISODate) + u' ' + change->time.toString(Qt::ISODate);
+            shown = QStringLiteral("%1 %2 %3 ")
+                        .arg(change->device)
+                        .arg(int(change->schedule.kind))
+                        .arg(change->schedule.weekday) +
+                    change->schedule.date.toString(Qt::ISODate) + u' ' +
+                    change->schedule.time.toString(Qt::ISODate);
         QTEST(shown, "schedule");
     }
 

@@ -80,7 +80,7 @@ struct Bench
     {
         for (int i = 0; i < devices.size(); ++i)
             devices[i].path = physicalDrivePath(i);
-        devices[0].scanPercent = 33;
+        devices[0].scan.percent = 33;
         QObject::connect(&workers, &ScanWorkers::ended, [this](int device, const ScanProgress &result) {
             applyProgress(result, devices[device]);
             ++ended;
@@ -128,7 +128,7 @@ private Q_SLOTS:
         Bench bench;
         QVERIFY(!bench.start(request));
         bench.workers.publish(bench.devices);
-        QCOMPARE(bench.devices[0].scanPercent, 33); // a refused scan does not change the state
+        QCOMPARE(bench.devices[0].scan.percent, 33); // a refused scan does not change the state
     }
 
     void progressAndResult()
@@ -142,24 +142,24 @@ private Q_SLOTS:
         bench.script.reads.release(2);
         QTRY_COMPARE(int(bench.script.started), 3);
         bench.workers.publish(bench.devices);
-        QCOMPARE(device.scanPercent, 85);
-        QCOMPARE(device.scanFirst, quint64(1000));
-        QCOMPARE(device.scanCurrent, quint64(1255));
-        QCOMPARE(device.badRanges, (QVector<SectorRange>{{1000, 1127}, {1128, 1255}}));
-        QVERIFY(device.scanTime.isValid());
+        QCOMPARE(device.scan.percent, 85);
+        QCOMPARE(device.scan.first, quint64(1000));
+        QCOMPARE(device.scan.current, quint64(1255));
+        QCOMPARE(device.scan.badRanges, (QVector<SectorRange>{{1000, 1127}, {1128, 1255}}));
+        QVERIFY(device.scan.time.isValid());
 
         bench.script.reads.release();
         QTRY_COMPARE(bench.ended, 1);
         QVERIFY(!bench.workers.isRunning(1));
-        QCOMPARE(device.scanPercent, 100);
-        QCOMPARE(device.badRanges.size(), 3);
+        QCOMPARE(device.scan.percent, 100);
+        QCOMPARE(device.scan.badRanges.size(), 3);
 
         // The next run starts from zero.
         bench.script.readable = true;
         bench.script.reads.release();
         bench.scan({1, 512, 5, 5});
-        QCOMPARE(device.scanFirst, quint64(5));
-        QCOMPARE(device.badRanges.size(), 0);
+        QCOMPARE(device.scan.first, quint64(5));
+        QCOMPARE(device.scan.badRanges.size(), 0);
     }
 
     void openFailure()
@@ -169,9 +169,9 @@ private Q_SLOTS:
         bench.script.openError = system_error::kAccessDenied;
         QTest::ignoreMessage(QtWarningMsg, "ERROR_ACCESS_DENIED Scan Disk \\\\.\\PhysicalDrive1.");
         bench.scan(kThreeBlocks);
-        QCOMPARE(device.scanError, 1);
-        QVERIFY(device.scanTime.isValid());
-        QCOMPARE(device.scanCurrent, quint64(1000));
+        QVERIFY(device.scan.hasOpenFailed);
+        QVERIFY(device.scan.time.isValid());
+        QCOMPARE(device.scan.current, quint64(1000));
     }
 
     void stopRightAfterTheStart()
@@ -195,10 +195,10 @@ private Q_SLOTS:
             bench.workers.publish(bench.devices);
             QCoreApplication::processEvents();
             // Every sector is bad, so the list shows the progress at the same moment.
-            if (!device.badRanges.isEmpty())
-                QCOMPARE(device.badRanges.last().last, device.scanCurrent);
+            if (!device.scan.badRanges.isEmpty())
+                QCOMPARE(device.scan.badRanges.last().last, device.scan.current);
         }
-        QCOMPARE(device.badRanges.size(), 10000);
+        QCOMPARE(device.scan.badRanges.size(), 10000);
     }
 
     void stopCancelsAReadThatHangs()
@@ -210,8 +210,8 @@ private Q_SLOTS:
         bench.workers.requestStop(1);
         QTRY_COMPARE(bench.ended, 1);
         QTRY_VERIFY(!bench.threads.isBusy());
-        QCOMPARE(bench.devices[1].scanFirst, quint64(1000));
-        QCOMPARE(bench.devices[1].badRanges.size(), 0); // a read that was cancelled is not a bad block
+        QCOMPARE(bench.devices[1].scan.first, quint64(1000));
+        QCOMPARE(bench.devices[1].scan.badRanges.size(), 0); // a read that was cancelled is not a bad block
     }
 
     void scanOfADriveThatStopsAnsweringEnds()
@@ -223,17 +223,17 @@ private Q_SLOTS:
         QTRY_COMPARE(int(bench.script.started), 2);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("PhysicalDrive1.*not answer")));
         QTRY_VERIFY(!bench.workers.isRunning(1));
-        QCOMPARE(bench.devices[1].scanCurrent, quint64(1127));
+        QCOMPARE(bench.devices[1].scan.current, quint64(1127));
 
         // The drive gets no second worker until it answers.
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("PhysicalDrive1.*not answer")));
         bench.scan(kThreeBlocks);
-        QCOMPARE(bench.devices[1].scanError, 1);
+        QVERIFY(bench.devices[1].scan.hasOpenFailed);
         QCOMPARE(int(bench.script.started), 2);
         bench.script.reads.release(kPlenty);
         QTRY_VERIFY(!bench.threads.isBusy());
         bench.scan(kThreeBlocks);
-        QCOMPARE(bench.devices[1].scanPercent, 100);
+        QCOMPARE(bench.devices[1].scan.percent, 100);
     }
 
     void abandonedScansAreNotReported()

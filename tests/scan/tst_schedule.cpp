@@ -45,7 +45,8 @@ private Q_SLOTS:
         const DateAndTime moment = parseDateTime(parts[2]);
         DeviceList devices(2);
         devices[1].capacity = 1000204886016;
-        applyScheduleChange({1, parts[0].toInt(), parts[1].toInt(), moment.date, moment.time}, devices);
+        applyScheduleChange({1, {ScheduleKind(parts[0].toInt()), parts[1].toInt(), moment.date, moment.time}},
+                            devices);
         const QVector<ScanRequest> scans =
             dueScans(devices, ServedSchedules(), QDateTime::fromString(now, Qt::ISODate));
         QTEST(!scans.isEmpty(), "due");
@@ -63,8 +64,8 @@ private Q_SLOTS:
         DeviceList devices(2);
         for (int i = 0; i < devices.size(); ++i) {
             devices[i].path = QString::number(i);
-            devices[i].schedKind = schedule_kind::kDaily;
-            devices[i].schedTime = QTime(10, 0, 30);
+            devices[i].schedule.kind = ScheduleKind::Daily;
+            devices[i].schedule.time = QTime(10, 0, 30);
         }
         const QDateTime now(QDate(2026, 3, 4), QTime(10, 0, 0));
         ServedSchedules served;
@@ -73,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(due.size(), 1);
         QCOMPARE(due.at(0).device, 1);
         QCOMPARE(dueScans(devices, served, now.addDays(1)).size(), 2);
-        devices[0].schedTime = QTime(10, 0, 40); // changed: another moment
+        devices[0].schedule.time = QTime(10, 0, 40); // changed: another moment
         QCOMPARE(dueScans(devices, served, now).size(), 2);
     }
 };
