@@ -44,7 +44,7 @@ using Done = Request<QString>;
 [[nodiscard]] Request<TemperatureHistory> temperatures(const QDateTime &from, const QDateTime &to);
 
 [[nodiscard]] Request<QVector<ScanStatus>> scans();
-/// Sectors of kScanSectorBytes, both ends inclusive; the block in bytes.
+/// Sectors of kScanSectorSize, both ends inclusive; the block in bytes.
 [[nodiscard]] Done startScan(qint32 drive, qint32 blockSize, quint64 firstSector, quint64 lastSector);
 [[nodiscard]] Done stopScan(qint32 drive);
 [[nodiscard]] Request<QVector<ScheduleEntry>> schedule();

@@ -11,10 +11,10 @@ namespace {
 
 constexpr int kFieldsBeforeRanges = 6;
 
-std::optional<BadRange> rangeItem(const QString &item)
+std::optional<SectorRange> rangeItem(const QString &item)
 {
     FieldReader fields(item.split(QLatin1Char('-')));
-    BadRange range;
+    SectorRange range;
     range.first = fields.number<quint64>();
     range.last = fields.number<quint64>();
     if (!fields.fits() || range.first > range.last)
@@ -102,6 +102,21 @@ bool ScanStatus::isComplete() const
     const auto sectors = double(currentSector - firstSector);
     const double step = 100.0 / sectors;
     return sectors > 0 && percent == qint32(sectors * step);
+}
+
+Result<SectorRange> checkedScanRange(quint64 capacity, const std::optional<quint64> &first,
+                                     const std::optional<quint64> &last)
+{
+    const auto refused = [](const QString &reason) { return Failure{FailureKind::Refused, reason}; };
+    const quint64 sectors = capacity / quint64(kScanSectorSize);
+    if (sectors == 0 && (!first || !last))
+        return refused(QStringLiteral("the size of the drive is unknown: both sectors are needed"));
+    const SectorRange range{first.value_or(0), last.value_or(sectors - 1)};
+    if (range.first > range.last)
+        return refused(QStringLiteral("the first sector is above the last"));
+    if (sectors > 0 && range.last >= sectors)
+        return refused(QStringLiteral("the last sector of the drive is %1").arg(sectors - 1));
+    return range;
 }
 
 std::optional<QVector<ScanStatus>> parseScanStatus(const QString &reply)

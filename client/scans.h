@@ -2,6 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "client/failure.h"
+#include "wire/scan_limits.h"
+
 #include <QDate>
 #include <QDateTime>
 #include <QString>
@@ -12,15 +15,17 @@
 
 namespace client {
 
-/// Scans count sectors of this many bytes, whatever the drive's own sectors are.
-inline constexpr quint64 kScanSectorBytes = 512;
-
 /// Sectors, both ends inclusive.
-struct BadRange
+struct SectorRange
 {
     quint64 first = 0;
     quint64 last = 0;
 };
+
+/// Returns the sectors from `first` to `last` of a drive of `capacity` bytes, by default all of them. Fails
+/// for a range that the service would not scan, because the service itself does not report that.
+[[nodiscard]] Result<SectorRange> checkedScanRange(quint64 capacity, const std::optional<quint64> &first,
+                                                   const std::optional<quint64> &last);
 
 enum class ScanState {
     Idle = 0,
@@ -36,7 +41,7 @@ struct ScanStatus
     quint64 firstSector = 0;
     quint64 currentSector = 0; ///< the last one read
     QDateTime time; ///< local time of the scan's start, later of its end; invalid if there was none
-    QVector<BadRange> badRanges;
+    QVector<SectorRange> badRanges;
 
     [[nodiscard]] bool hasRun() const { return state == ScanState::Running || time.isValid(); }
     /// Returns whether the latest scan has ended at the last sector of its range. The range's end is not

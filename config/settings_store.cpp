@@ -5,6 +5,7 @@
 #include "config/logging.h"
 #include "config/service_values.h"
 #include "config/settings_file.h"
+#include "platform/directory_path.h"
 #include "platform/whole_file.h"
 
 #include <QDateTime>
@@ -132,5 +133,5 @@ bool SettingsStore::storeKey()
 
 QString settingsFilePath(const QString &programDirectory)
 {
-    return QString(programDirectory).replace(u'\\', u'/') + QStringLiteral("HalvexService.ini");
+    return pathIn(programDirectory, QStringLiteral("HalvexService.ini"));
 }

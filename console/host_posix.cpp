@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/host.h"
 
+#include "wire/local_service_name.h"
+
 #include <QFile>
 #include <QHash>
 #include <QTextStream>
@@ -18,7 +20,6 @@ namespace host {
 
 namespace {
 
-constexpr char kLocalName[] = "HalvexService001";
 constexpr char kEnterScreen[] = "\033[?1049h\033[?25l";
 constexpr char kEscape = '\033';
 constexpr char kLeaveScreen[] = "\033[?25h\033[?1049l";
@@ -119,7 +120,7 @@ std::optional<QString> readHidden(const QString &prompt)
 QString localServiceName()
 {
     const QString home = qEnvironmentVariable("HALVEX_HOME");
-    const QString name = QLatin1String(kLocalName);
+    const QString name = QLatin1String(kLocalServiceName);
     return home.isEmpty() ? name : home + QLatin1Char('/') + name;
 }
 

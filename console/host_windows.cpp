@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "console/host.h"
 
+#include "wire/local_service_name.h"
+
 #include <cstdio>
 #include <windows.h>
 
@@ -107,7 +109,7 @@ std::optional<QString> readHidden(const QString &prompt)
 
 QString localServiceName()
 {
-    return QStringLiteral("HalvexService001");
+    return QLatin1String(kLocalServiceName);
 }
 
 FullScreen::FullScreen()

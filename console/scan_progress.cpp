@@ -15,8 +15,7 @@ void RateMeter::sample(qint64 milliseconds, const client::ScanStatus &status)
     if (!continues) {
         m_rate.reset();
     } else if (milliseconds > m_last->milliseconds) {
-        const double bytes =
-            double(sample.currentSector - m_last->currentSector) * double(client::kScanSectorBytes);
+        const double bytes = double(sample.currentSector - m_last->currentSector) * double(kScanSectorSize);
         const double latest = bytes * kMillisecondsPerSecond / double(milliseconds - m_last->milliseconds);
         m_rate = m_rate ? *m_rate + kWeightOfLatest * (latest - *m_rate) : latest;
     }
@@ -38,6 +37,6 @@ std::optional<qint64> secondsLeft(const client::ScanStatus &status, quint64 sect
         left = done * (100.0 / status.percent - 1);
     else
         return std::nullopt;
-    const double seconds = left * double(client::kScanSectorBytes) / bytesPerSecond;
+    const double seconds = left * double(kScanSectorSize) / bytesPerSecond;
     return seconds < kLongestShown ? std::optional<qint64>(qint64(seconds)) : std::nullopt;
 }

@@ -4,6 +4,7 @@
 
 #include "disk/volume_entry.h"
 #include "wire/power_on_counter.h"
+#include "wire/scan_limits.h"
 
 #include <QDateTime>
 #include <QString>
@@ -24,9 +25,6 @@ struct AttributeEntry
     quint32 notPrefailure = 0; ///< 1 when flag bit 0 is clear
     quint32 flagBit2 = 0;      ///< 0 or 1
 };
-
-/// Size of a sector in surface scans, in bytes. Independent of the drive's own sector size.
-inline constexpr int kScanSectorSize = 512;
 
 /// Sectors of kScanSectorSize, both ends inclusive.
 struct SectorRange

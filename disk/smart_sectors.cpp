@@ -3,35 +3,21 @@
 #include "disk/smart_sectors.h"
 
 #include "disk/life_time.h"
+#include "platform/smart_layout.h"
 #include "wire/attribute_catalogue.h"
 
 #include <algorithm>
 
 namespace {
 
-// Both sectors hold a table of slots after a version word; slots at the same place belong together.
-constexpr int kTableOffset = 2;
-constexpr int kSlotSize = 12;
-constexpr int kSlotCount = 30;
-constexpr int kOfflineStatus = 362;
-constexpr int kOfflineCapability = 367;
-constexpr int kSmartCapability = 368;
-
-namespace slot {
-constexpr int kId = 0;
-constexpr int kThreshold = 1; // in the threshold sector
-constexpr int kFlags = 1;
-constexpr int kCurrent = 3;
-constexpr int kWorst = 4;
-constexpr int kRaw = 5; // 48 bits
-} // namespace slot
+namespace layout = smart_layout;
 
 constexpr quint32 kPowerOnTime = 9;
 constexpr quint32 kTemperature = 194;
 
 ByteView slotAt(ByteView sector, int number)
 {
-    return sector.mid(kTableOffset + kSlotSize * number, kSlotSize);
+    return sector.mid(layout::slotOffset(number), layout::kSlotSize);
 }
 
 /// Returns whole degrees from the low word; many drives keep extremes in the bytes above it. A value that no
@@ -43,22 +29,22 @@ quint64 degrees(quint16 reported)
 
 quint64 rawValue(ByteView entry)
 {
-    if (entry.u8(slot::kId) == kTemperature)
-        return degrees(entry.le16(slot::kRaw));
-    return entry.le32(slot::kRaw) | quint64(entry.le16(slot::kRaw + 4)) << 32;
+    if (entry.u8(layout::kId) == kTemperature)
+        return degrees(entry.le16(layout::kRaw));
+    return entry.le32(layout::kRaw) | quint64(entry.le16(layout::kRaw + 4)) << 32;
 }
 
 AttributeEntry parseEntry(ByteView entry, ByteView threshold)
 {
     AttributeEntry attribute;
-    attribute.id = entry.u8(slot::kId);
+    attribute.id = entry.u8(layout::kId);
     attribute.name = attribute_catalogue::name(qint32(attribute.id));
     attribute.description = attribute_catalogue::description(qint32(attribute.id));
     attribute.raw = rawValue(entry);
-    attribute.current = entry.u8(slot::kCurrent);
-    attribute.worst = entry.u8(slot::kWorst);
-    attribute.threshold = threshold.u8(slot::kThreshold);
-    attribute.flags = entry.le16(slot::kFlags);
+    attribute.current = entry.u8(layout::kCurrent);
+    attribute.worst = entry.u8(layout::kWorst);
+    attribute.threshold = threshold.u8(layout::kThreshold);
+    attribute.flags = entry.le16(layout::kFlags);
     attribute.notPrefailure = ~attribute.flags & 1U;
     attribute.flagBit2 = attribute.flags >> 2 & 1U;
     return attribute;
@@ -85,11 +71,11 @@ void smart_sectors::applyFullRead(DeviceRecord &device, const SmartSectors &sect
     const ByteView data(sectors.data);
     const ByteView thresholds(sectors.thresholds);
     SmartValues &smart = device.smart;
-    smart.offlineStatus = data.u8(kOfflineStatus);
-    smart.offlineCapability = data.u8(kOfflineCapability);
-    smart.capability = data.le16(kSmartCapability);
+    smart.offlineStatus = data.u8(layout::kOfflineStatus);
+    smart.offlineCapability = data.u8(layout::kOfflineCapability);
+    smart.capability = data.le16(layout::kCapability);
 
-    for (int i = 0; i < kSlotCount && slotAt(data, i).u8(slot::kId) != 0; ++i) {
+    for (int i = 0; i < layout::kSlotCount && slotAt(data, i).u8(layout::kId) != 0; ++i) {
         smart.attributes.append(parseEntry(slotAt(data, i), slotAt(thresholds, i)));
         noteAttribute(smart, smart.attributes.constLast());
     }
@@ -108,11 +94,11 @@ void smart_sectors::applyFullRead(DeviceRecord &device, const SmartSectors &sect
 void smart_sectors::applySynchronousRead(DeviceRecord &device, ByteView data)
 {
     SmartValues &smart = device.smart;
-    const int count = std::min(smart.attributes.size(), kSlotCount);
+    const int count = std::min(smart.attributes.size(), layout::kSlotCount);
     for (int i = 0; i < count; ++i) {
         AttributeEntry &attribute = smart.attributes[i];
         const ByteView entry = slotAt(data, i);
-        attribute.current = entry.u8(slot::kCurrent);
+        attribute.current = entry.u8(layout::kCurrent);
         attribute.raw = rawValue(entry);
         if (attribute.id == kTemperature)
             smart.temperature = qint32(attribute.raw);

@@ -7,10 +7,11 @@
 #include "monitor/alert_text.h"
 #include "monitor/findings.h"
 #include "monitor/json_fields.h"
+#include "monitor/logging.h"
 #include "monitor/mail_transport.h"
-#include "monitor/monitor_log.h"
 #include "monitor/program_transport.h"
 #include "monitor/webhook_transport.h"
+#include "platform/directory_path.h"
 #include "platform/event_log.h"
 #include "platform/whole_file.h"
 
@@ -31,7 +32,7 @@ QString alertsFilePath(const QString &folder, const ServiceOptions &options)
 {
     const bool isNeeded = options.alertPolicy == AlertPolicy::Changes || !options.alertWebhook.isEmpty() ||
                           !options.alertProgram.isEmpty();
-    const QString path = QString(folder).replace(u'\\', u'/') + QStringLiteral("alerts.json");
+    const QString path = pathIn(folder, QStringLiteral("alerts.json"));
     return isNeeded && QDir::isAbsolutePath(path) ? path : QString();
 }
 

@@ -4,7 +4,7 @@
 
 #include "monitor/alert_text.h"
 #include "monitor/json_fields.h"
-#include "monitor/monitor_log.h"
+#include "monitor/logging.h"
 
 #include <utility>
 

@@ -3,8 +3,8 @@
 #include "monitor/alert_delivery.h"
 
 #include "monitor/alert_mail.h"
+#include "monitor/logging.h"
 #include "monitor/mail_run.h"
-#include "monitor/monitor_log.h"
 #include "monitor/smtp_sender.h"
 #include "platform/event_log.h"
 

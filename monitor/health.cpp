@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/health.h"
 
-#include "monitor/monitor_log.h"
+#include "monitor/logging.h"
 #include "wire/attribute_limits.h"
 
 #include <algorithm>

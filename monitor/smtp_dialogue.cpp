@@ -2,8 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/smtp_dialogue.h"
 
+#include "monitor/logging.h"
 #include "monitor/mail_run.h"
-#include "monitor/monitor_log.h"
 
 #include <algorithm>
 

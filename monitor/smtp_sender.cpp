@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/smtp_sender.h"
 
-#include "monitor/monitor_log.h"
+#include "monitor/logging.h"
 #include "platform/keep_alive.h"
 
 #include <QSslConfiguration>

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/temperature_history.h"
 
-#include "monitor/monitor_log.h"
+#include "monitor/logging.h"
 #include "platform/regular_file.h"
 
 #include <QDir>

@@ -3,6 +3,7 @@
 #include "monitor/temperature_log.h"
 
 #include "monitor/temperature_record.h"
+#include "platform/directory_path.h"
 #include "platform/regular_file.h"
 
 #include <QDir>
@@ -43,9 +44,7 @@ Result<void> append(QFile &log, const QByteArray &records)
 
 QString temperatureLogIn(const QString &directory)
 {
-    QString path = directory;
-    path.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    return path + QStringLiteral("temperature.log");
+    return pathIn(directory, QStringLiteral("temperature.log"));
 }
 
 Result<void> appendTemperatures(const QString &path, const QVector<TemperatureReading> &readings,

@@ -75,7 +75,7 @@ public:
 };
 
 /// Returns the path of drive `number` for open().
-[[nodiscard]] inline QString physicalDrivePath(int number)
-{
-    return QStringLiteral("\\\\.\\PhysicalDrive%1").arg(number);
-}
+[[nodiscard]] QString physicalDrivePath(int number);
+
+/// Returns the number in a path of physicalDrivePath(), in any case; -1 for any other path.
+[[nodiscard]] int physicalDriveNumber(const QString &path);

@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <utility>
 
-Q_LOGGING_CATEGORY(lcProtocol, "halvex.protocol", QtWarningMsg)
-
 Consoles::Consoles(CommandTarget &target, OffsetSource offsets, const ConnectionLimits &limits)
     : m_offsets(std::move(offsets))
     , m_limits(limits)

@@ -13,10 +13,6 @@
 
 class scan_tread;
 
-/// Limits of a scan's block size, in bytes.
-inline constexpr qint32 kMinScanBlockSize = 512;
-inline constexpr qint32 kMaxScanBlockSize = 64 * 1024 * 1024;
-
 /// The surface scans in progress, at most one per device. Event loop's thread only.
 class ScanWorkers : public QObject
 {

@@ -30,7 +30,7 @@ public:
     [[nodiscard]] bool mayConnect(const QHostAddress &address) const;
 
     /// Counts a connection. Returns false, and does not count it, if it exceeds the limit of its address:
-    /// threads that accept at the same time may all have been told that they may. The caller must end it.
+    /// mayConnect() may have been true for several threads at the same time. The caller must end it.
     [[nodiscard]] bool opened(quintptr socket, const QHostAddress &address, qint64 nowMs);
     /// Must be called before the descriptor is closed.
     void closed(quintptr socket);

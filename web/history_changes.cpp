@@ -47,7 +47,7 @@ QMap<FindingKey, QString> derivedFindings(const ServiceData &data, int number)
 {
     QMap<FindingKey, QString> findings;
     const client::Drive &drive = data.drives.at(number);
-    const client::ServiceSettings &settings = data.greeting.settings;
+    const ServiceSettings &settings = data.greeting.settings;
     for (const client::Attribute &attribute : data.attributes.at(number)) {
         if (attribute.isFailing() && drive.isRated())
             findings.insert(QStringLiteral("attribute %1").arg(attribute.id), attributeText(attribute));

@@ -44,18 +44,6 @@ int statusOf(FailureKind kind)
     return 502;
 }
 
-/// Returns why `work` cannot scan `drive`; empty if it can. The service would ignore such a request.
-QString scanFault(const work::StartScan &work, quint64 sectors, quint64 first, quint64 last)
-{
-    if (sectors == 0 && (!work.first || !work.last))
-        return QStringLiteral("the drive's size is not known: \"first\" and \"last\" are needed");
-    if (first > last)
-        return QStringLiteral("\"first\" is greater than \"last\"");
-    if (sectors > 0 && last >= sectors)
-        return QStringLiteral("the drive's last sector is %1").arg(sectors - 1);
-    return {};
-}
-
 bool isRunning(const QVector<client::ScanStatus> &scans, qint32 drive)
 {
     return std::any_of(scans.cbegin(), scans.cend(), [drive](const client::ScanStatus &scan) {
@@ -65,8 +53,7 @@ bool isRunning(const QVector<client::ScanStatus> &scans, qint32 drive)
 
 /// Returns `settings` with `changes` applied. The stored password is for the stored server alone: with
 /// another one the service would send it there.
-client::Result<client::ServiceSettings> changed(const client::ServiceSettings &settings,
-                                                const QJsonObject &changes)
+client::Result<ServiceSettings> changed(const ServiceSettings &settings, const QJsonObject &changes)
 {
     auto result = client::changeSettings(settings, changes);
     const bool isOtherServer =
@@ -145,20 +132,17 @@ void ServiceAction::respondScans()
 void ServiceAction::run(const work::StartScan &work)
 {
     withDrive(work.drive, [this, work](const client::Drive &drive) {
-        const quint64 sectors = drive.capacity / client::kScanSectorBytes;
-        const quint64 first = work.first.value_or(0);
-        const quint64 last = work.last.value_or(sectors - 1);
-        const QString fault = scanFault(work, sectors, first, last);
-        if (!fault.isEmpty()) {
-            respond(errorResponse(400, fault));
+        const auto range = client::checkedScanRange(drive.capacity, work.first, work.last);
+        if (!range) {
+            respond(errorResponse(400, range.failure().text));
             return;
         }
-        ask(client::requests::scans(), [this, work, first, last](const auto &scans) {
+        ask(client::requests::scans(), [this, work, range = *range](const auto &scans) {
             if (isRunning(scans, work.drive.number)) {
                 respond(errorResponse(409, QStringLiteral("a scan of this drive is running")));
                 return;
             }
-            ask(client::requests::startScan(work.drive.number, work.block, first, last),
+            ask(client::requests::startScan(work.drive.number, work.block, range.first, range.last),
                 [this](const QString &) { respondScans(); });
         });
     });

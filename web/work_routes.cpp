@@ -11,9 +11,6 @@ namespace web {
 
 namespace {
 
-constexpr qint32 kSmallestBlock = 512;
-constexpr qint32 kLargestBlock = 64 * 1024 * 1024;
-constexpr qint32 kUsualBlock = 256 * 1024;
 constexpr qint64 kLargestSector = qint64(1) << 53; ///< JSON carries numbers exactly up to here
 
 HttpResponse badBody(const QString &reason)
@@ -74,8 +71,9 @@ Answer startScan(const Call &call)
 {
     return startForDrive(call, [](KeyReader &keys, const work::Drive &drive) {
         work::StartScan work{drive, keys.numberOrNull(QStringLiteral("first"), kLargestSector),
-                             keys.numberOrNull(QStringLiteral("last"), kLargestSector), kUsualBlock};
-        work.block = keys.number(QStringLiteral("block"), kUsualBlock, kSmallestBlock, kLargestBlock);
+                             keys.numberOrNull(QStringLiteral("last"), kLargestSector), kUsualScanBlockSize};
+        work.block =
+            keys.number(QStringLiteral("block"), kUsualScanBlockSize, kMinScanBlockSize, kMaxScanBlockSize);
         return work;
     });
 }

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "wire/service_key_table.h"
 
+#include "wire/poll_limits.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -62,9 +64,9 @@ const QVector<ServiceKeyRow> &serviceKeyTable()
         text("ImagePath", Writer::Installer, "none",
              "Path of the service program; its folder holds the settings file."),
         number("Port", Writer::Service, 0, kNoLimit, "5000", "TCP port for consoles."),
-        number("SMARTPollInterval", Writer::Service, 1, 360000, "180",
+        number("SMARTPollInterval", Writer::Service, kShortestPollSeconds, kLongestPollSeconds, "180",
                "Seconds between two polls of the drives."),
-        number("FreeSpacePollInterval", Writer::Service, 1, 360000, "300",
+        number("FreeSpacePollInterval", Writer::Service, kShortestPollSeconds, kLongestPollSeconds, "300",
                "Seconds between two readings of the volumes."),
         textOption("ListenAddress", "all", "Address on which TCP consoles reach the service."),
         textOption("AllowFrom", "all",

@@ -21,42 +21,23 @@ using client::ScanState;
 using client::ScanStatus;
 
 constexpr auto kFollowInterval = 1s;
-constexpr qint32 kSmallestBlock = 512;
-constexpr qint32 kLargestBlock = 64 * 1024 * 1024;
-constexpr qint32 kUsualBlock = 256 * 1024;
 
 qint32 blockOption(const Context &context)
 {
     const auto text = context.arguments().value(QStringLiteral("block"));
-    const auto block = text ? client::parseBlockSize(*text) : kUsualBlock;
-    if (!block || *block < kSmallestBlock || *block > kLargestBlock)
+    const auto block = text ? client::parseBlockSize(*text) : kUsualScanBlockSize;
+    if (!block || *block < kMinScanBlockSize || *block > kMaxScanBlockSize)
         context.refuse(QStringLiteral("--block takes bytes from 512 to 64M"));
     return *block;
 }
 
-/// Returns the sector that `option` gives, or `usual` without the option.
-quint64 sectorOption(const Context &context, const QString &option, quint64 usual)
+std::optional<quint64> sectorOption(const Context &context, const QString &option)
 {
     const auto text = context.arguments().value(option);
-    const auto sector = text ? client::strictNumber<quint64>(*text) : usual;
-    if (!sector)
+    const auto sector = text ? client::strictNumber<quint64>(*text) : std::nullopt;
+    if (text && !sector)
         context.refuse(QStringLiteral("--%1 takes a sector, not '%2'").arg(option, *text));
-    return *sector;
-}
-
-/// Refuses a range that the service would not scan, because the service itself does not report that.
-client::BadRange checkedRange(const Context &context, const Drive &drive)
-{
-    const quint64 sectors = drive.capacity / client::kScanSectorBytes;
-    if (sectors == 0)
-        context.refuse(QStringLiteral("the size of drive %1 is unknown").arg(drive.number));
-    const client::BadRange range{sectorOption(context, QStringLiteral("first"), 0),
-                                 sectorOption(context, QStringLiteral("last"), sectors - 1)};
-    if (range.first > range.last)
-        context.refuse(QStringLiteral("the first sector is above the last"));
-    if (range.last >= sectors)
-        context.refuse(QStringLiteral("the last sector of the drive is %1").arg(sectors - 1));
-    return range;
+    return sector;
 }
 
 /// Returns whether a scan of the drive is running, by the list of the service.
@@ -161,7 +142,10 @@ void startScan(Context &context)
 {
     const qint32 number = context.driveArgument();
     const qint32 block = blockOption(context);
-    const auto range = checkedRange(context, context.ask(requests::drive(number)));
+    const Drive drive = context.ask(requests::drive(number));
+    const auto range = context.valueOf(
+        client::checkedScanRange(drive.capacity, sectorOption(context, QStringLiteral("first")),
+                                 sectorOption(context, QStringLiteral("last"))));
     if (isRunning(context.ask(requests::scans()), number))
         context.refuse(QStringLiteral("a scan of drive %1 is already running").arg(number));
     (void)context.ask(requests::startScan(number, block, range.first, range.last));

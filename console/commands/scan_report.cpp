@@ -23,7 +23,7 @@ constexpr int kShownRanges = 32; // on a terminal: a failing drive has thousands
 
 quint64 sectorsOf(const ScanReport &report)
 {
-    return report.drive.capacity / client::kScanSectorBytes;
+    return report.drive.capacity / quint64(kScanSectorSize);
 }
 
 /// Returns the range that was read so far; the end of the range is not known.
@@ -63,7 +63,7 @@ QString timeAndSectors(const client::ScanStatus &status)
 }
 
 /// Returns the bad ranges in lines of at most `width` columns.
-QStringList rangeLines(const QVector<client::BadRange> &ranges, int width, bool isTerminal)
+QStringList rangeLines(const QVector<client::SectorRange> &ranges, int width, bool isTerminal)
 {
     QStringList lines{QStringLiteral("bad sectors:")};
     const int shown = isTerminal ? kShownRanges : int(ranges.size());
@@ -72,7 +72,7 @@ QStringList rangeLines(const QVector<client::BadRange> &ranges, int width, bool 
             lines.append(QStringLiteral(" "));
         lines.last() += QLatin1Char(' ') + text;
     };
-    for (const client::BadRange &range : ranges.mid(0, shown))
+    for (const client::SectorRange &range : ranges.mid(0, shown))
         add(QStringLiteral("%1-%2").arg(range.first).arg(range.last));
     if (ranges.size() > shown)
         add(QStringLiteral("and %1 more (--json prints all)").arg(ranges.size() - shown));

@@ -5,14 +5,15 @@
 #include "client/units.h"
 #include "console/context.h"
 #include "console/secret.h"
+#include "wire/poll_limits.h"
 
 namespace {
 
 namespace requests = client::requests;
 using client::Setting;
 
-constexpr qint64 kShortestInterval = 1000;
-constexpr qint64 kLongestInterval = 360000 * kShortestInterval; // the service accepts no more in its key
+constexpr qint64 kShortestInterval = kShortestPollSeconds * 1000;
+constexpr qint64 kLongestInterval = kLongestPollSeconds * 1000;
 
 bool isMailSetting(const Setting &setting)
 {
@@ -30,8 +31,8 @@ QStringList mailSettingNames()
 }
 
 /// Returns the service's settings with the arguments and the password applied.
-client::ServiceSettings changedSettings(Context &context, const std::optional<QString> &secret,
-                                        const QStringList &names)
+ServiceSettings changedSettings(Context &context, const std::optional<QString> &secret,
+                                const QStringList &names)
 {
     auto settings = context.valueOf(
         client::changeSettings(context.greeting().settings, context.arguments().positionals, names));

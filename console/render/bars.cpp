@@ -71,7 +71,7 @@ QString surfaceMap(const client::ScanStatus &status, quint64 sectors, int width,
         for (int i = first; i <= last; ++i)
             cells[i] = SurfaceCell::Read;
     }
-    for (const client::BadRange &range : status.badRanges) {
+    for (const client::SectorRange &range : status.badRanges) {
         for (int i = cellOf(range.first, sectors, width); i <= cellOf(range.last, sectors, width); ++i)
             cells[i] = SurfaceCell::Bad;
     }

@@ -6,6 +6,7 @@
 #include <QFile>
 
 #include "platform/program_name.h"
+#include "wire/local_service_name.h"
 
 namespace home {
 
@@ -19,7 +20,7 @@ QString directory()
 
 QString localSocketName()
 {
-    const QString name = QStringLiteral("HalvexService001");
+    const QString name = QLatin1String(kLocalServiceName);
     return qEnvironmentVariableIsEmpty("HALVEX_HOME") ? name : directory() + QLatin1Char('/') + name;
 }
 

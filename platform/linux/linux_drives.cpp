@@ -173,15 +173,6 @@ ReadReply LinuxDrive::readAt(quint64 offset, MutableBytes buffer)
     return {system_error::kNone, int(length)};
 }
 
-/// Returns N of "\\.\PhysicalDriveN"; -1 for any other path.
-int numberIn(const QString &path)
-{
-    const QString prefix = QStringLiteral("\\\\.\\PhysicalDrive");
-    bool isNumber = false;
-    const int number = path.startsWith(prefix) ? path.midRef(prefix.size()).toInt(&isNumber) : -1;
-    return isNumber ? number : -1;
-}
-
 /// O_DIRECT so that a scan reads the drive and not the cache; read-only because closing a device that was
 /// open for writing makes udev probe it again.
 FileDescriptor openNode(const QString &node)
@@ -211,7 +202,7 @@ void LinuxDrives::rescan()
 
 OpenReply LinuxDrives::open(const QString &path)
 {
-    const int number = numberIn(path);
+    const int number = physicalDriveNumber(path);
     const std::optional<BlockDisk> disk = m_numbers->disk(number);
     if (!disk)
         return {nullptr, system_error::kFileNotFound};

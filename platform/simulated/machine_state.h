@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/accounts.h"
+#include "platform/smart_layout.h"
 #include "platform/volumes.h"
 
 #include <QByteArray>
@@ -33,7 +34,7 @@ struct SmartState
     quint16 smartCapability = 0;
     QVector<AttributeState> attributes; ///< at most kMostAttributes
 
-    static constexpr int kMostAttributes = 30;
+    static constexpr int kMostAttributes = smart_layout::kSlotCount;
 };
 
 struct GeometryState

@@ -3,32 +3,19 @@
 #include "platform/simulated/sectors.h"
 
 #include "platform/drive_requests.h"
+#include "platform/smart_layout.h"
 
 #include <algorithm>
 
 namespace {
 
+namespace layout = smart_layout;
+
 constexpr int kChecksumOffset = ata::kSectorSize - 1;
 constexpr quint64 kMostSectors28Bits = 0x0FFFFFFF;
 
 constexpr quint16 kSmartRevision = 0x0010;
-constexpr int kFirstSlot = 2;
-constexpr int kSlotSize = 12;
-constexpr int kSlotFlags = 1;
-constexpr int kSlotCurrent = 3;
-constexpr int kSlotWorst = 4;
-constexpr int kSlotRaw = 5;
-constexpr int kSlotThreshold = 1;
 constexpr quint16 kPrefailureFlag = 1;
-
-constexpr int kOfflineStatus = 362;
-constexpr int kOfflineCapability = 367;
-constexpr int kSmartCapability = 368;
-
-int slotOffset(int slot)
-{
-    return kFirstSlot + kSlotSize * slot;
-}
 
 /// Sets the checksum: the sum of all 512 bytes is 0 modulo 256.
 void setChecksum(MutableBytes sector)
@@ -115,16 +102,17 @@ QByteArray smartDataSector(const SmartState &smart)
     sector.setLe16(0, kSmartRevision);
     for (int slot = 0; slot < smart.attributes.size(); ++slot) {
         const AttributeState &attribute = smart.attributes.at(slot);
-        const int offset = slotOffset(slot);
-        sector.setLe64(offset + kSlotRaw - 1, attribute.raw << 8); // 48 bits; its neighbours are set below
+        const int offset = layout::slotOffset(slot);
+        // 48 bits; the bytes beside them are set below.
+        sector.setLe64(offset + layout::kRaw - 1, attribute.raw << 8);
         sector.setU8(offset, attribute.id);
-        sector.setLe16(offset + kSlotFlags, attribute.flags);
-        sector.setU8(offset + kSlotCurrent, attribute.current);
-        sector.setU8(offset + kSlotWorst, attribute.worst);
+        sector.setLe16(offset + layout::kFlags, attribute.flags);
+        sector.setU8(offset + layout::kCurrent, attribute.current);
+        sector.setU8(offset + layout::kWorst, attribute.worst);
     }
-    sector.setU8(kOfflineStatus, smart.offlineStatus);
-    sector.setU8(kOfflineCapability, smart.offlineCapability);
-    sector.setLe16(kSmartCapability, smart.smartCapability);
+    sector.setU8(layout::kOfflineStatus, smart.offlineStatus);
+    sector.setU8(layout::kOfflineCapability, smart.offlineCapability);
+    sector.setLe16(layout::kCapability, smart.smartCapability);
     setChecksum(sector);
     return bytes;
 }
@@ -135,8 +123,8 @@ QByteArray smartThresholdSector(const SmartState &smart)
     const MutableBytes sector(bytes);
     sector.setLe16(0, kSmartRevision);
     for (int slot = 0; slot < smart.attributes.size(); ++slot) {
-        sector.setU8(slotOffset(slot), smart.attributes.at(slot).id);
-        sector.setU8(slotOffset(slot) + kSlotThreshold, smart.attributes.at(slot).threshold);
+        sector.setU8(layout::slotOffset(slot), smart.attributes.at(slot).id);
+        sector.setU8(layout::slotOffset(slot) + layout::kThreshold, smart.attributes.at(slot).threshold);
     }
     setChecksum(sector);
     return bytes;
@@ -145,12 +133,12 @@ QByteArray smartThresholdSector(const SmartState &smart)
 bool predictsFailure(ByteView smartData, ByteView smartThresholds)
 {
     for (int slot = 0; slot < SmartState::kMostAttributes; ++slot) {
-        const int offset = slotOffset(slot);
+        const int offset = layout::slotOffset(slot);
         if (smartData.u8(offset) == 0)
             break;
-        const bool prefailure = (smartData.le16(offset + kSlotFlags) & kPrefailureFlag) != 0;
-        const quint8 threshold = smartThresholds.u8(offset + kSlotThreshold);
-        if (prefailure && threshold > 0 && smartData.u8(offset + kSlotCurrent) <= threshold)
+        const bool prefailure = (smartData.le16(offset + layout::kFlags) & kPrefailureFlag) != 0;
+        const quint8 threshold = smartThresholds.u8(offset + layout::kThreshold);
+        if (prefailure && threshold > 0 && smartData.u8(offset + layout::kCurrent) <= threshold)
             return true;
     }
     return false;

@@ -15,18 +15,6 @@
 
 namespace {
 
-/// Returns N of "\\.\PhysicalDriveN", in any case; -1 for any other path.
-int driveNumber(const QString &path)
-{
-    static const QString kPrefix = QStringLiteral("\\\\.\\PhysicalDrive");
-    if (!path.startsWith(kPrefix, Qt::CaseInsensitive))
-        return -1;
-    bool isNumber = false;
-    const int number = path.mid(kPrefix.size()).toInt(&isNumber);
-    const bool exact = isNumber && path.mid(kPrefix.size()) == QString::number(number);
-    return exact ? number : -1;
-}
-
 bool touchesBadSector(const DriveState &drive, quint64 offset, int size)
 {
     constexpr quint64 kBytesPerBadSector = 512;
@@ -159,7 +147,7 @@ SimulatedDrives::SimulatedDrives(std::shared_ptr<Machine> machine)
 
 OpenReply SimulatedDrives::open(const QString &path)
 {
-    const int number = driveNumber(path);
+    const int number = physicalDriveNumber(path);
     const std::shared_ptr<const MachineState> machine = m_machine->state();
     const DriveState *drive = machine->drive(number);
     if (!drive)

@@ -9,6 +9,7 @@
 #include "platform/windows/windows_service_key.h"
 #include "platform/windows/windows_service_manager.h"
 #include "platform/windows/windows_volumes.h"
+#include "wire/local_service_name.h"
 
 Platform makeHostPlatform()
 {
@@ -20,7 +21,7 @@ Platform makeHostPlatform()
     platform.messageLog = std::make_unique<WindowsEventLog>();
     platform.serviceKey = std::make_unique<WindowsServiceKey>();
     platform.serviceManager = std::make_unique<WindowsServiceManager>();
-    platform.localSocketName = QStringLiteral("HalvexService001");
+    platform.localSocketName = QLatin1String(kLocalServiceName);
     platform.instanceLock = std::make_unique<MachineLock>(platform.localSocketName);
     return platform;
 }

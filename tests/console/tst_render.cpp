@@ -85,7 +85,7 @@ private Q_SLOTS:
         row("no values", render::sparkline({}, 8, 7), "");
         row("noise stays low", render::sparkline({20, 21, 20}, 8, 7), "▁▂▁");
 
-        const auto map = [](ScanStatus status, const QVector<client::BadRange> &bad = {}) {
+        const auto map = [](ScanStatus status, const QVector<client::SectorRange> &bad = {}) {
             status.badRanges = bad;
             return render::surfaceMap(status, 1000, 10, {});
         };
@@ -148,7 +148,7 @@ private Q_SLOTS:
         const QStringList lines = scanLines(reports, {false, false, 80}, true);
         QCOMPARE(lines.first(), QStringLiteral("29  M, 512 kB"));
         QCOMPARE(lines.size(), 3); // without the drives that were never scanned
-        reports[29].status.badRanges = QVector<client::BadRange>(200, {1000000, 1000007});
+        reports[29].status.badRanges = QVector<client::SectorRange>(200, {1000000, 1000007});
         for (const QString &line : scanLines(reports, {false, true, 80}))
             QVERIFY2(render::columns(line) <= 80, qPrintable(line));
         const QString piped = scanLines(reports, {}).join(u'\n');
