@@ -74,7 +74,7 @@ Cell attributeKindCell(const Attribute &attribute)
 QJsonValue badRangeArray(const ScanStatus &status)
 {
     QJsonArray ranges;
-    for (const BadRange &range : status.badRanges)
+    for (const SectorRange &range : status.badRanges)
         ranges.append(QJsonArray{toJson(range.first), toJson(range.last)});
     return ranges;
 }

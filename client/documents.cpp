@@ -13,7 +13,7 @@ QJsonObject service(const Greeting &greeting, const QTimeZone &zone)
     return {
         {QStringLiteral("version"), greeting.version},
         {QStringLiteral("hostName"), greeting.hostName},
-        {QStringLiteral("port"), greeting.settings.port},
+        {QStringLiteral("port"), qint64(greeting.settings.port)},
         {QStringLiteral("time"), isoTime(greeting.time.toTimeZone(zone))},
         {QStringLiteral("level"), levelValue(greeting.level)},
     };

@@ -27,7 +27,7 @@ std::optional<Greeting> parseGreeting(const QString &line)
         return std::nullopt;
     greeting.version = fields.text();
     // The service's port is 16 bits wide on the network and 32 in its settings, which may hold anything.
-    settings.port = qint32(fields.number<quint32>(0, std::numeric_limits<qint32>::max()));
+    settings.port = fields.number<quint32>(0, quint32(std::numeric_limits<qint32>::max()));
     settings.smartPollInterval = fields.number<qint64>();
     settings.freeSpacePollInterval = fields.number<qint64>();
     greeting.hostName = fields.text();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "client/level.h"
+#include "wire/service_settings.h"
 
 #include <QDateTime>
 #include <QString>
@@ -10,29 +11,6 @@
 #include <optional>
 
 namespace client {
-
-/// The settings as a service reports them in its greeting and takes them back with SET.
-struct ServiceSettings
-{
-    qint32 port = 0;
-    qint64 smartPollInterval = 0;     ///< milliseconds
-    qint64 freeSpacePollInterval = 0; ///< milliseconds
-    bool popupNotify = false;
-    bool emailNotify = false;
-    bool logSysEvLog = false;
-    QString smtpFrom;
-    QString smtpTo;
-    QString smtpSubj;
-    QString smtpServer;
-    bool smtpNeedAuth = false;
-    QString smtpUser;
-    QString smtpPass;
-    qint32 smtpPort = 0;
-    qint32 wTemp = 0; ///< degrees Celsius
-    qint32 cTemp = 0; ///< degrees Celsius
-    QString warnExtTask;
-    QString critExtTask;
-};
 
 struct Greeting
 {
@@ -44,10 +22,10 @@ struct Greeting
     ServiceSettings settings;
 };
 
-/// The greeting that follows a connection to a service that is ready.
+/// Parses the first line of a service that is ready.
 [[nodiscard]] std::optional<Greeting> parseGreeting(const QString &line);
 
-/// "PEER.SECONDS", as in the greeting and in the answer to AUTH.
+/// "PEER.SECONDS" in the greeting and in the answer to AUTH.
 struct PeerAndTime
 {
     QString peer;

@@ -5,6 +5,7 @@
 #include "client/numbers.h"
 #include "client/requests.h"
 #include "client/units.h"
+#include "wire/poll_limits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +15,7 @@ namespace client {
 namespace {
 
 constexpr qint64 kSecond = 1000;
-constexpr qint64 kLongestInterval = 360000 * kSecond; // the service accepts no more at its next start
+constexpr qint64 kLongestInterval = kLongestPollSeconds * kSecond; // the service accepts no more from its key
 constexpr qint32 kHighestPort = 65535;
 constexpr qint32 kHighestTemperature = 99;
 
@@ -43,11 +44,20 @@ std::optional<bool> parseSwitch(const QString &text)
     return place < 0 ? std::nullopt : std::optional<bool>(place % 2 == 1);
 }
 
+qint64 numberOf(const Setting &setting, const ServiceSettings &settings)
+{
+    return std::holds_alternative<quint32 S::*>(setting.member) ? qint64(valueOf<quint32>(setting, settings))
+                                                                : valueOf<qint32>(setting, settings);
+}
+
 bool assignNumber(const Setting &setting, ServiceSettings &settings, std::optional<qint64> number)
 {
     if (!number || *number < setting.lowest || *number > setting.highest)
         return false;
-    valueOf<qint32>(setting, settings) = qint32(*number);
+    if (std::holds_alternative<quint32 S::*>(setting.member))
+        valueOf<quint32>(setting, settings) = quint32(*number);
+    else
+        valueOf<qint32>(setting, settings) = qint32(*number);
     return true;
 }
 
@@ -177,7 +187,7 @@ QString Setting::text(const ServiceSettings &settings) const
 {
     switch (kind) {
     case Kind::Number:
-        return QString::number(valueOf<qint32>(*this, settings));
+        return QString::number(numberOf(*this, settings));
     case Kind::Interval: {
         const qint64 milliseconds = valueOf<qint64>(*this, settings);
         return milliseconds % kSecond == 0 ? QStringLiteral("%1s").arg(milliseconds / kSecond)
@@ -197,7 +207,7 @@ QJsonValue Setting::json(const ServiceSettings &settings) const
 {
     switch (kind) {
     case Kind::Number:
-        return valueOf<qint32>(*this, settings);
+        return numberOf(*this, settings);
     case Kind::Interval:
         return valueOf<qint64>(*this, settings);
     case Kind::Switch:

@@ -20,8 +20,9 @@ struct Setting
 {
     enum class Kind { Number, Interval, Switch, Text, Secret };
 
-    using Member = std::variant<qint32 ServiceSettings::*, qint64 ServiceSettings::*, bool ServiceSettings::*,
-                                QString ServiceSettings::*>;
+    using Member =
+        std::variant<quint32 ServiceSettings::*, qint32 ServiceSettings::*, qint64 ServiceSettings::*,
+                     bool ServiceSettings::*, QString ServiceSettings::*>;
 
     Kind kind;
     QString name; ///< as a person writes it

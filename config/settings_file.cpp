@@ -16,14 +16,14 @@ namespace {
 /// A number that is accepted if it is greater than 0 and less than `limit`.
 struct NumberField
 {
-    qint32 Settings::*member;
+    qint32 ServiceSettings::*member;
     qint32 limit;
 };
 
 struct PlainKey
 {
     QLatin1String text; ///< the text that a line is searched for, "=" included
-    std::variant<bool Settings::*, NumberField, QString Settings::*> field;
+    std::variant<bool ServiceSettings::*, NumberField, QString ServiceSettings::*> field;
 };
 
 const PlainKey kPopupNotify{QLatin1String("popupNotify="), &Settings::popupNotify};
@@ -79,7 +79,7 @@ void forEachLine(const QByteArray &file, Function take)
     }
 }
 
-void takeValue(Settings &settings, bool Settings::*member, const QString &value)
+void takeValue(Settings &settings, bool ServiceSettings::*member, const QString &value)
 {
     const int number = value.toInt();
     if (number == 0 || number == 1)
@@ -93,12 +93,12 @@ void takeValue(Settings &settings, const NumberField &field, const QString &valu
         settings.*field.member = number;
 }
 
-void takeValue(Settings &settings, QString Settings::*member, const QString &value)
+void takeValue(Settings &settings, QString ServiceSettings::*member, const QString &value)
 {
     settings.*member = value;
 }
 
-QString valueText(const Settings &settings, bool Settings::*member)
+QString valueText(const Settings &settings, bool ServiceSettings::*member)
 {
     return settings.*member ? QStringLiteral("1") : QStringLiteral("0");
 }
@@ -108,7 +108,7 @@ QString valueText(const Settings &settings, const NumberField &field)
     return QString::number(settings.*field.member);
 }
 
-QString valueText(const Settings &settings, QString Settings::*member)
+QString valueText(const Settings &settings, QString ServiceSettings::*member)
 {
     return settings.*member;
 }

@@ -4,7 +4,6 @@
 
 #include "config/service_options.h"
 #include "config/settings.h"
-#include "config/settings_change.h"
 #include "disk/device_record.h"
 #include "monitor/alert_commands.h"
 #include "monitor/alert_mail.h"
@@ -46,7 +45,7 @@ public:
     virtual void setPollIntervals(const PollIntervals &intervals) = 0;
     /// Stores the new settings and evaluates the drives by them. After a change of the port the listener
     /// moves there when a TCP client next disconnects.
-    virtual void changeSettings(const SettingsChange &change) = 0;
+    virtual void changeSettings(const ServiceSettings &change) = 0;
 
     [[nodiscard]] virtual const DeviceList &devices() const = 0;
     [[nodiscard]] virtual QVector<Account> accounts() const = 0;

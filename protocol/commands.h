@@ -41,7 +41,7 @@ Reply temperatureReport(const HistoryPeriod &period, const Context &context);
 Reply reset(const request::None &none, const Context &context);
 Reply refresh(const request::None &none, const Context &context);
 Reply setPollIntervals(const std::optional<PollIntervals> &intervals, const Context &context);
-Reply changeSettings(const std::optional<SettingsChange> &change, const Context &context);
+Reply changeSettings(const std::optional<ServiceSettings> &change, const Context &context);
 Reply testMail(const std::optional<MailTest> &test, const Context &context);
 
 Reply schedules(const request::None &none, const Context &context);

@@ -20,7 +20,7 @@ public:
     /// `consoles` outlives the server.
     explicit localDaemon(Consoles &consoles, QObject *parent = nullptr);
 
-    /// Listens under `name`. A socket file that a killed service left behind is replaced; if another process
+    /// Listens under `name`. A socket file of a killed service is replaced; if another process
     /// serves it, listening fails. After success a listener that Qt closes for lack of descriptors is opened
     /// again as soon as there are some.
     bool listen(const QString &name);

@@ -74,12 +74,12 @@ std::optional<PollIntervals> pollIntervals(const Fields &fields)
 }
 
 /// The order of the items is the protocol's own.
-std::optional<SettingsChange> settingsChange(const Fields &fields)
+std::optional<ServiceSettings> settingsChange(const Fields &fields)
 {
     const Items items(fields.text(1));
     if (items.size() < kSettingItems)
         return std::nullopt;
-    SettingsChange change;
+    ServiceSettings change;
     change.port = quint32(items.number(0));
     change.smartPollInterval = items.longNumber(1);
     change.freeSpacePollInterval = items.longNumber(2);

@@ -72,7 +72,7 @@ struct None
 /// Empty if one of the intervals is below 1.
 [[nodiscard]] std::optional<PollIntervals> pollIntervals(const Fields &fields);
 /// Empty if there are fewer than 18 items.
-[[nodiscard]] std::optional<SettingsChange> settingsChange(const Fields &fields);
+[[nodiscard]] std::optional<ServiceSettings> settingsChange(const Fields &fields);
 /// Empty for any number of items but five. Digits that are not numbers leave date or time invalid.
 [[nodiscard]] std::optional<ScheduleChange> scheduleChange(const Fields &fields);
 [[nodiscard]] ScanStart scanStart(const Fields &fields);

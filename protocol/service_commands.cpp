@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "protocol/commands.h"
 
+#include "config/mail_protection.h"
 #include "config/user_accounts.h"
 #include "protocol/command_target.h"
 #include "protocol/greeting.h"
@@ -56,7 +57,7 @@ Reply setPollIntervals(const std::optional<PollIntervals> &intervals, const Cont
 }
 
 /// A list that is too short changes nothing and is confirmed all the same.
-Reply changeSettings(const std::optional<SettingsChange> &change, const Context &context)
+Reply changeSettings(const std::optional<ServiceSettings> &change, const Context &context)
 {
     CommandTarget &target = context.target;
     if (change && target.options().protectMail)

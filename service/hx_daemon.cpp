@@ -156,7 +156,7 @@ void HxDaemon::resetInfo()
     m_cycle.detect();
 }
 
-// A detection that was under way when the service paused still starts the timers here.
+// A detection that was in progress when the service paused still starts the timers here.
 void HxDaemon::get_devices_complette()
 {
     m_hasDevices = true;
@@ -260,11 +260,11 @@ void HxDaemon::setPollIntervals(const PollIntervals &intervals)
     m_context.settings.freeSpacePollInterval = intervals.freeSpace;
 }
 
-void HxDaemon::changeSettings(const SettingsChange &change)
+void HxDaemon::changeSettings(const ServiceSettings &change)
 {
     if (change.port != settings().port)
         setRebindPending();
-    apply(change, m_context.settings);
+    m_context.settings.set(change);
     writeSettings();
     checkHealth();
 }

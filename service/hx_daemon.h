@@ -26,7 +26,7 @@ class HxDaemon final : public TcpServer, private CommandTarget
     Q_OBJECT
 
 public:
-    /// Listens on the settings' port (isListening() tells) and starts the first drive detection.
+    /// Listens on the settings' port and starts the first drive detection. Check isListening() afterwards.
     HxDaemon(ServiceContext &context, QObject *parent);
 
     /// Ends the workers, then writes the settings.
@@ -67,7 +67,7 @@ private:
     void reset(Completion started) override;
     void refresh(Completion finished) override;
     void setPollIntervals(const PollIntervals &intervals) override;
-    void changeSettings(const SettingsChange &change) override;
+    void changeSettings(const ServiceSettings &change) override;
     void publishScanProgress() override;
     void startScan(const ScanRequest &request) override;
     void stopScan(int device, Completion finished) override;

@@ -128,7 +128,7 @@ private Q_SLOTS:
     }
 
 private:
-    static client::ServiceSettings exampleSettings()
+    static ServiceSettings exampleSettings()
     {
         const auto greeting = client::parseGreeting(QStringLiteral(
             "VER]![v]![5000]![180000]![300000]![box]![1]![1]![0]![0]![f]![t]![s]![h]![25]![1]![u]![p]!["

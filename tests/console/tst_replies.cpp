@@ -75,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(greeting->level, client::Level::Critical);
         QCOMPARE(greeting->peer, QStringLiteral("2130706433"));
         QCOMPARE(greeting->time.toSecsSinceEpoch(), 1794873600);
-        const client::ServiceSettings &settings = greeting->settings;
+        const ServiceSettings &settings = greeting->settings;
         QCOMPARE(settings.port, 5001);
         QCOMPARE(settings.smartPollInterval, 60000);
         QCOMPARE(settings.freeSpacePollInterval, 120000);

@@ -50,10 +50,10 @@ public:
         settingsRecord.freeSpacePollInterval = intervals.freeSpace;
     }
 
-    void changeSettings(const SettingsChange &change) override
+    void changeSettings(const ServiceSettings &change) override
     {
         calls << QStringLiteral("changeSettings");
-        apply(change, settingsRecord);
+        settingsRecord.set(change);
     }
 
     void changeSchedule(const ScheduleChange &change) override
