@@ -26,10 +26,10 @@ exchange::Outcome readSector(Drive &drive, AccessMethod method, int driveNumber,
     case AccessMethod::None:
         break;
     }
-    return {}; // nothing to ask: an empty attribute table
+    return {}; // no request: an empty attribute table
 }
 
-/// A failure prediction comes without thresholds.
+/// A failure prediction does not contain thresholds.
 bool hasThresholds(AccessMethod method)
 {
     return method != AccessMethod::StorageDescriptor && method != AccessMethod::None;
@@ -122,7 +122,7 @@ bool SMART_thread::identify(Drive &drive, DriveReading &reading)
     reading.device = device;
     publish(reading);
     if (!m_read.data && !device.descriptorSerial.isEmpty())
-        return true; // a drive that sleeps goes on sleeping
+        return true; // the drive remains asleep
     detection::identify(drive, descriptor, device);
     reading.device = device;
     publish(reading);

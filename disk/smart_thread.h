@@ -8,16 +8,16 @@
 #include <memory>
 #include <mutex>
 
-/// What to read from which drive.
+/// The order for one reader: the drive and the data to read from it.
 struct SmartRead
 {
     QString path;
-    int index = 0;         ///< the reader's number in its signals: in the device list, or the probe number
-    int driveNumber = -1;  ///< what the S.M.A.R.T. drive-data request carries: the place in the device list,
-                           ///< or -1 while that is not known, and then such a drive is not read
-    bool identify = false; ///< first reads geometry and identity, and by them the access method
+    int index = 0;         ///< the reader's number in its signals: place in the list, or probe number
+    int driveNumber = -1;  ///< sent with the S.M.A.R.T. drive-data request: the place in the device list.
+                           ///< -1: not known yet, and a drive that needs it is not read
+    bool identify = false; ///< first reads geometry and identity, which determine the access method
     int probeNumber = 0;   ///< N of the path; for identify
-    AccessMethod method = AccessMethod::None; ///< if not identify
+    AccessMethod method = AccessMethod::None; ///< unless `identify`
     bool data = true;
     bool thresholds = true;
     bool leaveAsleep = false; ///< reads nothing from a drive in standby

@@ -14,29 +14,29 @@
 #include <utility>
 
 /// Work that may block for ever, on a thread of its own. Workers starts and owns it. It receives values when
-/// it is made and returns values under a lock of its own; it touches no record.
+/// it is constructed and returns values under a lock of its own; it accesses no record.
 class Worker : public QThread
 {
     Q_OBJECT
 
 public:
-    /// `subject` is the drive's path, or whatever else the work may hang in.
+    /// `subject` is the drive's path, or the name of another resource in which the work may hang.
     explicit Worker(QString subject)
         : m_subject(std::move(subject))
     {}
 
     [[nodiscard]] const QString &subject() const { return m_subject; }
 
-    /// Ends the work soon, as far as the system can cut off a pending request. Any thread.
+    /// Cancels a pending request, as far as the system can, so that the work ends soon. Any thread.
     virtual void cancel() {}
 
-    /// Ends the work at the next good place.
+    /// Asks the work to end at a safe point.
     virtual void requestStop() { cancel(); }
 
     /// Returns whether the work has advanced since the last call; its limit then starts again.
     [[nodiscard]] virtual bool hasAdvanced() { return false; }
 
-    /// Whether it may run while another worker of its subject does, as a scan beside S.M.A.R.T. reads.
+    /// Returns whether it may run beside another worker of its subject, as a scan beside S.M.A.R.T. reads.
     [[nodiscard]] virtual bool runsBeside() const { return false; }
 
 Q_SIGNALS:

@@ -29,7 +29,7 @@ int Workers::start(std::unique_ptr<Worker> worker, Milliseconds limit, Ended end
     const int number = ++m_lastNumber;
     const bool isRefused = isHung(worker->subject());
     auto timer = std::make_unique<SMART_timer>(number);
-    connect(timer.get(), &SMART_timer::needTerminated, this, &Workers::passLimit);
+    connect(timer.get(), &SMART_timer::needTerminated, this, &Workers::cancelOverdue);
     Work &work = m_work[number];
     work = {std::move(worker), std::move(ended), isRefused ? State::Refused : State::Waiting,
             std::move(timer)};
@@ -103,7 +103,7 @@ bool Workers::stopAll()
     return hasEnded;
 }
 
-/// Whether an earlier worker of the same subject has to end first.
+/// Returns whether an earlier worker of the same subject has to end first.
 bool Workers::mustWait(int number) const
 {
     const Worker &worker = *m_work.at(number).worker;
@@ -125,7 +125,7 @@ void Workers::begin(int number)
     work.worker->start();
 }
 
-void Workers::passLimit(int number)
+void Workers::cancelOverdue(int number)
 {
     Work &work = m_work.at(number);
     if (work.worker->hasAdvanced())
@@ -135,10 +135,10 @@ void Workers::passLimit(int number)
     const bool hasStarted = std::exchange(work.state, State::Refused) == State::Running;
     if (hasStarted)
         work.state = State::Late;
-    end(number, WorkEnd::TimedOut); // before the cancelled work goes on with failing requests
+    end(number, WorkEnd::TimedOut); // before the cancelled work receives failing requests
     if (hasStarted)
         endLate(work);
-    if (!work.worker->isRunning()) // its end is on the way, it had no turn, or the system no thread for it
+    if (!work.worker->isRunning()) // its end is queued, or it never had a thread
         removeLater(number);
 }
 
@@ -167,7 +167,7 @@ void Workers::end(int number, WorkEnd how)
         ended(number, how);
 }
 
-/// Forgets work whose thread has ended or never ran, and starts what waited for it.
+/// Removes work whose thread has ended or never ran, and starts the work that waited for it.
 void Workers::remove(int number)
 {
     const auto found = m_work.find(number);
@@ -184,7 +184,7 @@ void Workers::remove(int number)
     }
 }
 
-/// Waits for all workers except those that are late already: they were cancelled long ago.
+/// Waits for all workers except late ones, which were cancelled earlier.
 bool Workers::waitForAll(Milliseconds limit) const
 {
     const QDeadlineTimer deadline(limit);

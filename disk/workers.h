@@ -12,21 +12,21 @@
 #include <map>
 #include <memory>
 
-/// How a worker's work ended.
+/// The end of a worker's work.
 enum class WorkEnd {
     Done,
     TimedOut, ///< the limit is over; the worker was cancelled
     Hung,     ///< not started: an earlier worker of the subject is past its limit and still running
 };
 
-/// How long the work on drives and volumes may take.
+/// Time limits of the work on drives and volumes.
 struct WorkLimits
 {
     std::chrono::milliseconds request{20000}; ///< all requests of one read, probe, count or volume together
     std::chrono::milliseconds scanBlock{
-        300000};                            ///< one block of a scan: drives try hard to read a bad sector
+        300000};                            ///< one block of a scan: drives retry a bad sector for minutes
     std::chrono::milliseconds stop{2000};   ///< for the block in progress when everything stops
-    std::chrono::milliseconds cancel{3000}; ///< for cancelled requests to return after that
+    std::chrono::milliseconds cancel{3000}; ///< then, for cancelled requests to return
 };
 
 /// Owns the threads that work on drives and volumes. The workers of one subject run one after another, unless
@@ -43,15 +43,14 @@ public:
 
     explicit Workers(WorkLimits limits = {}, QObject *parent = nullptr);
 
-    /// Does what stopAll() does. Threads that still run are left behind: they use the drives until the
-    /// process ends.
+    /// Calls stopAll(). Threads that still run are abandoned: they use the drives until the process ends.
     ~Workers() override;
 
     [[nodiscard]] const WorkLimits &limits() const { return m_limits; }
 
-    /// Starts `worker`, when it is its subject's turn. The limit begins now, and work that has not had its
-    /// turn by then ends too. `ended` is called once, in a later turn of the event loop, unless the work is
-    /// abandoned; the worker exists until it returns. Returns the work's number.
+    /// Queues `worker` until no earlier worker of its subject runs. The limit begins now, and ends waiting
+    /// work too. `ended` is called once, in a later turn of the event loop, unless the work is abandoned; the
+    /// worker exists until it returns. Returns the work's number.
     int start(std::unique_ptr<Worker> worker, Milliseconds limit, Ended ended);
 
     /// Restarts the limit of work.
@@ -62,13 +61,13 @@ public:
     /// Asks the worker to stop and forgets `ended`.
     void abandon(int work);
 
-    /// Whether a worker of this subject is past its limit and still running.
+    /// Returns whether a worker of this subject is past its limit and still running.
     [[nodiscard]] bool isHung(const QString &subject) const;
 
-    /// Whether the work has not had its turn yet.
+    /// Returns whether the work has not started yet.
     [[nodiscard]] bool isWaiting(int work) const;
 
-    /// Whether any thread still runs.
+    /// Returns whether any thread still runs.
     [[nodiscard]] bool isBusy() const { return !m_work.empty(); }
 
     /// Abandons all work and waits for it, limits().stop and then limits().cancel. Returns false if a thread
@@ -81,14 +80,14 @@ private:
     struct Work
     {
         std::unique_ptr<Worker> worker;
-        Ended ended; ///< empty once it was called, or forgotten
+        Ended ended; ///< empty after the call, or when abandoned
         State state = State::Waiting;
         std::unique_ptr<SMART_timer> timer;
     };
 
     [[nodiscard]] bool mustWait(int number) const;
     void begin(int number);
-    void passLimit(int number);
+    void cancelOverdue(int number);
     void endLate(Work &work);
     void removeLater(int number);
     void end(int number, WorkEnd how);

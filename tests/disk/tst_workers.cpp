@@ -15,7 +15,7 @@ namespace {
 constexpr auto kAgeLong = 1h;
 const QString kSubject = QStringLiteral("drive");
 
-/// What several workers share with the test that controls them.
+/// The state that several workers share with the test that controls them.
 struct Script
 {
     std::atomic_int started{0};
@@ -56,7 +56,7 @@ struct Bench
                              [this](int, WorkEnd end) { ends.append(end); });
     }
 
-    ~Bench() { script.permits.release(100); } // a test that fails must not wait for its workers
+    ~Bench() { script.permits.release(100); } // lets workers end when a test has failed
 
     Script script;
     QVector<WorkEnd> ends;
@@ -103,7 +103,7 @@ private Q_SLOTS:
         bench.script.permits.release(2);
         QTRY_VERIFY(!bench.workers.isHung(kSubject));
         bench.start(kAgeLong);
-        QTRY_COMPARE(bench.ends.size(), 4); // what came back late is not reported
+        QTRY_COMPARE(bench.ends.size(), 4); // late results are not reported
         QCOMPARE(bench.ends.last(), WorkEnd::Done);
     }
 
@@ -135,7 +135,7 @@ private Q_SLOTS:
         QCOMPARE(bench.script.started.load(), 1);
     }
 
-    void stopAllReportsWhatIsLeft()
+    void stopAllReportsRunningThreads()
     {
         Bench bench;
         bench.start(kAgeLong);

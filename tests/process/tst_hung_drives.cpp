@@ -14,10 +14,10 @@ namespace {
 
 constexpr int kDrives = 99;
 
-/// All hang at once; a drive of each kind in turn.
+/// Each kind of hang for all drives, then one drive of each kind in turn.
 const QStringList kKinds{"open", "geometry", "identify", "smart", "read"};
 
-/// 99 drives, of which the first `hung` never answer.
+/// Returns 99 drives, of which the first `hung` never answer.
 QJsonObject machine(int hung)
 {
     QJsonArray drives;
@@ -30,7 +30,7 @@ QJsonObject machine(int hung)
     return {{"drives", drives}};
 }
 
-/// Drives that answer when they are detected and hang in everything but open() from then on.
+/// Returns drives that answer a detection and then hang in everything but open().
 QJsonObject machineThatStopsAnswering(int hung)
 {
     QJsonObject changed = machine(0);
@@ -46,7 +46,7 @@ QJsonObject machineThatStopsAnswering(int hung)
 
 } // namespace
 
-/// Drives that hang in the built service, with limits that are short but otherwise those of the product.
+/// Drives that hang, with short limits in place of the product's.
 class TestHungDrives : public QObject
 {
     Q_OBJECT
@@ -79,7 +79,7 @@ private Q_SLOTS:
 
     void startAndStop_data() { operations_data(); }
 
-    /// A detection ends after one limit, is not held up for other consoles, and can be stopped at any time.
+    /// A detection ends after one limit, does not delay other consoles, and can be interrupted at any time.
     void startAndStop()
     {
         QFETCH(int, hung);
@@ -96,7 +96,7 @@ private Q_SLOTS:
         QCOMPARE(service.firstLine(), QString("DETECTING"));
         QVERIFY(service.waitUntilReady());
         QVERIFY(timer.elapsed() < 2 * kShortRequestLimit.count());
-        const int left = kDrives - (hung + 4) / 5 - (hung + 3) / 5; // those that hang in open() or geometry
+        const int left = kDrives - (hung + 4) / 5 - (hung + 3) / 5; // not in open() or geometry
         QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,%1").arg(left));
         QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
         QCOMPARE(service.ask("DEVCOUNT"), QString("DETECTING"));
@@ -122,7 +122,7 @@ private Q_SLOTS:
             service.ask(QString("STARTSCAN]![%1]![65536]![0]![1000").arg(i));
         QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,99"));
         QVERIFY(service.ask("GSTATSCAN").startsWith("STATSCAN]![0;1;0;0;0;"));
-        QCOMPARE(busy.socket().bytesAvailable(), 0); // REFRESH was not answered before its work
+        QCOMPARE(busy.socket().bytesAvailable(), 0); // REFRESH is answered after its work
         QCOMPARE(busy.readLine(), QString("REFRESH_OK"));
         QVERIFY(timer.elapsed() < 2 * kShortRequestLimit.count());
 
@@ -135,7 +135,7 @@ private Q_SLOTS:
 
         busy.send("REFRESH");
         QVERIFY(service.command(1));
-        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,99")); // counting, too, waits for no drive
+        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,99")); // a count does not wait for drives either
         QCOMPARE(service.stop(), 0);
     }
 };
