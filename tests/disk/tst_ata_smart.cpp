@@ -219,7 +219,7 @@ private Q_SLOTS:
         QVERIFY(timer.elapsed() < 2 * 3000);
         inventory.poll();
         QVERIFY(!inventory.smart.hasUnreadDrives());
-        QCOMPARE(inventory.smart.devices().last().attributes.value(0).threshold, 20U);
+        QCOMPARE(inventory.smart.devices().last().smart.attributes.value(0).threshold, 20U);
     }
 
     /// A crowd of polls reads each drive twice at most at a time: now, and once more for all that come later.
