@@ -1,42 +1,17 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "rows.h"
-#include "web/fake_snapshot.h"
 #include "web/passwords.h"
-#include "web/site.h"
+#include "web/request_bench.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTemporaryDir>
-#include <QThreadPool>
 
-using web::Answer;
 using web::HttpRequest;
 using web::HttpResponse;
 
 namespace {
-
-/// Returns `text` with quotation marks in place of apostrophes.
-QByteArray quoted(const char *text)
-{
-    return QByteArray(text).replace('\'', '"');
-}
-
-/// Stores the work that handlers start.
-class FakeGateway : public web::ServiceGateway
-{
-public:
-    void start(const QString &service, const web::ServiceWork &work, const web::Reply &reply) override
-    {
-        m_service = service;
-        m_work = work;
-        reply(HttpResponse());
-    }
-
-    QString m_service;
-    std::optional<web::ServiceWork> m_work;
-};
 
 QByteArray lightHash(const QByteArray &password)
 {
@@ -46,22 +21,12 @@ QByteArray lightHash(const QByteArray &password)
 } // namespace
 
 /// Requests and snapshots in, responses out.
-class TestWebRequests : public QObject
+class TestWebRequests : public QObject, RequestBench
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_configuration = web::Configuration();
-        m_configuration.hosts = QStringList{QStringLiteral("disks.example.org")};
-        m_sessions = std::make_unique<web::Sessions>();
-        m_limit = std::make_unique<web::LoginLimit>();
-        m_gateway = std::make_unique<FakeGateway>();
-        m_history = std::make_unique<web::HistoryStore>(m_folder.path());
-        m_snapshot.services = {fakeService(QStringLiteral("files"), fakeData()),
-                               fakeService(QStringLiteral("silent"), nullptr)};
-    }
+    void init() { reset(); }
 
     void admits_data()
     {
@@ -257,146 +222,6 @@ private Q_SLOTS:
         QVERIFY(!m_sessions->find(token, start)); // replaced by the new login
         QVERIFY(m_sessions->find(next, start));
     }
-
-    void writesMetrics()
-    {
-        auto data = fakeData();
-        data->drives[0].model = QStringLiteral("A\"B\\C\n<b>");
-        data->drives[1] = data->drives[0]; // same model and serial
-        data->drives[1].temperature.reset();
-        data->drives[1].powerOn.unit = PowerOnCounter::Unit::Unknown;
-        data->attributes[0].append(data->attributes[0].first());
-        m_snapshot.services = {fakeService(QStringLiteral("files"), data)};
-        const QByteArray metrics = text("GET /metrics");
-        const QByteArray device = "device=\"ata-A_B_C__b__S0-0\"";
-        QVERIFY(metrics.contains("smartctl_device_temperature{" + device +
-                                 ",temperature_type=\"current\"} 30\n"));
-        QVERIFY(metrics.contains(quoted("model_name='A\\'B\\\\C\\n<b>'")));
-        QVERIFY(metrics.contains("smartctl_device_power_on_seconds{" + device + "} 36000\n"));
-        QVERIFY(metrics.contains("smartctl_device_attribute{" + device +
-                                 quoted(",attribute_id='5',attribute_name='Reallocated_Sector_Ct',attribute_"
-                                        "flags_short='PO--CK',attribute_flags_long='prefailure,updated_"
-                                        "online,event_count,auto_keep',attribute_value_type='raw'} 7")));
-        QVERIFY(metrics.contains("device=\"ata-A_B_C__b__S0-1\"")); // distinguished by the index
-        QCOMPARE(metrics.count("smartctl_device_temperature{"), 1);
-        QCOMPARE(metrics.count("smartctl_device_power_on_seconds{"), 1);
-        const QList<QByteArray> lines = metrics.split('\n');
-        QSet<QByteArray> series;
-        for (const QByteArray &line : lines.mid(0, lines.size() - 1)) {
-            const QByteArray name = line.left(line.lastIndexOf(' '));
-            QVERIFY2(!series.contains(name), name);
-            series.insert(name);
-        }
-    }
-
-    void writesOpenMetrics()
-    {
-        const QByteArray metrics = text(
-            "GET /probe?target=files\nAccept: text/plain;q=0.5,application/openmetrics-text;version=1.0.0");
-        QVERIFY(metrics.endsWith("\n# EOF\n"));
-        QVERIFY(metrics.contains("# TYPE halvex_polls counter\nhalvex_polls_total{"));
-        QVERIFY(metrics.contains("# TYPE smartctl_device_power_cycle_count unknown\n"));
-    }
-
-    void derivesSmartStatus_data()
-    {
-        QTest::addColumn<bool>("isPrefailure");
-        QTest::addColumn<quint32>("current");
-        QTest::addColumn<quint32>("threshold");
-        QTest::addColumn<QByteArray>("status");
-        row("above the threshold → 1", true, 37U, 36U, QByteArray("1"));
-        row("at the threshold → 0", true, 36U, 36U, QByteArray("0"));
-        row("advisory attribute at its threshold → 1", false, 36U, 36U, QByteArray("1"));
-        row("threshold 0 is never reached → 1", true, 0U, 0U, QByteArray("1"));
-    }
-
-    void derivesSmartStatus()
-    {
-        QFETCH(bool, isPrefailure);
-        QFETCH(quint32, current);
-        QFETCH(quint32, threshold);
-        QFETCH(QByteArray, status);
-        auto data = fakeData();
-        data->attributes[0] = {{5, isPrefailure, true, current, current, threshold, 0, 0x33}};
-        m_snapshot.services = {fakeService(QStringLiteral("files"), data)};
-        QVERIFY(text("GET /metrics")
-                    .contains("smartctl_device_smart_status{device=\"ata-MODEL_0_S0\"} " + status + '\n'));
-    }
-
-    void discoversTargets()
-    {
-        m_configuration.basePath = QStringLiteral("/disks/");
-        const QByteArray targets = text("GET /disks/targets");
-        QVERIFY2(targets.startsWith(quoted(
-                     "[{'labels':{'__metrics_path__':'/disks/"
-                     "probe','__param_target':'files','instance':'files'},'targets':['127.0.0.1:8643']}")),
-                 targets);
-        QCOMPARE(respond(parse("GET /targets")).status, 404); // outside the base path
-    }
-
-private:
-    HttpRequest parse(const QByteArray &text, const QByteArray &cookie = {}) const
-    {
-        const QList<QByteArray> lines = text.split('\n');
-        HttpRequest request;
-        request.method = lines.first().split(' ').first();
-        request.target = lines.first().split(' ').last();
-        request.peer = QHostAddress(QHostAddress::LocalHost);
-        request.headers = {{"host", "127.0.0.1:8643"}, {"cookie", "a=b; halvex-web-8643=" + cookie}};
-        for (const QByteArray &line : lines.mid(1)) {
-            const int colon = line.indexOf(':');
-            request.headers[line.left(colon).toLower()] = line.mid(colon + 1).trimmed();
-        }
-        return request;
-    }
-
-    HttpRequest operatorRequest(const QByteArray &text)
-    {
-        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator, {}}};
-        const QByteArray token =
-            m_sessions->start({QStringLiteral("ann"), web::Role::Operator}, {}, m_now.toSecsSinceEpoch());
-        return parse(text + "\nContent-Type: application/json", token);
-    }
-
-    /// Returns the response, waiting for it if it is delayed, with the whole text of a chunked one.
-    HttpResponse respond(const HttpRequest &request)
-    {
-        const web::Site site{m_configuration,
-                             8643,
-                             QStringLiteral("1.0"),
-                             *m_sessions,
-                             *m_limit,
-                             *m_history,
-                             *m_gateway,
-                             std::make_shared<web::Snapshot>(m_snapshot),
-                             m_now};
-        const Answer given = web::answer(request, site);
-        if (const auto *response = std::get_if<HttpResponse>(&given))
-            return *response;
-        HttpResponse response;
-        if (const auto *deferred = std::get_if<web::Deferred>(&given)) {
-            deferred->start([&response](HttpResponse later) { response = std::move(later); });
-            QThreadPool::globalInstance()->waitForDone();
-        } else if (const auto *chunks = std::get_if<web::ChunkedText>(&given)) {
-            while (chunks->next(response.body)) {
-            }
-        }
-        return response;
-    }
-
-    QByteArray text(const QByteArray &request, const QByteArray &cookie = {})
-    {
-        return respond(parse(request, cookie)).body;
-    }
-
-    QTemporaryDir m_folder;
-    web::Configuration m_configuration;
-    std::unique_ptr<web::Sessions> m_sessions;
-    std::unique_ptr<web::LoginLimit> m_limit;
-    std::unique_ptr<FakeGateway> m_gateway;
-    std::unique_ptr<web::HistoryStore> m_history;
-    web::Snapshot m_snapshot;
-    QDateTime m_now{QDate(2026, 11, 15), QTime(12, 0), Qt::UTC};
 };
 
 QTEST_GUILESS_MAIN(TestWebRequests)
