@@ -3,6 +3,9 @@
 #include "monitor/health.h"
 #include "rows.h"
 
+using Attributes = QVector<AttributeEntry>;
+Q_DECLARE_METATYPE(Attributes)
+
 namespace {
 
 AttributeEntry attribute(quint32 id, quint32 current, quint32 threshold = 0, quint32 notPrefailure = 0)
@@ -32,11 +35,6 @@ DeviceRecord warmDrive(int deviceNumber, const QString &model, qint32 temperatur
     return device;
 }
 
-QString shown(const DriveRating &rating)
-{
-    return QStringLiteral("%1 %2 ").arg(rating.level).arg(rating.health) + rating.detail;
-}
-
 } // namespace
 
 class TestHealth : public QObject
@@ -44,57 +42,86 @@ class TestHealth : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void rates_data()
+    void ratesAttributes_data()
     {
-        QTest::addColumn<QString>("rating"); // level, health and detail
-        QTest::addColumn<QString>("expected");
-        const auto attributes = [](const QVector<AttributeEntry> &list) {
-            DeviceRecord device;
-            device.smart.attributes = list;
-            return shown(rateDrive(device, Settings()));
-        };
-        row("no attributes", attributes({}), "1 100 ");
-        row("scale of 253, best value", attributes({attribute(1, 253)}), "1 100 ");
-        row("201 of 253", attributes({attribute(1, 201)}), "1 79 ");
-        row("200 of 200", attributes({attribute(1, 200)}), "1 100 ");
-        row("101 of 200", attributes({attribute(1, 101)}), "1 50 ");
-        row("100 of 100", attributes({attribute(1, 100)}), "1 100 ");
-        row("beyond every scale", attributes({attribute(1, 255)}), "1 100 ");
-        row("worst of several values", attributes({attribute(1, 90), attribute(2, 60), attribute(3, 80)}),
-            "1 60 ");
-        row("one above the threshold", attributes({attribute(5, 37, 36)}), "1 37 ");
-        row("at the threshold", attributes({attribute(5, 36, 36)}), "2 36    Parameter ID 5=36\n");
-        row("value 11 → fine", attributes({attribute(5, 11)}), "1 11 ");
-        row("value 10 → warning", attributes({attribute(5, 10)}), "2 10    Parameter ID 5=10\n");
-        row("value 6 → warning", attributes({attribute(5, 6)}), "2 6    Parameter ID 5=6\n");
-        row("value 5 → critical", attributes({attribute(5, 5)}), "3 5    Parameter ID 5=5\n");
-        row("critical stays", attributes({attribute(5, 1), attribute(7, 30, 30)}),
-            "3 1    Parameter ID 5=1\n   Parameter ID 7=30\n");
-        row("not pre-failure", attributes({attribute(5, 1, 0, 1)}), "1 100 ");
-
-        const auto degrees = [](int celsius, int wTemp = 55, int cTemp = 65) {
-            Settings settings;
-            settings.wTemp = wTemp;
-            settings.cTemp = cTemp;
-            return shown(rateDrive(warmDrive(0, QString(), celsius), settings));
-        };
-        row("below", degrees(54), "1 100 ");
-        row("at the warning limit", degrees(55), "2 100    Temperature=55 Celsius (131 Fahrengeit)\n");
-        row("below the critical limit", degrees(64), "2 100    Temperature=64 Celsius (147 Fahrengeit)\n");
-        row("at the critical limit", degrees(65), "3 100    Temperature=65 Celsius (149 Fahrengeit)\n");
-        row("Fahrenheit truncates", degrees(37, 1), "2 100    Temperature=37 Celsius (98 Fahrengeit)\n");
-        row("beyond an int", degrees(2147483647),
-            "3 100    Temperature=2147483647 Celsius (3865470596 Fahrengeit)\n");
-        row("limits swapped, between them", degrees(50, 60, 40), "3 100 ");
-        Settings frost;
-        frost.wTemp = 0;
-        row("no temperature is not 0 degrees", shown(rateDrive(drive(0, {}), frost)), "1 100 ");
+        QTest::addColumn<Attributes>("attributes");
+        QTest::addColumn<int>("level");
+        QTest::addColumn<int>("health");
+        QTest::addColumn<QString>("detail");
+        const QString none;
+        row("no attributes", Attributes{}, 1, 100, none);
+        row("scale of 253, best value", Attributes{attribute(1, 253)}, 1, 100, none);
+        row("201 of 253", Attributes{attribute(1, 201)}, 1, 79, none);
+        row("200 of 200", Attributes{attribute(1, 200)}, 1, 100, none);
+        row("101 of 200", Attributes{attribute(1, 101)}, 1, 50, none);
+        row("100 of 100", Attributes{attribute(1, 100)}, 1, 100, none);
+        row("beyond every scale", Attributes{attribute(1, 255)}, 1, 100, none);
+        row("worst of several values", Attributes{attribute(1, 90), attribute(2, 60), attribute(3, 80)}, 1,
+            60, none);
+        row("one above the threshold", Attributes{attribute(5, 37, 36)}, 1, 37, none);
+        row("at the threshold", Attributes{attribute(5, 36, 36)}, 2, 36,
+            QStringLiteral("   Parameter ID 5=36\n"));
+        row("value 11 → fine", Attributes{attribute(5, 11)}, 1, 11, none);
+        row("value 10 → warning", Attributes{attribute(5, 10)}, 2, 10,
+            QStringLiteral("   Parameter ID 5=10\n"));
+        row("value 6 → warning", Attributes{attribute(5, 6)}, 2, 6, QStringLiteral("   Parameter ID 5=6\n"));
+        row("value 5 → critical", Attributes{attribute(5, 5)}, 3, 5, QStringLiteral("   Parameter ID 5=5\n"));
+        row("critical stays", Attributes{attribute(5, 1), attribute(7, 30, 30)}, 3, 1,
+            QStringLiteral("   Parameter ID 5=1\n   Parameter ID 7=30\n"));
+        row("not pre-failure", Attributes{attribute(5, 1, 0, 1)}, 1, 100, none);
     }
 
-    void rates()
+    void ratesAttributes()
     {
-        QFETCH(QString, rating);
-        QTEST(rating, "expected");
+        QFETCH(Attributes, attributes);
+        DeviceRecord device;
+        device.smart.attributes = attributes;
+        const DriveRating rating = rateDrive(device, Settings());
+        QTEST(rating.level, "level");
+        QTEST(rating.health, "health");
+        QTEST(rating.detail, "detail");
+    }
+
+    void ratesTemperature_data()
+    {
+        QTest::addColumn<int>("celsius");
+        QTest::addColumn<int>("wTemp");
+        QTest::addColumn<int>("cTemp");
+        QTest::addColumn<int>("level");
+        QTest::addColumn<QString>("detail");
+        const QString none;
+        row("below the warning limit", 54, 55, 65, 1, none);
+        row("at the warning limit", 55, 55, 65, 2,
+            QStringLiteral("   Temperature=55 Celsius (131 Fahrengeit)\n"));
+        row("below the critical limit", 64, 55, 65, 2,
+            QStringLiteral("   Temperature=64 Celsius (147 Fahrengeit)\n"));
+        row("at the critical limit", 65, 55, 65, 3,
+            QStringLiteral("   Temperature=65 Celsius (149 Fahrengeit)\n"));
+        row("Fahrenheit truncates", 37, 1, 65, 2,
+            QStringLiteral("   Temperature=37 Celsius (98 Fahrengeit)\n"));
+        row("beyond an int", 2147483647, 55, 65, 3,
+            QStringLiteral("   Temperature=2147483647 Celsius (3865470596 Fahrengeit)\n"));
+        row("limits swapped, between them", 50, 60, 40, 3, none);
+    }
+
+    void ratesTemperature()
+    {
+        QFETCH(int, celsius);
+        QFETCH(int, wTemp);
+        QFETCH(int, cTemp);
+        Settings settings;
+        settings.wTemp = wTemp;
+        settings.cTemp = cTemp;
+        const DriveRating rating = rateDrive(warmDrive(0, QString(), celsius), settings);
+        QTEST(rating.level, "level");
+        QTEST(rating.detail, "detail");
+    }
+
+    void driveWithoutTemperatureIsNotAtZeroDegrees()
+    {
+        Settings settings;
+        settings.wTemp = 0;
+        QCOMPARE(rateDrive(drive(0, {}), settings).level, level::kFine);
     }
 
     /// Two drives make one alarm of two blocks. Drives that were not read or are not monitored are not rated.
