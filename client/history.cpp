@@ -27,7 +27,7 @@ std::optional<TemperatureRecord> recordAt(const QString &text, int position)
     if (!date.isValid() || !time.isValid() || record.drive < 0)
         return std::nullopt;
     record.time = QDateTime(date, time, Qt::UTC);
-    // A value above 94 degrees does not fit a byte of the record and arrives as a replacement character.
+    // In a log of another program a value above 94 degrees arrives as a replacement character.
     if (text.at(position + 7).unicode() <= kHighestSingleByte)
         record.temperature = valueAt(text, position + 7);
     return record;

@@ -94,6 +94,7 @@ public:
 private:
     [[nodiscard]] Result<void> readTls();
     [[nodiscard]] unsigned flags() const;
+    [[nodiscard]] Error startFailure(int errnoValue) const;
     void keepWatch();
     void notifyConnection(MHD_Connection *connection, MHD_ConnectionNotificationCode code);
     MHD_Result access(MHD_Connection *connection, const char *method, const char *data, size_t *size,
@@ -142,6 +143,17 @@ unsigned HttpServer::Daemon::flags() const
     return flags;
 }
 
+/// `errnoValue` is 0 if the failure is not the system's.
+Error HttpServer::Daemon::startFailure(int errnoValue) const
+{
+    const QString reason =
+        errnoValue != 0 ? qt_error_string(errnoValue) : QStringLiteral("certificate or key is not valid");
+    return Error{QStringLiteral("cannot listen on %1 port %2: %3")
+                     .arg(m_configuration.listen.address.toString())
+                     .arg(m_configuration.listen.port)
+                     .arg(reason)};
+}
+
 Result<void> HttpServer::Daemon::start()
 {
     std::vector<MHD_OptionItem> tls;
@@ -183,14 +195,8 @@ Result<void> HttpServer::Daemon::start()
             static_cast<Daemon *>(cls)->notifyConnection(connection, code);
         },
         this, MHD_OPTION_ARRAY, tls.data(), MHD_OPTION_END);
-    if (!m_daemon) {
-        const QString reason =
-            errno != 0 ? qt_error_string(errno) : QStringLiteral("certificate or key is not valid");
-        return Error{QStringLiteral("cannot listen on %1 port %2: %3")
-                         .arg(m_configuration.listen.address.toString())
-                         .arg(m_configuration.listen.port)
-                         .arg(reason)};
-    }
+    if (!m_daemon)
+        return startFailure(errno);
     m_timer.start();
     return {};
 }
