@@ -165,15 +165,25 @@ Result<void> check(const ServiceKeyRow &row, const std::optional<KeyValue> &valu
     return Error{QStringLiteral("must be a number from %1 to %2").arg(row.lowest).arg(row.highest)};
 }
 
+void logOption(const ServiceKeyRow &row, const KeyValue &value)
+{
+    const auto *const number = std::get_if<quint32>(&value);
+    const QString shown = number ? QString::number(*number) : std::get<QString>(value);
+    qCInfo(lcConfig) << "The option" << row.name << "is" << (row.isSecret ? QStringLiteral("set") : shown);
+}
+
 Result<void> readOption(const OptionRow &option, const OpenKey &key, ServiceOptions &options)
 {
     const QString name = QString::fromLatin1(option.name);
     const std::optional<KeyValue> value = key.value(name);
-    Result<void> outcome = check(*findServiceKeyRow(name), value);
+    const ServiceKeyRow &row = *findServiceKeyRow(name);
+    Result<void> outcome = check(row, value);
     if (outcome)
         outcome = option.store(options, *value);
-    if (outcome)
+    if (outcome) {
+        logOption(row, *value);
         return {};
+    }
     return Error{QStringLiteral("The option %1 of the service key %2").arg(name, outcome.failure().text)};
 }
 

@@ -38,6 +38,13 @@ ServiceKeyRow textOption(const char *name, const char *defaultText, const char *
     return text(name, Writer::Administrator, defaultText, help);
 }
 
+ServiceKeyRow secretOption(const char *name, const char *defaultText, const char *help)
+{
+    ServiceKeyRow row = textOption(name, defaultText, help);
+    row.isSecret = true;
+    return row;
+}
+
 /// Returns the number of insertions, removals and replacements of one character that make `a` into `b`.
 int editDistance(const QString &a, const QString &b)
 {
@@ -89,7 +96,7 @@ const QVector<ServiceKeyRow> &serviceKeyTable()
         numberOption("AlertReminderHours", 8760, "24", "With changes: hours between reminders; 0: none."),
         textOption("AlertGrowth", "5,187,196,197,198",
                    "With changes: attributes whose raw value must not grow; empty: none."),
-        textOption("AlertWebhook", "none", "http or https URL that alerts are posted to; keep it secret."),
+        secretOption("AlertWebhook", "none", "http or https URL that alerts are posted to; keep it secret."),
         textOption("AlertProgram", "none", "Absolute path of a program that is started for alerts."),
     };
     return rows;

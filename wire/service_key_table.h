@@ -22,6 +22,7 @@ struct ServiceKeyRow
     quint32 highest;           ///< of a number
     QLatin1String defaultText; ///< the value that an absent one counts as, for a person
     QLatin1String help;        ///< one line
+    bool isSecret = false;     ///< its value is not logged
 };
 
 /// Returns the rows of all values, in the order in which documents list them.

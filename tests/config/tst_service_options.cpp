@@ -9,6 +9,7 @@
 #include "wire/service_key_table.h"
 
 #include <QFile>
+#include <QLoggingCategory>
 #include <QStandardPaths>
 #include <QSysInfo>
 
@@ -209,6 +210,15 @@ private Q_SLOTS:
         const auto options = readServiceOptions(key);
         QVERIFY(!options);
         QVERIFY(options.failure().text.endsWith("key.json: Permission denied"));
+    }
+
+    void optionsAreLoggedWithoutSecrets()
+    {
+        QLoggingCategory::setFilterRules("halvex.config.info=true");
+        QTest::ignoreMessage(QtInfoMsg, "The option \"SkipStandbyDrives\" is \"1\"");
+        QTest::ignoreMessage(QtInfoMsg, "The option \"AlertWebhook\" is \"set\"");
+        QVERIFY(read({{"SkipStandbyDrives", number(1)}, {"AlertWebhook", text("https://host/secret")}}));
+        QLoggingCategory::setFilterRules({});
     }
 
     void everyOptionIsReadAndDocumented()
