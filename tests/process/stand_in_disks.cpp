@@ -4,7 +4,8 @@
 // A library to preload: takes the place of libudev and of the kernel's block devices, so that the Linux build
 // runs on ATA disks that exist only in the file that STAND_IN_DISKS names. A line of it is a disk: the name
 // of its node, then KEY=VALUE pairs, all separated by tabs. A key that begins with "ID_" is a property of
-// udev's, "wwid", "vendor", "model", "rev" and "removable" are the kernel's attributes; "ata" is what
+// udev's, "wwid", "vendor", "model", "rev", "removable" and "serial" (of a USB bridge) are the kernel's
+// attributes, whose other files lie in a folder named like this file, a dot and the node; "ata" is what
 // IDENTIFY reports, as MODEL|SERIAL|FIRMWARE; "sg16" and "sg12" are the answers to SG_IO with a command of
 // that length, as HOST STATUS,RESIDUE,SENSE IN HEX, or "hang" for a call that never returns. Each enumeration
 // adds a byte to the file with ".scans" appended to its name.
@@ -236,7 +237,7 @@ udev_device *makeDevice(const std::optional<Disk> &disk)
 {
     if (!disk)
         return nullptr;
-    auto *const parent = new udev_device{*disk, {}, {}, nullptr};
+    auto *const parent = new udev_device{*disk, std::string(specification()) + '.' + disk->name, {}, nullptr};
     return new udev_device{*disk, kPath + disk->name, "/dev/" + disk->name, parent};
 }
 
@@ -335,9 +336,10 @@ udev_device *udev_device_get_parent(udev_device *device)
 {
     return device->parent;
 }
-udev_device *udev_device_get_parent_with_subsystem_devtype(udev_device *, const char *, const char *)
+udev_device *udev_device_get_parent_with_subsystem_devtype(udev_device *device, const char *subsystem,
+                                                           const char *)
 {
-    return nullptr;
+    return std::strcmp(subsystem, "usb") == 0 ? device->parent : nullptr;
 }
 
 int open(const char *path, int flags, ...)
