@@ -89,7 +89,7 @@ private:
     [[nodiscard]] bool mustWait(int number) const;
     void begin(int number);
     void passLimit(int number);
-    void endLate(Work &work);
+    void refuse(int number);
     void removeLater(int number);
     void end(int number, WorkEnd how);
     void remove(int number);
