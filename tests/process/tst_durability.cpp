@@ -156,6 +156,7 @@ private Q_SLOTS:
             service.plan(FaultPlan::None, 0);
 
             QVERIFY2(service.serve(), service.output());
+            QVERIFY(!service.history().isNull()); // its first temperatures are recorded
             QVERIFY(service.subject() == before || service.subject() == after);
             QVERIFY(service.content("temperature.log").startsWith(history));
             QCOMPARE(service.content("temperature.log").size() % 8, 0);
