@@ -99,7 +99,8 @@ void history(benchmark::State &state, const LongLog &(*logOf)(), const QDate &fr
 {
     int argc = 0;
     const QCoreApplication application(argc, nullptr); // for the slices of the index
-    TemperatureHistory log(logOf().path(), {});
+    Workers workers;
+    TemperatureHistory log(logOf().path(), {}, workers);
     const HistoryPeriod period{{from, QTime(0, 0)}, {kLastDay, QTime(23, 59, 59)}};
     qint64 records = 0;
     const auto readAll = [&records](HistoryReader reader) {

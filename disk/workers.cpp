@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 Workers::Workers(WorkLimits limits, QObject *parent)
     : QObject(parent)
@@ -27,18 +26,14 @@ Workers::~Workers()
 int Workers::start(std::unique_ptr<Worker> worker, Milliseconds limit, Ended ended)
 {
     const int number = ++m_lastNumber;
-    const bool isRefused = isHung(worker->subject());
     auto timer = std::make_unique<SMART_timer>(number);
     connect(timer.get(), &SMART_timer::needTerminated, this, &Workers::cancelOverdue);
     Work &work = m_work[number];
-    work = {std::move(worker), std::move(ended), isRefused ? State::Refused : State::Waiting,
-            std::move(timer)};
-    if (isRefused) {
-        removeLater(number);
-        return number;
-    }
+    work = {std::move(worker), std::move(ended), State::Waiting, std::move(timer)};
     work.timer->start(limit);
-    if (!mustWait(number))
+    if (isHung(work.worker->subject()))
+        refuse(number);
+    else if (!mustWait(number))
         begin(number);
     return number;
 }
@@ -132,27 +127,27 @@ void Workers::cancelOverdue(int number)
         return;
     qCDebug(lcDisk) << work.worker->subject() << "does not answer in time";
     work.timer->stop();
-    const bool hasStarted = std::exchange(work.state, State::Refused) == State::Running;
-    if (hasStarted)
-        work.state = State::Late;
-    end(number, WorkEnd::TimedOut); // before the cancelled work receives failing requests
-    if (hasStarted)
-        endLate(work);
-    if (!work.worker->isRunning()) // its end is queued, or it never had a thread
+    const bool hasStarted = work.state == State::Running;
+    work.state = hasStarted ? State::Late : State::Refused;
+    end(number, WorkEnd::TimedOut); // before the cancelled work continues with failing requests
+    if (!work.worker->isRunning())  // its end is on the way, it had no turn, or there was no thread for it
         removeLater(number);
-}
-
-/// Cancels late work, and ends the work that waits for it.
-void Workers::endLate(Work &work)
-{
+    if (!hasStarted)
+        return;
     work.worker->cancel();
-    std::vector<int> waiting;
     for (const auto &[other, candidate] : m_work) {
         if (candidate.state == State::Waiting && candidate.worker->subject() == work.worker->subject())
-            waiting.push_back(other);
+            refuse(other);
     }
-    for (const int other : waiting)
-        remove(other);
+}
+
+/// Ends work that has not started.
+void Workers::refuse(int number)
+{
+    Work &work = m_work.at(number);
+    work.timer->stop();
+    work.state = State::Refused;
+    removeLater(number);
 }
 
 void Workers::removeLater(int number)

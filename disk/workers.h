@@ -88,7 +88,7 @@ private:
     [[nodiscard]] bool mustWait(int number) const;
     void begin(int number);
     void cancelOverdue(int number);
-    void endLate(Work &work);
+    void refuse(int number);
     void removeLater(int number);
     void end(int number, WorkEnd how);
     void remove(int number);

@@ -72,10 +72,11 @@ QByteArray HistoryReader::next()
     return text;
 }
 
-TemperatureHistory::TemperatureHistory(QString path, const Sizes &sizes, QObject *parent)
+TemperatureHistory::TemperatureHistory(QString path, const Sizes &sizes, Workers &workers, QObject *parent)
     : QObject(parent)
     , m_path(std::move(path))
     , m_sizes(sizes)
+    , m_workers(workers)
     , m_index(sizes.blockRecords)
 {}
 
@@ -87,22 +88,40 @@ void TemperatureHistory::prepare()
 
 void TemperatureHistory::append(const QVector<TemperatureReading> &readings, const QDateTime &now)
 {
-    const bool wasCurrent = isIndexCurrent();
-    const auto appended = appendTemperatures(m_path, readings, now);
-    logChange(appended ? m_writing.succeeded() : m_writing.failed(appended.failure().text, now));
-    if (!wasCurrent)
+    auto worker = std::make_unique<FunctionWorker<Appended>>(m_path, [path = m_path, readings, now] {
+        const FileStamp before = fileStamp(path);
+        const auto outcome = appendTemperatures(path, readings, now);
+        return Appended{before, fileStamp(path), outcome};
+    });
+    const auto *const appender = worker.get();
+    ++m_pendingAppends;
+    m_workers.start(std::move(worker), m_workers.limits().request, [this, appender, now](int, WorkEnd end) {
+        const Appended none{{}, {}, Error{m_path + QStringLiteral(": the disk does not answer")}};
+        endAppend(end == WorkEnd::Done ? *appender->value() : none, now);
+    });
+}
+
+void TemperatureHistory::endAppend(const Appended &appended, const QDateTime &when)
+{
+    const Result<void> &outcome = appended.outcome;
+    logChange(outcome ? m_writing.succeeded() : m_writing.failed(outcome.failure().text, when));
+    if (m_stamp && *m_stamp == appended.before) {
+        m_stamp = appended.after;
+        const auto log = m_logBeingIndexed ? nullptr : openLog(); // indexing continues to the file's end
+        if (log)
+            indexRecords(*log, m_sizes.sliceRecords);
+    }
+    if (--m_pendingAppends > 0 || m_logBeingIndexed)
         return;
-    m_stamp = fileStamp(m_path);
-    if (m_logBeingIndexed)
-        return; // which goes on to the end of the file
-    if (const auto log = openLog())
-        indexRecords(*log, m_sizes.sliceRecords);
+    for (Query &query : std::exchange(m_waiting, {}))
+        find(query.period, std::move(query.found));
 }
 
 void TemperatureHistory::find(const HistoryPeriod &period, Found found)
 {
-    prepare();
-    if (m_logBeingIndexed)
+    if (m_pendingAppends == 0)
+        prepare();
+    if (m_pendingAppends > 0 || m_logBeingIndexed)
         m_waiting.push_back({period, std::move(found)});
     else
         found(readerOf(period));
@@ -134,6 +153,10 @@ void TemperatureHistory::indexSlice()
 /// Whoever waits gets what the file contained meanwhile, even if it has changed again.
 void TemperatureHistory::finishIndexing()
 {
+    if (m_pendingAppends > 0) {
+        m_logBeingIndexed.reset();
+        return; // endAppend() answers the queries
+    }
     const auto log = std::exchange(m_logBeingIndexed, nullptr); // is open for the readers below
     const std::vector<Query> waiting = std::exchange(m_waiting, {});
     std::vector<HistoryReader> readers;

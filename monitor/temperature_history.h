@@ -3,6 +3,7 @@
 #pragma once
 
 #include "disk/date_time_text.h"
+#include "disk/workers.h"
 #include "monitor/fault_state.h"
 #include "monitor/temperature_index.h"
 #include "monitor/temperature_log.h"
@@ -47,9 +48,9 @@ private:
     qint64 m_record = 0; ///< place of the next record
 };
 
-/// The temperature log: appends records and finds the records of a period by an index. The index is built in
-/// slices on the event loop, extended by append(), and built anew when the file has been changed by somebody
-/// else. Event loop's thread only.
+/// The temperature log: appends records, in order, on a worker thread, and finds the records of a period by
+/// an index. The index is built in slices on the event loop, extended by append(), and built anew when the
+/// file has been changed by somebody else. Event loop's thread only.
 class TemperatureHistory : public QObject
 {
     Q_OBJECT
@@ -63,19 +64,22 @@ public:
     };
 
     /// `path` names the log, which need not exist. If it is not absolute, nothing is read or written.
-    explicit TemperatureHistory(QString path, const Sizes &sizes, QObject *parent = nullptr);
+    /// `workers` outlives this object, which outlives the event loop's last turn.
+    TemperatureHistory(QString path, const Sizes &sizes, Workers &workers, QObject *parent = nullptr);
 
     /// Starts to index the log, so that the first query need not wait for it.
     void prepare();
 
-    /// Appends a record for each reading; see appendTemperatures().
+    /// Appends a record for each reading; see appendTemperatures(). Records are lost, and a fault is logged,
+    /// while the disk does not answer within the limit of a request.
     void append(const QVector<TemperatureReading> &readings, const QDateTime &now);
 
     /// Receives the history of a period.
     using Found = std::function<void(HistoryReader reader)>;
 
     /// Finds the records from `from` to `to` and the first one later than `to`, where a history ends.
-    /// `found` is called once: before the function returns, or when the log has been indexed.
+    /// `found` is called once: before the function returns, or when earlier records have been appended and
+    /// the log has been indexed.
     void find(const HistoryPeriod &period, Found found);
 
 private:
@@ -85,6 +89,15 @@ private:
         Found found;
     };
 
+    /// What a worker has done to the log.
+    struct Appended
+    {
+        FileStamp before;
+        FileStamp after;
+        Result<void> outcome;
+    };
+
+    void endAppend(const Appended &appended, const QDateTime &when);
     [[nodiscard]] bool isIndexCurrent() const;
     void startIndexing();
     void indexSlice();
@@ -95,11 +108,13 @@ private:
 
     const QString m_path;
     const Sizes m_sizes;
+    Workers &m_workers;
+    int m_pendingAppends = 0;
     TemperatureIndex m_index;
     std::optional<FileStamp> m_stamp; ///< of the file that the index describes
     std::weak_ptr<QFile> m_openLog;   ///< shared by the readers of that file
     std::shared_ptr<QFile> m_logBeingIndexed;
-    std::vector<Query> m_waiting; ///< for the end of indexing
+    std::vector<Query> m_waiting; ///< for records that are being appended, and for the end of indexing
     FaultState m_reading{QStringLiteral("Reading the temperature log")};
     FaultState m_writing{QStringLiteral("Writing the temperature log")};
 };

@@ -12,7 +12,6 @@ inline constexpr quint32 kNone = 0;
 inline constexpr quint32 kInvalidFunction = 1;
 inline constexpr quint32 kFileNotFound = 2;
 inline constexpr quint32 kAccessDenied = 5;
-inline constexpr quint32 kInvalidHandle = 6;
 inline constexpr quint32 kNotEnoughMemory = 8;
 inline constexpr quint32 kBadLength = 24;
 inline constexpr quint32 kNotReady = 21;

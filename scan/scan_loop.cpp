@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr quint64 kAreaSectors = 102400;
+constexpr quint64 kAreaSectors = 102400; // 50 MiB, counted from the drive's start
 
 /// First sector that cannot be read: offsets are signed 64-bit numbers in the systems' interfaces.
 constexpr quint64 kSeekableSectors = quint64(std::numeric_limits<qint64>::max()) / quint64(kScanSectorSize);
@@ -53,36 +53,24 @@ int scanBufferSize(const ScanBlocks &blocks)
     return blocks.size + 2 * int(blocks.driveSector); // a part of one at either end
 }
 
-ScanTotals scanSurface(Drive &drive, const SectorRange &range, const ScanBlocks &blocks, MutableBytes buffer,
-                       const std::atomic<bool> &stopRequested, const ScanHooks &hooks)
+void scanSurface(Drive &drive, const SectorRange &range, const ScanBlocks &blocks, MutableBytes buffer,
+                 const std::atomic<bool> &stopRequested, const ScanHooks &hooks)
 {
     const auto sectorsPerBlock = quint64(blocks.size / kScanSectorSize);
-    ScanTotals totals;
     quint64 area = range.first / kAreaSectors;
-    bool areaIsBad = false;
     for (quint64 sector = range.first;;) {
         const SectorRange block = blockAt(sector, range.last, sectorsPerBlock);
         const quint32 error = readBlock(drive, block, blocks.driveSector, buffer);
         const bool stopping = stopRequested;
         if (stopping && error == system_error::kOperationAborted)
-            break;
-        const bool readable = error == system_error::kNone;
-        areaIsBad |= !readable;
-        totals.sectorsDone = block.last - range.first + 1;
-        hooks.blockDone({block, readable, percentAt(block.last, range)});
+            return;
+        hooks.blockDone({block, error == system_error::kNone, percentAt(block.last, range)});
         if (block.last / kAreaSectors != area) {
             area = block.last / kAreaSectors;
-            ++totals.areasDone;
-            totals.badAreas += areaIsBad ? 1 : 0;
-            areaIsBad = false;
             hooks.pause();
         }
-        if (stopping || block.last == range.last) {
-            totals.badAreas += stopping && areaIsBad ? 1 : 0;
-            break;
-        }
+        if (stopping || block.last == range.last)
+            return;
         sector = block.last + 1;
     }
-    ++totals.areasDone;
-    return totals;
 }

@@ -8,16 +8,7 @@
 #include <atomic>
 #include <functional>
 
-/// The totals of a run. An area is 102400 sectors (50 MiB), counted from the drive's start.
-struct ScanTotals
-{
-    quint64 sectorsDone = 0;
-    quint64 areasDone = 0; ///< the last one counts even if the run ends within it
-    quint64 badAreas = 0;  ///< areas left, or stopped in, with a block that failed
-    bool openFailed = false;
-};
-
-/// A block that has been handled.
+/// A block that has been read, or could not be.
 struct ScanBlock
 {
     SectorRange sectors;
@@ -25,11 +16,11 @@ struct ScanBlock
     qint32 percent = 0; ///< of the range, up to this block's end
 };
 
-/// The callbacks of a run; called on the run's own thread.
+/// Called during a run, on its own thread.
 struct ScanHooks
 {
     std::function<void(const ScanBlock &)> blockDone;
-    std::function<void()> pause; ///< once an area, so that other requests reach the drive
+    std::function<void()> pause; ///< once in 50 MiB, so that the scan does not occupy the drive alone
 };
 
 /// The blocks in which a surface is read.
@@ -49,5 +40,5 @@ struct ScanBlocks
 /// Reads `range`, whose first sector is not beyond its last, from start to end in blocks of whole scan
 /// sectors. A block that fails is reported and skipped. Ends after the block in progress when a stop is
 /// requested; a block whose read was cancelled by that stop is not reported. Allocates nothing.
-ScanTotals scanSurface(Drive &drive, const SectorRange &range, const ScanBlocks &blocks, MutableBytes buffer,
-                       const std::atomic<bool> &stopRequested, const ScanHooks &hooks);
+void scanSurface(Drive &drive, const SectorRange &range, const ScanBlocks &blocks, MutableBytes buffer,
+                 const std::atomic<bool> &stopRequested, const ScanHooks &hooks);

@@ -73,12 +73,6 @@ ScanProgress scan_tread::progress() const
     return progress;
 }
 
-ScanTotals scan_tread::totals() const
-{
-    const QMutexLocker lock(&m_mutex);
-    return m_totals;
-}
-
 void scan_tread::work(Drive *drive, quint32 openError)
 {
     qCDebug(lcScan).noquote() << QStringLiteral("Try to start Scan Disk %1.").arg(subject());
@@ -100,12 +94,10 @@ void scan_tread::scan(Drive &drive)
         << QStringLiteral("Start Scan Disk %1. First sector %2").arg(subject()).arg(m_request.firstSector);
     const ScanHooks hooks{[this](const ScanBlock &block) { publishBlock(block); },
                           [] { QThread::msleep(kAreaPause); }};
-    const ScanTotals totals =
-        scanSurface(drive, {quint64(m_request.firstSector), quint64(m_request.lastSector)}, m_blocks,
-                    MutableBytes(buffer.get(), scanBufferSize(m_blocks)), m_stopRequested, hooks);
+    scanSurface(drive, {quint64(m_request.firstSector), quint64(m_request.lastSector)}, m_blocks,
+                MutableBytes(buffer.get(), scanBufferSize(m_blocks)), m_stopRequested, hooks);
     publishTime();
     const QMutexLocker lock(&m_mutex);
-    m_totals = totals;
     qCDebug(lcScan).noquote()
         << QStringLiteral("Stop Scan Disk %1. Last sector %2").arg(subject()).arg(m_progress.current);
 }
@@ -115,7 +107,6 @@ void scan_tread::fail(quint32 error)
     qCWarning(lcScan).noquote() << QStringLiteral("%1 Scan Disk %2.").arg(openFailureText(error), subject());
     publishTime();
     const QMutexLocker lock(&m_mutex);
-    m_totals.openFailed = true;
     m_progress.hasOpenFailed = true;
 }
 

@@ -32,9 +32,6 @@ public:
     /// Returns the present progress; after the run its result. Any thread.
     [[nodiscard]] ScanProgress progress() const;
 
-    /// Returns zeros before the end of the run. Any thread.
-    [[nodiscard]] ScanTotals totals() const;
-
 protected:
     void work(Drive *drive, quint32 openError) override;
 
@@ -51,5 +48,4 @@ private:
 
     mutable QMutex m_mutex; ///< guards what follows
     ScanProgress m_progress;
-    ScanTotals m_totals;
 };

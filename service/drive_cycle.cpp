@@ -7,16 +7,10 @@
 #include "monitor/health.h"
 #include "service/logging.h"
 
-#include <chrono>
 #include <memory>
 #include <utility>
 
 namespace {
-
-using std::chrono::milliseconds;
-
-constexpr milliseconds kCountDelay{500};
-constexpr milliseconds kLifeTimeDelay{130000};
 
 /// Calls `done` at the `count`th call.
 std::function<void()> after(int count, std::function<void()> done)
@@ -30,17 +24,17 @@ std::function<void()> after(int count, std::function<void()> done)
 } // namespace
 
 DriveCycle::DriveCycle(DriveSystem &drives, VolumeSystem &volumes, Workers &workers, bool leavesAsleep,
-                       QObject *parent)
+                       Delays delays, QObject *parent)
     : QObject(parent)
     , m_inventory(drives, workers, leavesAsleep)
     , m_volumes(volumes, workers)
 {
     connect(&m_inventory, &ATA_Smart::finishedScanSMART, this, &DriveCycle::endDetectionPart);
     m_countTimer.setSingleShot(true);
-    m_countTimer.setInterval(kCountDelay);
+    m_countTimer.setInterval(delays.count);
     connect(&m_countTimer, &QTimer::timeout, this, &DriveCycle::countDue);
     m_lifeTimeTimer.setSingleShot(true);
-    m_lifeTimeTimer.setInterval(kLifeTimeDelay);
+    m_lifeTimeTimer.setInterval(delays.lifeTime);
     connect(&m_lifeTimeTimer, &QTimer::timeout, this, &DriveCycle::lifeTimeDue);
 }
 

@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <map>
 
@@ -22,9 +23,15 @@ class DriveCycle : public QObject
 public:
     using Completion = std::function<void()>;
 
+    struct Delays
+    {
+        std::chrono::milliseconds count{500};
+        std::chrono::milliseconds lifeTime{130000}; ///< after a detection
+    };
+
     /// `drives`, `volumes` and `workers` outlive this object. With `leavesAsleep` a poll reads nothing from a
     /// drive in standby.
-    DriveCycle(DriveSystem &drives, VolumeSystem &volumes, Workers &workers, bool leavesAsleep,
+    DriveCycle(DriveSystem &drives, VolumeSystem &volumes, Workers &workers, bool leavesAsleep, Delays delays,
                QObject *parent = nullptr);
 
     [[nodiscard]] DeviceList &devices() { return m_inventory.devices(); }
@@ -45,7 +52,7 @@ public:
     /// Reads all drives and classifies the speed of their power-on counters.
     void detectLifeTimes();
 
-    /// Counts the drives 500 ms from now. Further calls in the meantime change nothing.
+    /// Emits countDue() 500 ms from now. Further calls in the meantime change nothing.
     void scheduleCount();
 
     /// Counts the drives, and detects them if one came, went or was swapped. Waits for a detection or a count
@@ -56,7 +63,7 @@ Q_SIGNALS:
     void detected();     ///< the device list is new; its volumes are assigned
     void polled();       ///< the records hold what the drives returned
     void countChanged(); ///< the drives differ from the device list
-    void lifeTimeDue();  ///< so long after a detection that power-on counters have advanced
+    void lifeTimeDue();  ///< once: so long after a detection that power-on counters have advanced
     void countDue();
 
 private:

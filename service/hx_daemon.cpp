@@ -59,9 +59,9 @@ HxDaemon::HxDaemon(ServiceContext &context, QObject *parent)
     , m_context(context)
     , m_workers(context.limits)
     , m_cycle(*context.platform.drives, *context.platform.volumes, m_workers,
-              context.options.skipStandbyDrives)
+              context.options.skipStandbyDrives, {})
     , m_scans(*context.platform.drives, m_workers)
-    , m_temperatures(temperatureLogIn(context.settings.programDirectory), historySizes())
+    , m_temperatures(temperatureLogIn(context.settings.programDirectory), historySizes(), m_workers)
     , m_mail({context.options.smtpSecurity, context.options.smtpAuthorities})
     , m_alerts(*context.platform.eventLog, m_mail)
     , m_alarms(context.settings, context.options, *context.platform.eventLog, m_alerts,

@@ -111,16 +111,18 @@ QString identityOf(udev_device *device, const BlockDisk &disk)
 }
 
 /// Returns the serial number that the kernel read when it attached the drive: from page 80h of the vital
-/// product data, after a header of four bytes, else from the USB bridge.
+/// product data, after a header of four bytes, else from the USB bridge. The page may be there and empty.
 QString unitSerial(udev_device *device)
 {
     constexpr qint64 kMaxPage = 256;
     constexpr int kHeader = 4;
     udev_device *holder = udev_device_get_parent(device);
     QFile page(holder ? text(udev_device_get_syspath(holder)) + QStringLiteral("/vpd_pg80") : QString());
+    QString serial;
     if (page.open(QIODevice::ReadOnly))
-        return QString::fromLatin1(page.read(kMaxPage).mid(kHeader)).trimmed();
-    return attribute(udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device"), "serial");
+        serial = QString::fromLatin1(page.read(kMaxPage).mid(kHeader)).trimmed();
+    udev_device *bridge = udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device");
+    return serial.isEmpty() ? attribute(bridge, "serial") : serial;
 }
 
 BlockDisk describe(udev_device *device)

@@ -11,7 +11,8 @@
 /// Reads a history in blocks so small that every block boundary matters.
 QString historyOf(const QString &path, const QString &from, const QString &to)
 {
-    TemperatureHistory history(path, {3, 1 << 20, 1 << 30});
+    Workers workers;
+    TemperatureHistory history(path, {3, 1 << 20, 1 << 30}, workers);
     QByteArray text;
     history.find({parseDateTime(from), parseDateTime(to)}, [&text](HistoryReader reader) {
         for (QByteArray piece = reader.next(); !piece.isEmpty(); piece = reader.next())

@@ -100,7 +100,7 @@ private Q_SLOTS:
         if (!file.isEmpty())
             write(file);
         for (const auto &sizes : {TemperatureHistory::Sizes(), smallSizes()}) {
-            TemperatureHistory history(m_path, sizes);
+            TemperatureHistory history(m_path, sizes, m_workers);
             QTEST(temperatures(textOf(history, from, to)), "temperatures");
         }
     }
@@ -122,7 +122,7 @@ private Q_SLOTS:
             file += record;
         }
         write(file);
-        TemperatureHistory history(m_path, smallSizes());
+        TemperatureHistory history(m_path, smallSizes(), m_workers);
         for (int i = 0; i < 200; ++i) {
             const QString from = moment();
             const QString to = moment();
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, log);
         QFETCH(bool, isReplaced);
         write(kThree);
-        TemperatureHistory history(m_path, smallSizes());
+        TemperatureHistory history(m_path, smallSizes(), m_workers);
         QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), QStringLiteral("abc"));
         const FileStamp before = fileStamp(m_path);
         if (isReplaced)
@@ -164,7 +164,7 @@ private Q_SLOTS:
     void recordsAppendedWhileIndexing()
     {
         write(kThree + kThree);
-        TemperatureHistory history(m_path, smallSizes());
+        TemperatureHistory history(m_path, smallSizes(), m_workers);
         history.prepare();
         history.append({{0, 41}}, QDateTime(QDate(2026, 11, 16), QTime(0, 0)));
         QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), QStringLiteral("abcabcJ"));
@@ -174,7 +174,7 @@ private Q_SLOTS:
     void logTruncatedDuringARead()
     {
         write(kThree.repeated(2000));
-        TemperatureHistory history(m_path, {});
+        TemperatureHistory history(m_path, {}, m_workers);
         HistoryReader reader = readerOf(history, kAlways[0], kAlways[1]);
         QCOMPARE(reader.textBytes(), 2000 * kThree.size());
         QVERIFY(!reader.next().isEmpty());
@@ -186,8 +186,8 @@ private Q_SLOTS:
     {
         write(kThree + kThree + kThree);
         TemperatureHistory::Sizes sizes = smallSizes();
-        sizes.maxTextBytes = 40; // the newest three blocks; the last has one record
-        TemperatureHistory history(m_path, sizes);
+        sizes.maxTextBytes = 40; // the newest three blocks, of which the last has one record
+        TemperatureHistory history(m_path, sizes, m_workers);
         QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), QStringLiteral("bcabc"));
     }
 
@@ -198,6 +198,7 @@ private:
         return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
     }
 
+    Workers m_workers;
     QTemporaryDir m_folder;
     const QString m_path = m_folder.filePath(QStringLiteral("temperature.log"));
 };

@@ -118,6 +118,10 @@ int fsync(int descriptor)
     static auto *const function = real<int(int)>("fsync");
     if (isDue(FaultPlan::SyncError, descriptor))
         return failed(EIO);
+    if (isDue(FaultPlan::HangSync, descriptor)) {
+        while (plan()->kind == FaultPlan::HangSync)
+            ::usleep(1000);
+    }
     const int error = writeFault(descriptor);
     return error ? failed(error) : function(descriptor);
 }
@@ -151,8 +155,11 @@ int getaddrinfo(const char *name, const char *service, const addrinfo *hints, ad
 {
     static auto *const function =
         real<int(const char *, const char *, const addrinfo *, addrinfo **)>("getaddrinfo");
-    while (std::getenv("HALVEX_MUTE_NAME_SERVER"))
-        ::pause();
+    if (std::getenv("HALVEX_MUTE_NAME_SERVER")) {
+        ++plan()->injected;
+        for (;;)
+            ::pause();
+    }
     return function(name, service, hints, result);
 }
 

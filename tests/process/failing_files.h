@@ -15,6 +15,7 @@ struct FaultPlan
         WriteError, ///< EIO, in the middle of a write
         SyncError,  ///< EIO of fsync()
         ReadError,  ///< EIO of read()
+        HangSync,   ///< fsync() does not return until the plan changes
     };
 
     char file[32]; ///< part of the affected paths; empty: all of the service's small files

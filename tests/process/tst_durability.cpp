@@ -50,8 +50,9 @@ public:
         return kMany - left;
     }
 
-    /// Changes the subject of alert mails.
-    bool set(const QString &subject) { return ask(setRequest(subject)) == "SET_OK"; }
+    /// Changes the subject of alert mails, and waits until the temperatures are recorded that this rates.
+    bool set(const QString &subject) { return ask(setRequest(subject)) == "SET_OK" && !history().isNull(); }
+    QString history() { return ask("GSTATD]![000101000000]![991231235959"); }
     static QString setRequest(const QString &subject)
     {
         return QString("SET]![0~;180000~;300000~;1~;0~;0~;~;~;%1~;~;0~;~;~;25~;55~;65~;~;").arg(subject);
@@ -155,11 +156,36 @@ private Q_SLOTS:
             service.plan(FaultPlan::None, 0);
 
             QVERIFY2(service.serve(), service.output());
+            QVERIFY(!service.history().isNull()); // its first temperatures are recorded
             QVERIFY(service.subject() == before || service.subject() == after);
             QVERIFY(service.content("temperature.log").startsWith(history));
             QCOMPARE(service.content("temperature.log").size() % 8, 0);
         }
         QVERIFY(service.damagedFiles().isEmpty());
+    }
+
+    /// Nobody but a console that asks for the history waits for the disk, and the service ends without it.
+    void temperaturesOnADiskThatHangs()
+    {
+        FailingService service;
+        QVERIFY2(service.serve(), service.output());
+        const int before = service.history().size();
+        service.plan(FaultPlan::HangSync, 0, "temperature.log");
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QTRY_COMPARE_WITH_TIMEOUT(service.injected(), 1, kPatienceMs);
+        RawConsole reader(service.port());
+        reader.readLine();
+        reader.send("GSTATD]![000101000000]![991231235959");
+        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,1"));
+        QCOMPARE(reader.socket().bytesAvailable(), 0);
+        service.plan(FaultPlan::None, 0);
+        QCOMPARE(reader.readLine().size(), before + 2 * 8); // both records, in their order
+
+        service.plan(FaultPlan::HangSync, 0, "temperature.log");
+        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QTRY_COMPARE_WITH_TIMEOUT(service.injected(), 1, kPatienceMs);
+        QCOMPARE(service.stop(), 0);
     }
 
     void settingsThatCannotBeRead()
@@ -220,15 +246,20 @@ private Q_SLOTS:
         QVERIFY2(service.output().contains("service-key.json: "), service.output());
     }
 
-    /// The service ends although the lookup of its mail server does not return.
+    /// The service ends while the lookups of its mail server and its webhook do not.
     void muteNameServer()
     {
         FailingService service;
         service.setVariable("HALVEX_MUTE_NAME_SERVER", "1");
+        service.setKeyValue("AlertWebhook", "http://hook.example.org/");
         QVERIFY2(service.serve(), service.output());
         RawConsole console(service.port());
         console.readLine();
         console.send("SMTPTEST]![25~;0~;a@b~;c@d~;mail.example.org~;e~;f~;g~;h");
+        RawConsole other(service.port());
+        other.readLine();
+        other.send("X-ALERTTEST");
+        QTRY_COMPARE_WITH_TIMEOUT(service.injected(), 2, kPatienceMs);
         QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,1"));
         QCOMPARE(service.stop(), 0);
     }

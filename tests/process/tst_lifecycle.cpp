@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "process/service_fixture.h"
+#include "rows.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QTcpServer>
@@ -101,11 +103,50 @@ private Q_SLOTS:
         service.writeMachine(machine(40, 1000));
         QVERIFY(service.resume());
         QTRY_VERIFY_WITH_TIMEOUT(temperatureLog(service).size() > paused, kPatienceMs);
-        QCOMPARE(temperatureLog(service).at(paused + 7), char(40 + 33));
+        QTRY_COMPARE_WITH_TIMEOUT(temperatureLog(service).right(1), QByteArray(1, 40 + 33), kPatienceMs);
         QFile key(service.path("service-key.json"));
         QVERIFY(key.open(QIODevice::ReadOnly));
         QCOMPARE(json(key.readAll())["SMARTPollInterval"].toInt(), 360000);
         QCOMPARE(service.stop(), 0);
+    }
+
+    void intervalsBeyondTheTimers_data()
+    {
+        QTest::addColumn<QString>("interval");
+        QTest::addColumn<int>("seconds"); // in the service key
+        row("zero", "0", 0);
+        row("negative", "-5000", 0);
+        row("beyond 31 bits", "2147483648", 2147483);
+        row("wraps around to 1 in 32 bits", "4294967297", 4294967);
+    }
+
+    /// The value is stored and reported as set, and the service polls once a second at most.
+    void intervalsBeyondTheTimers()
+    {
+        QFETCH(QString, interval);
+        ServiceFixture service;
+        service.writeMachine(machine(30, 1000));
+        QVERIFY2(service.serve(), service.output());
+        QCOMPARE(service.ask(QString("SET]![%1~;%2~;%2~;1~;0~;0~;~;~;~;~;0~;~;~;25~;55~;65~;~;")
+                                 .arg(service.port())
+                                 .arg(interval)),
+                 QString("SET_OK"));
+        const QString history = "GSTATD]![000101000000]![991231235959";
+        const int before = service.ask(history).size();
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+        QVERIFY(service.waitUntilReady());
+        for (int i = 0; i < 100; ++i)
+            QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,1"));
+        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        const int records = (service.ask(history).size() - before) / 8;
+        QVERIFY2(records <= 2 + timer.elapsed() / 1000, qPrintable(QString::number(records)));
+        QCOMPARE(service.firstLine().split("]![").mid(3, 2), QStringList({interval, interval}));
+        QCOMPARE(service.stop(), 0);
+        QFile key(service.path("service-key.json"));
+        QVERIFY(key.open(QIODevice::ReadOnly));
+        QTEST(json(key.readAll())["SMARTPollInterval"].toInt(), "seconds");
     }
 
     void drivesAreCountedOnCommand()

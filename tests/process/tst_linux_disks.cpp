@@ -49,7 +49,8 @@ public:
     void write(const QString &name, const QByteArray &bytes) const
     {
         QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        if (!QDir().mkpath(QFileInfo(file).path()) || !file.open(QIODevice::WriteOnly) ||
+            file.write(bytes) != bytes.size())
             qFatal("cannot write %s", qPrintable(file.fileName()));
     }
     [[nodiscard]] QByteArray read(const QString &name) const
@@ -160,6 +161,20 @@ private Q_SLOTS:
                               "FULL-LENGTH-MODEL|SERIAL|FIRMWARE", "||", "||"}));
         for (int i = 0; i < 7; ++i)
             QCOMPARE(service.ask(QString("SMARTINFO]![%1").arg(i)).contains("{194~"), i < 5);
+        QCOMPARE(service.stop(), 0);
+    }
+
+    /// The kernel may have an empty page of the serial number for a USB drive.
+    void serialNumberOfABridge()
+    {
+        const QString bridge = " wwid=a vendor=Bridge model=Disk rev=1 serial=USB-SERIAL sg16=";
+        LinuxService service;
+        service.write("disks.sda/vpd_pg80", QByteArray("\0\x80\0\0", 4));
+        service.write("disks.sdb/vpd_pg80", QByteArray("\0\x80\0\4PAGE", 8));
+        service.setDisks({"sda" + bridge + kAborted, "sdb" + bridge + kAborted, "sdc" + bridge + kAborted});
+        QVERIFY2(service.serve(), service.output());
+        QCOMPARE(service.drives(),
+                 (QStringList{"Bridge Disk|USB-SERIAL|1", "Bridge Disk|PAGE|1", "Bridge Disk|USB-SERIAL|1"}));
         QCOMPARE(service.stop(), 0);
     }
 

@@ -24,6 +24,28 @@ class TestScans : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    /// A result is on the disk when the scan has ended, by itself or by a console.
+    void resultOutlivesAKill()
+    {
+        ServiceFixture service;
+        service.writeMachine(json(R"({"drives": [
+            {"number": 0, "capacity": 153600, "badSectors": [[130, 131]]},
+            {"number": 1, "capacity": 1024000000, "readDelayMs": 20, "badSectors": [[5, 5]]}]})"));
+        QVERIFY2(service.serve(), service.output());
+        service.ask("STARTSCAN]![0]![65536]![0]![299");
+        service.ask("STARTSCAN]![1]![65536]![0]![1999999");
+        QTRY_VERIFY_WITH_TIMEOUT(!scanState(service, 1).value(6).isEmpty(), kPatienceMs);
+        QCOMPARE(service.ask("STOPSCAN]![1"), QString("STOPEDSCAN]![1"));
+        for (const int drive : {0, 1})
+            QTRY_COMPARE_WITH_TIMEOUT(scanState(service, drive).value(1), kIdle, kPatienceMs);
+        const QString states = service.ask("GSTATSCAN");
+        service.process().kill();
+        QVERIFY(service.process().waitForFinished(kPatienceMs));
+        QVERIFY2(service.serve(), service.output());
+        QCOMPARE(service.ask("GSTATSCAN"), states);
+        QCOMPARE(service.stop(), 0);
+    }
+
     void resultOutlivesTheService()
     {
         ServiceFixture service;

@@ -121,5 +121,6 @@ private:
     }
 
     QTemporaryDir m_logFolder;
-    TemperatureHistory m_temperatures{m_logFolder.filePath(QStringLiteral("log")), {}};
+    Workers m_workers;
+    TemperatureHistory m_temperatures{m_logFolder.filePath(QStringLiteral("log")), {}, m_workers};
 };
