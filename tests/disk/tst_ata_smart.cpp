@@ -44,7 +44,11 @@ struct TwoDrives
         inventory.smart.devices() = {record(first), record(second)};
     }
 
-    ~TwoDrives() { drives.stallNoMore(); } // a test that fails must not wait for its readers for ever
+    ~TwoDrives()
+    {
+        drives.stallNoMore(); // a test that fails must not wait for its readers for ever
+        inventory.finish();
+    }
     TwoDrives(const TwoDrives &) = delete;
     TwoDrives &operator=(const TwoDrives &) = delete;
 
@@ -217,6 +221,7 @@ private Q_SLOTS:
         QVERIFY(!twoLimits.hasExpired());
         inventory.poll();
         QCOMPARE(inventory.smart.devices().last().attributes.value(0).threshold, 20U);
+        inventory.finish();
     }
 
     /// A crowd of polls reads each drive twice at most at a time: now, and once more for all that come later.
@@ -321,6 +326,7 @@ private Q_SLOTS:
         QCOMPARE(inventory.detect().size(), 2);
         machine.change({simulated(0), simulated(1, keys)});
         QTEST(inventory.count().changed, "changed");
+        inventory.finish();
     }
 
     void nothingIsLeftAfterManyHangs()
@@ -338,7 +344,7 @@ private Q_SLOTS:
             machine.inventory.poll();
             QCOMPARE(machine.valueOf(0), -1);
             machine.drives.stall(machine.first, Stall::No);
-            runUntil([&] { return !machine.inventory.workers.isBusy(); });
+            machine.inventory.finish();
         }
         QCOMPARE(machine.drives.openDrives.load(), 0);
         QTRY_VERIFY(entriesOf(threads) <= threadsBefore);
