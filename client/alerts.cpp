@@ -56,20 +56,21 @@ QString textOf(const QJsonObject &finding, const char *key)
     return cellOf(finding.value(QLatin1String(key))).text;
 }
 
-/// Returns the numbers of a finding in words: "57 °C (limit 55)".
+/// Returns the numbers of a finding in words: "57 °C (limit 55)". What matters comes first, because a narrow
+/// screen cuts the end.
 QString detailOf(const QJsonObject &finding)
 {
     const QString kind = finding.value(QStringLiteral("kind")).toString();
     if (kind == QLatin1String("temperature"))
         return QStringLiteral("%1 °C (limit %2)").arg(textOf(finding, "value"), textOf(finding, "limit"));
     if (kind == QLatin1String("attribute"))
-        return QStringLiteral("%1 %2: %3 (threshold %4)")
-            .arg(textOf(finding, "id"), textOf(finding, "name"), textOf(finding, "value"),
-                 textOf(finding, "threshold"));
+        return QStringLiteral("%1 at %2 (threshold %3): %4")
+            .arg(textOf(finding, "id"), textOf(finding, "value"), textOf(finding, "threshold"),
+                 textOf(finding, "name"));
     if (kind == QLatin1String("growth"))
-        return QStringLiteral("%1 %2: from %3 to %4")
-            .arg(textOf(finding, "id"), textOf(finding, "name"), textOf(finding, "baseline"),
-                 textOf(finding, "raw"));
+        return QStringLiteral("%1 from %2 to %3: %4")
+            .arg(textOf(finding, "id"), textOf(finding, "baseline"), textOf(finding, "raw"),
+                 textOf(finding, "name"));
     return QStringLiteral("not readable");
 }
 
@@ -156,7 +157,6 @@ const Columns<QJsonObject> &findingColumns()
 {
     static const Columns<QJsonObject> kColumns{
         member("number", "Drive", Layout::Right),
-        member("model", "Model", Layout::Shrinking),
         member("serial", "Serial"),
         column<QJsonObject>(
             "severity", "State", Layout::Left,

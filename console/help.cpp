@@ -11,6 +11,7 @@ constexpr int kTextWidth = 80;
 constexpr int kCommandColumn = 20;
 constexpr int kOptionColumn = 28;
 constexpr int kStatusColumn = 5;
+constexpr int kExplanationColumn = 6;
 
 /// Returns the text in lines of at most kTextWidth columns, all but the first indented by `column`.
 QString wrapped(const QString &text, int column)
@@ -113,6 +114,15 @@ QVector<Term> terms(const QVector<Option> &options)
 QString usage(const Command &command)
 {
     return (command.name + QLatin1Char(' ') + command.arguments).trimmed();
+}
+
+QString explanations(const QVector<Term> &terms)
+{
+    QStringList lines;
+    for (const Term &term : terms)
+        lines << term.name
+              << QString(kExplanationColumn, QLatin1Char(' ')) + wrapped(term.text, kExplanationColumn);
+    return lines.join(QLatin1Char('\n'));
 }
 
 QString overview()

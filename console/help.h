@@ -21,6 +21,9 @@ namespace help {
 /// Returns the options with their letters and values as terms.
 [[nodiscard]] QVector<Term> terms(const QVector<Option> &options);
 
+/// Returns each term on a line of its own, and its explanation below it.
+[[nodiscard]] QString explanations(const QVector<Term> &terms);
+
 [[nodiscard]] QString overview();
 [[nodiscard]] QString commandHelp(const Command &command);
 /// Returns the help of several commands with the same first word.

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "client/alerts.h"
 #include "console/context.h"
+#include "console/help.h"
 #include "wire/service_key_table.h"
 
 namespace {
@@ -103,9 +104,22 @@ const client::Columns<ServiceKeyRow> &optionColumns()
     return kColumns;
 }
 
+/// The explanations are too long for a table on a screen of 80 columns.
+QString optionsText()
+{
+    QVector<Term> terms;
+    for (const ServiceKeyRow &row : serviceKeyTable())
+        terms << Term{QStringLiteral("%1: %2, default %3").arg(row.name, typeText(row), row.defaultText),
+                      row.help};
+    return help::explanations(terms);
+}
+
 void options(Context &context)
 {
-    context.showTable(optionColumns(), serviceKeyTable(), {});
+    if (context.wantsJson() || context.arguments().has(QStringLiteral("csv")))
+        context.showTable(optionColumns(), serviceKeyTable(), {});
+    else
+        context.output().print(optionsText());
 }
 
 } // namespace
