@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "client/alerts.h"
 #include "client/conversation.h"
 #include "client/greeting.h"
 #include "client/history.h"
@@ -50,6 +51,26 @@ void show(const QString &reply)
 
 } // namespace
 
+/// The documents of the alarms can be listed, whatever their members are.
+void listAlerts(const QString &reply)
+{
+    const auto list = [](const client::Columns<QJsonObject> &columns, const QVector<QJsonObject> &rows) {
+        for (const QJsonObject &row : rows) {
+            for (const auto &column : columns)
+                (void)column.cellOfRow(row);
+        }
+    };
+    if (const auto alerts = client::requests::alerts().parse(reply)) {
+        list(client::findingColumns(), alerts->findings);
+        list(client::channelColumns(), alerts->channels);
+    }
+    const auto test = client::requests::testAlerts().parse(reply);
+    list(client::alertTestColumns(),
+         test ? test->value.value_or(QVector<QJsonObject>()) : QVector<QJsonObject>());
+    (void)client::requests::acknowledge({}, {}, {}).parse(reply);
+    (void)client::requests::forget({}).parse(reply);
+}
+
 /// A line however it is cut, and the bytes as the text of a reply: no parser trips over anything.
 void fuzz(const QByteArray &bytes)
 {
@@ -71,5 +92,7 @@ void fuzz(const QByteArray &bytes)
     (void)client::parseVersion(reply);
     (void)client::parseIntervals(reply);
     (void)client::parseMailOutcome(reply);
+    (void)client::parseServiceTime(reply);
+    listAlerts(reply);
     show(reply);
 }
