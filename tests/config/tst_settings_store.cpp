@@ -128,7 +128,8 @@ private Q_SLOTS:
         QVERIFY(store.writeSettings(devices));
         QVERIFY(QFileInfo(path()).size() > 64 << 20);
         DeviceList detected(10);
-        store.readDriveState(detected);
+        SettingsStore afterARestart(m_settings, *m_key, offset);
+        afterARestart.readDriveState(detected);
         QCOMPARE(detected.last().badRanges, devices.last().badRanges);
     }
 
