@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/smtp_sender.h"
 
+#include "monitor/certificate_chain.h"
 #include "monitor/monitor_log.h"
 #include "platform/keep_alive.h"
 
@@ -51,6 +52,7 @@ smtp_sender::smtp_sender(QObject *parent)
 smtp_sender::smtp_sender(const SmtpTls &tls, QObject *parent)
     : QObject(parent)
     , m_security(tls.security)
+    , m_authorities(tls.authorities)
     , m_tlsSocket(makeTlsSocket(tls, this))
     , m_socket(m_tlsSocket ? m_tlsSocket : new QTcpSocket(this))
     , m_timer(new QTimer(this))
@@ -148,6 +150,11 @@ void smtp_sender::startTls()
 
 void smtp_sender::encrypted()
 {
+    if (!m_authorities.isEmpty() && !isIssuedByOneOf(m_authorities, m_tlsSocket->peerCertificateChain())) {
+        fail(MailRun::Outcome::ConnectionFailed,
+             QStringLiteral("TLS: the certificate's issuer is not an accepted authority"));
+        return;
+    }
     m_isConnected = true;
     m_timer->stop();
     startReplyTimer();

@@ -84,6 +84,7 @@ private:
     MailRun endRun();
 
     const SmtpSecurity m_security;
+    const QList<QSslCertificate> m_authorities;
     SmtpTimeouts m_timeouts;
     bool m_busy = false;
     bool m_isConnected = false; ///< and encrypted, if TLS is used from the start
