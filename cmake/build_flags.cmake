@@ -29,8 +29,8 @@ endif()
 # The thread sanitizer sees locks and queues only in a Core that was compiled with it, so programs load that
 # Core first. Network and Test are the distribution's.
 if(HALVEX_SANITIZE STREQUAL "thread")
-    include(cmake/own_qt.cmake)
-    halvex_own_qt(tsan qt_prefix)
+    include(cmake/own_libraries.cmake)
+    halvex_own_libraries(packaging/qt/build-qt tsan qt_prefix)
     set(CMAKE_BUILD_RPATH ${qt_prefix}/lib)
 endif()
 

@@ -1,4 +1,5 @@
-# Toolchain for Windows programs made on Debian with mingw-w64, and the static Qt of packaging/qt/build-qt.
+# Toolchain for Windows programs made on Debian with mingw-w64, the static Qt of packaging/qt/build-qt, and the
+# libraries of packaging/windows/build-web-libraries.
 # HALVEX_WINDOWS selects windows64 or windows32.
 
 set(HALVEX_WINDOWS windows64 CACHE STRING "Width of Windows to build for: windows64 or windows32")
@@ -15,11 +16,13 @@ set(CMAKE_C_COMPILER ${triplet}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${triplet}-g++-posix)
 set(CMAKE_RC_COMPILER ${triplet}-windres)
 
-include(${CMAKE_CURRENT_LIST_DIR}/own_qt.cmake)
-halvex_own_qt(${HALVEX_WINDOWS} qt_prefix)
+include(${CMAKE_CURRENT_LIST_DIR}/own_libraries.cmake)
+halvex_own_libraries(packaging/qt/build-qt ${HALVEX_WINDOWS} qt_prefix)
+halvex_own_libraries(packaging/windows/build-web-libraries ${HALVEX_WINDOWS} web_prefix)
 
 set(CMAKE_PREFIX_PATH ${qt_prefix})
-set(CMAKE_FIND_ROOT_PATH /usr/${triplet} ${qt_prefix})
+set(CMAKE_FIND_ROOT_PATH /usr/${triplet} ${qt_prefix} ${web_prefix})
+set(ENV{PKG_CONFIG_LIBDIR} ${web_prefix}/lib/pkgconfig)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
