@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "web/history_store.h"
 
+#include "web/host.h"
 #include "web/logging.h"
 
 #include <QDateTime>
@@ -75,7 +76,7 @@ Result<void> HistoryStore::open()
 
 Result<void> HistoryStore::openFile()
 {
-    if (!QDir().mkpath(m_folder))
+    if (!host::makePrivateFolder(m_folder))
         return Error{QStringLiteral("%1: the folder cannot be made").arg(m_folder)};
     const QString path = QDir(m_folder).filePath(kFileName);
     bool isOpen = m_database.open(path) && makeTables();

@@ -5,34 +5,38 @@
 #include "web/metrics/families.h"
 
 #include <QByteArray>
-#include <QHostAddress>
 #include <QObject>
 #include <QString>
 
 #include <functional>
 #include <memory>
-#include <optional>
-
-struct sockaddr;
 
 /// What halvex-web needs of the system that Qt does not offer. One file for each system implements it.
 namespace web::host {
 
-/// Returns a sockaddr_in or sockaddr_in6 as bytes.
-[[nodiscard]] QByteArray socketAddress(const QHostAddress &address, quint16 port);
-
-/// Returns the address that `address` holds, an IPv4 address mapped into IPv6 as IPv4.
-[[nodiscard]] QHostAddress addressOf(const sockaddr *address);
-
 /// Sends `lastBytes` without waiting and ends the connection in both directions; the descriptor stays open.
 void endConnection(quintptr socket, const QByteArray &lastBytes);
 
-/// Calls `requested` in the event loop when the system asks the program to end.
+/// Returns why the last call on a socket failed; empty if none did.
+[[nodiscard]] QString lastSocketError();
+
+/// Prints the line `text` when the program serves; tells a service manager that waits for it.
+void reportStarted(const QString &text);
+
+/// Prints why the program ends, to the system's log where a service has no standard error.
+void reportFailure(const QString &text);
+
+/// Calls `requested` in the event loop when the system asks the program to end. A service manager that waits
+/// for the end of the program learns of it when the result is destroyed.
 [[nodiscard]] std::unique_ptr<QObject> watchStopRequests(std::function<void()> requested);
 
-/// Reads a line that is not shown while it is typed at the terminal; from standard input, if that is not a
-/// terminal. Returns nullopt at its end.
-[[nodiscard]] std::optional<QString> readPassword(const QString &prompt);
+/// Hides what is typed at the terminal until the result is destroyed. Returns null if standard input is not a
+/// terminal.
+[[nodiscard]] std::shared_ptr<void> hideTyping();
+
+/// Makes the folder `path`, which only this account and administrators may read. False on failure; true if
+/// the folder is there already, whose access stays as it is.
+[[nodiscard]] bool makePrivateFolder(const QString &path);
 
 /// The configuration file that is read where no option names one, and the state folder by default.
 [[nodiscard]] QString defaultConfigurationFile(const QString &stateFolder);

@@ -4,17 +4,18 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSocketNotifier>
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 #include <fcntl.h>
-#include <netinet/in.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -30,62 +31,34 @@ void noteStop(int)
     [[maybe_unused]] const ssize_t written = write(stopPipe[1], &byte, 1);
 }
 
-template <typename Address>
-QByteArray bytesOf(const Address &address)
-{
-    return {reinterpret_cast<const char *>(&address), int(sizeof address)};
-}
-
 double secondsOf(const timeval &time)
 {
     return double(time.tv_sec) + double(time.tv_usec) / 1e6;
 }
 
-std::optional<QString> readLine()
-{
-    QFile input;
-    if (!input.open(stdin, QIODevice::ReadOnly))
-        return std::nullopt;
-    QByteArray line = input.readLine();
-    if (line.isEmpty())
-        return std::nullopt;
-    while (line.endsWith('\n') || line.endsWith('\r'))
-        line.chop(1);
-    return QString::fromUtf8(line);
-}
-
 } // namespace
-
-QByteArray socketAddress(const QHostAddress &address, quint16 port)
-{
-    if (address.protocol() == QAbstractSocket::IPv4Protocol) {
-        sockaddr_in result{};
-        result.sin_family = AF_INET;
-        result.sin_port = htons(port);
-        result.sin_addr.s_addr = htonl(address.toIPv4Address());
-        return bytesOf(result);
-    }
-    sockaddr_in6 result{};
-    result.sin6_family = AF_INET6;
-    result.sin6_port = htons(port);
-    const Q_IPV6ADDR bytes = address.toIPv6Address();
-    std::memcpy(&result.sin6_addr, bytes.c, sizeof bytes.c);
-    return bytesOf(result);
-}
-
-QHostAddress addressOf(const sockaddr *address)
-{
-    const QHostAddress result(address);
-    bool isIpv4 = false;
-    const quint32 ipv4 = result.toIPv4Address(&isIpv4);
-    return isIpv4 ? QHostAddress(ipv4) : result;
-}
 
 void endConnection(quintptr socket, const QByteArray &lastBytes)
 {
     if (!lastBytes.isEmpty())
         send(int(socket), lastBytes.constData(), size_t(lastBytes.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
     shutdown(int(socket), SHUT_RDWR);
+}
+
+QString lastSocketError()
+{
+    return errno != 0 ? qt_error_string(errno) : QString();
+}
+
+void reportStarted(const QString &text)
+{
+    std::printf("%s\n", text.toUtf8().constData());
+    std::fflush(stdout);
+}
+
+void reportFailure(const QString &text)
+{
+    std::fprintf(stderr, "halvex-web: %s\n", text.toUtf8().constData());
 }
 
 std::unique_ptr<QObject> watchStopRequests(std::function<void()> requested)
@@ -111,19 +84,18 @@ std::unique_ptr<QObject> watchStopRequests(std::function<void()> requested)
     return notifier;
 }
 
-std::optional<QString> readPassword(const QString &prompt)
+std::shared_ptr<void> hideTyping()
 {
-    termios attributes{};
-    if (tcgetattr(STDIN_FILENO, &attributes) != 0)
-        return readLine();
-    termios hidden = attributes;
+    termios shown{};
+    if (tcgetattr(STDIN_FILENO, &shown) != 0)
+        return nullptr;
+    termios hidden = shown;
     hidden.c_lflag &= ~tcflag_t(ECHO);
-    std::fputs(qPrintable(prompt), stderr);
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
-    auto line = readLine();
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &attributes);
-    std::fputs("\n", stderr);
-    return line;
+    return {stdin, [shown](void *) {
+                tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
+                std::fputs("\n", stderr);
+            }};
 }
 
 metrics::ProcessFigures processFigures()
@@ -152,6 +124,14 @@ metrics::ProcessFigures processFigures()
     if (getrlimit(RLIMIT_NOFILE, &descriptors) == 0)
         figures.mostDescriptors = qint64(descriptors.rlim_cur);
     return figures;
+}
+
+bool makePrivateFolder(const QString &path)
+{
+    const QFileInfo folder(path);
+    if (folder.isDir())
+        return true;
+    return QDir().mkpath(folder.path()) && ::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0;
 }
 
 QString defaultConfigurationFile(const QString &)

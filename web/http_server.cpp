@@ -8,6 +8,7 @@
 #include "web/host.h"
 #include "web/http_responses.h"
 #include "web/logging.h"
+#include "web/socket_address.h"
 #include "web/waiting_requests.h"
 
 #include <QDateTime>
@@ -43,7 +44,7 @@ quintptr socketOf(MHD_Connection *connection)
 QHostAddress peerOf(MHD_Connection *connection)
 {
     const auto *info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
-    return info ? host::addressOf(info->client_addr) : QHostAddress();
+    return info ? addressOf(info->client_addr) : QHostAddress();
 }
 
 /// One request from its first line to the end of its response.
@@ -152,13 +153,12 @@ Result<void> HttpServer::Daemon::start()
         tls.push_back({MHD_OPTION_HTTPS_MEM_KEY, 0, m_key.data()});
     }
     tls.push_back({MHD_OPTION_END, 0, nullptr});
-    const QByteArray address =
-        host::socketAddress(m_configuration.listen.address, m_configuration.listen.port);
+    const QByteArray address = socketAddress(m_configuration.listen.address, m_configuration.listen.port);
     errno = 0;
     m_daemon = MHD_start_daemon(
         flags(), 0,
         [](void *cls, const sockaddr *peer, socklen_t) {
-            return static_cast<Daemon *>(cls)->m_watch.mayConnect(host::addressOf(peer)) ? MHD_YES : MHD_NO;
+            return static_cast<Daemon *>(cls)->m_watch.mayConnect(addressOf(peer)) ? MHD_YES : MHD_NO;
         },
         this,
         [](void *cls, MHD_Connection *connection, const char *, const char *method, const char *,
@@ -184,12 +184,11 @@ Result<void> HttpServer::Daemon::start()
         },
         this, MHD_OPTION_ARRAY, tls.data(), MHD_OPTION_END);
     if (!m_daemon) {
-        const QString reason =
-            errno != 0 ? qt_error_string(errno) : QStringLiteral("certificate or key is not valid");
+        const QString reason = host::lastSocketError();
         return Error{QStringLiteral("cannot listen on %1 port %2: %3")
                          .arg(m_configuration.listen.address.toString())
                          .arg(m_configuration.listen.port)
-                         .arg(reason)};
+                         .arg(reason.isEmpty() ? QStringLiteral("certificate or key is not valid") : reason)};
     }
     m_timer.start();
     return {};

@@ -7,6 +7,7 @@
 #include "web/passwords.h"
 
 #include <QCoreApplication>
+#include <QFile>
 
 #include <cstdio>
 
@@ -24,16 +25,29 @@ void print(const QString &text)
 
 int fail(int code, const QString &text)
 {
-    std::fprintf(stderr, "halvex-web: %s\n", text.toUtf8().constData());
+    web::host::reportFailure(text);
     return code;
+}
+
+/// Reads the first line of standard input; a terminal does not show it.
+QString readPassword()
+{
+    const auto hidden = web::host::hideTyping();
+    if (hidden)
+        std::fputs("Password: ", stderr);
+    QFile input;
+    QByteArray line = input.open(stdin, QIODevice::ReadOnly) ? input.readLine() : QByteArray();
+    while (line.endsWith('\n') || line.endsWith('\r'))
+        line.chop(1);
+    return QString::fromUtf8(line);
 }
 
 int hashPassword()
 {
-    const auto password = web::host::readPassword(QStringLiteral("Password: "));
-    if (!password || password->isEmpty())
+    const QString password = readPassword();
+    if (password.isEmpty())
         return fail(kExitUsage, QStringLiteral("the password is empty"));
-    print(QString::fromLatin1(web::hashPassword(*password)) + QLatin1Char('\n'));
+    print(QString::fromLatin1(web::hashPassword(password)) + QLatin1Char('\n'));
     return kExitFine;
 }
 
@@ -71,14 +85,14 @@ int exportHistory(const web::CommandLine &commandLine)
 
 int serve(const web::CommandLine &commandLine)
 {
+    const auto stopWatch = web::host::watchStopRequests([] { QCoreApplication::quit(); });
     const auto configuration = web::loadConfiguration(commandLine);
     if (!configuration)
         return fail(kExitFailure, configuration.failure().text);
-    const auto stopWatch = web::host::watchStopRequests([] { QCoreApplication::quit(); });
     web::Application application(*configuration, commandLine.stateFolder);
     if (const auto started = application.start(); !started)
         return fail(kExitFailure, started.failure().text);
-    print(QStringLiteral("halvex-web serves %1\n").arg(application.url()));
+    web::host::reportStarted(QStringLiteral("halvex-web serves %1").arg(application.url()));
     return QCoreApplication::exec();
 }
 

@@ -264,6 +264,8 @@ private Q_SLOTS:
         m_web->crash();
         QVERIFY(m_web->start());
         QCOMPARE(events(), 1); // written before the crash
+        const auto others = QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+        QCOMPARE(QFile::permissions(m_service->path("web")) & others, QFile::Permissions());
     }
 
     void scrapesDoNotWaitForAHungService()
