@@ -1,12 +1,12 @@
 ; The installer. packaging/windows/package runs it with
 ;   WIDTH       64 or 32
 ;   VERSION     as in CMakeLists.txt
-;   PROGRAMS    the folder with the two programs
+;   PROGRAMS    the folder with the programs
 ;   SOURCE      the root of the source tree
 ;   OUTPUT      the installer to make
 ;
-; Silent: /S, with /FIREWALL to let consoles of other machines in, and /D=FOLDER at the very end.
-; The uninstaller, silent: /S, with /REMOVEDATA to remove settings and history as well.
+; Silent: /S, with /FIREWALL to let consoles of other machines in, /WEB to install halvex-web, and /D=FOLDER at the
+; very end. The uninstaller, silent: /S, with /REMOVEDATA to remove settings and history as well.
 
 Unicode true
 !if ${WIDTH} == 64
@@ -18,6 +18,8 @@ Unicode true
 
 !define NAME "Halvex Service"
 !define PROGRAM "HalvexLocalService.exe"
+!define WEB_NAME "Halvex Web"
+!define WEB_PROGRAM "halvex-web.exe"
 !define SERVICE_KEY "System\CurrentControlSet\Services\${NAME}"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
 ; What the service's key held, for a later installation.
@@ -36,6 +38,12 @@ VIAddVersionKey FileDescription "Installs the ${NAME}"
 VIAddVersionKey CompanyName "The Halvex developers"
 VIAddVersionKey LegalCopyright "The Halvex developers, MIT License"
 
+; Accounts, by the numbers that are the same in every language of Windows.
+!define SYSTEM "*S-1-5-18"
+!define LOCALSERVICE "*S-1-5-19"
+!define ADMINISTRATORS "*S-1-5-32-544"
+!define USERS "*S-1-5-32-545"
+
 !define MUI_ICON "${SOURCE}\packaging\windows\halvex.ico"
 !define MUI_UNICON "${SOURCE}\packaging\windows\halvex.ico"
 !insertmacro MUI_PAGE_LICENSE "${SOURCE}\LICENSE"
@@ -48,16 +56,11 @@ VIAddVersionKey LegalCopyright "The Halvex developers, MIT License"
 
 ; Both the installer and the uninstaller need these, and NSIS keeps their functions apart.
 !macro SharedFunctions prefix
-; Stops the service, if it runs, and returns when the program in the folder $0 is no longer in use.
-Function ${prefix}StopService
-    ${IfNot} ${FileExists} "$0\${PROGRAM}"
-        Return
-    ${EndIf}
-    nsExec::ExecToLog '"$0\${PROGRAM}" -terminate'
-    Pop $1
+; Returns when the program $0 is no longer in use.
+Function ${prefix}WaitForEnd
     ${For} $2 1 60
         ClearErrors
-        FileOpen $1 "$0\${PROGRAM}" a ; refused while the program runs
+        FileOpen $1 "$0" a ; refused while the program runs
         ${IfNot} ${Errors}
             FileClose $1
             Return
@@ -67,6 +70,31 @@ Function ${prefix}StopService
     DetailPrint "The service does not stop."
     SetErrorLevel 2
     Abort
+FunctionEnd
+
+; Stops the services whose programs are in the folder $0, and returns when they are no longer in use.
+Function ${prefix}StopServices
+    StrCpy $3 $0
+    ${If} ${FileExists} "$3\${WEB_PROGRAM}"
+        nsExec::ExecToLog '"$SYSDIR\net.exe" stop "${WEB_NAME}"'
+        Pop $1
+        StrCpy $0 "$3\${WEB_PROGRAM}"
+        Call ${prefix}WaitForEnd
+    ${EndIf}
+    ${If} ${FileExists} "$3\${PROGRAM}"
+        nsExec::ExecToLog '"$3\${PROGRAM}" -terminate'
+        Pop $1
+        StrCpy $0 "$3\${PROGRAM}"
+        Call ${prefix}WaitForEnd
+    ${EndIf}
+    StrCpy $0 $3
+FunctionEnd
+
+; Removes the service of halvex-web, whose program in the folder $0 no longer runs.
+Function ${prefix}RemoveWeb
+    nsExec::ExecToLog '"$SYSDIR\sc.exe" delete "${WEB_NAME}"'
+    Pop $1
+    Delete "$0\${WEB_PROGRAM}"
 FunctionEnd
 
 ; Copies the values of the key $0 to the key $1, but those of the service manager: whatever an administrator has
@@ -111,12 +139,19 @@ FunctionEnd
 !insertmacro SharedFunctions ""
 !insertmacro SharedFunctions "un."
 
+; halvex-web writes to its own folder alone: readable for administrators and its account, LocalService.
+Function ProtectWebFolder
+    SetShellVarContext all
+    CreateDirectory "$APPDATA\${WEB_NAME}"
+    nsExec::ExecToLog '"$SYSDIR\icacls.exe" "$APPDATA\${WEB_NAME}" /inheritance:r /grant:r ${SYSTEM}:(OI)(CI)F ${ADMINISTRATORS}:(OI)(CI)F ${LOCALSERVICE}:(OI)(CI)M'
+    Pop $0
+    nsExec::ExecToLog '"$SYSDIR\icacls.exe" "$INSTDIR\${WEB_PROGRAM}" /grant:r ${USERS}:RX'
+    Pop $0
+FunctionEnd
+
 ; What the service will write here, a mail account's password in it, is for the system and administrators alone;
 ; everybody may run the programs.
 Function ProtectFolder
-    !define SYSTEM "*S-1-5-18"
-    !define ADMINISTRATORS "*S-1-5-32-544"
-    !define USERS "*S-1-5-32-545"
     nsExec::ExecToLog '"$SYSDIR\icacls.exe" "$INSTDIR" /inheritance:r /grant:r ${SYSTEM}:(OI)(CI)F ${ADMINISTRATORS}:(OI)(CI)F ${USERS}:RX'
     Pop $0
     nsExec::ExecToLog '"$SYSDIR\icacls.exe" "$INSTDIR\*.exe" /grant:r ${USERS}:RX'
@@ -129,7 +164,8 @@ Section "Service and console" SectionService
     ; An older installation ends here, wherever it is. Its values stay.
     ReadRegStr $0 HKLM "${UNINSTALL_KEY}" InstallLocation
     ${If} $0 != ""
-        Call StopService
+        Call StopServices
+        Call RemoveWeb
         StrCpy $4 $0
         StrCpy $0 "${SERVICE_KEY}"
         StrCpy $1 "${KEPT_KEY}"
@@ -176,6 +212,25 @@ Section /o "Firewall: let consoles of other machines in" SectionFirewall
     Pop $0
 SectionEnd
 
+Section /o "Page and metrics" SectionWeb
+    SetOutPath $INSTDIR
+    File "${PROGRAMS}\${WEB_PROGRAM}"
+    Call ProtectWebFolder
+    nsExec::ExecToLog '"$SYSDIR\sc.exe" create "${WEB_NAME}" binPath= "\"$INSTDIR\${WEB_PROGRAM}\"" start= auto obj= "NT AUTHORITY\LocalService"'
+    Pop $0
+    ${If} $0 != 0
+        SetErrorLevel 2
+        Abort
+    ${EndIf}
+    nsExec::ExecToLog '"$SYSDIR\sc.exe" description "${WEB_NAME}" "Page and metrics of Halvex services"'
+    Pop $0
+    nsExec::ExecToLog '"$SYSDIR\net.exe" start "${WEB_NAME}"'
+    Pop $0
+    ${If} $0 != 0
+        SetErrorLevel 2
+    ${EndIf}
+SectionEnd
+
 Section "-Start"
     nsExec::ExecToLog '"$SYSDIR\net.exe" start "${NAME}"'
     Pop $0
@@ -198,20 +253,29 @@ Function .onInit
     ${IfNot} ${Errors}
         SectionSetFlags ${SectionFirewall} ${SF_SELECTED}
     ${EndIf}
+    ClearErrors
+    ${GetOptions} $0 "/WEB" $1
+    ${IfNot} ${Errors}
+    ${OrIf} ${FileExists} "$INSTDIR\${WEB_PROGRAM}" ; an upgrade
+        SectionSetFlags ${SectionWeb} ${SF_SELECTED}
+    ${EndIf}
 FunctionEnd
 
 LangString DescriptionService ${LANG_ENGLISH} "The service, which starts now and with Windows, and halvexctl, the console for the command line."
 LangString DescriptionFirewall ${LANG_ENGLISH} "Whoever reaches the service over the network can change its settings: tick this in trusted networks only."
+LangString DescriptionWeb ${LANG_ENGLISH} "halvex-web: a page for the browser at http://127.0.0.1:8643/, a history and metrics. Runs as a service of its own without privileges."
 !insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
     !insertmacro MUI_DESCRIPTION_TEXT ${SectionService} $(DescriptionService)
     !insertmacro MUI_DESCRIPTION_TEXT ${SectionFirewall} $(DescriptionFirewall)
+    !insertmacro MUI_DESCRIPTION_TEXT ${SectionWeb} $(DescriptionWeb)
 !insertmacro MUI_FUNCTION_DESCRIPTION_END
 
 Section "un.Service and console" SectionUninstall
     SectionIn RO
     SetRegView ${WIDTH}
     StrCpy $0 $INSTDIR
-    Call un.StopService
+    Call un.StopServices
+    Call un.RemoveWeb
     StrCpy $0 "${SERVICE_KEY}"
     StrCpy $1 "${KEPT_KEY}"
     Call un.CopyValues
@@ -228,6 +292,9 @@ SectionEnd
 Section /o "un.Settings and temperature history" SectionData
     Delete "$INSTDIR\HalvexService.ini"
     Delete "$INSTDIR\temperature.log"
+    SetShellVarContext all
+    Delete "$APPDATA\${WEB_NAME}\*"
+    RMDir "$APPDATA\${WEB_NAME}"
     DeleteRegKey HKLM "${KEPT_KEY}"
 SectionEnd
 

@@ -13,6 +13,8 @@
 namespace {
 
 const QString kFolder = "C:/Program Files/Halvex Service";
+const QString kWeb = "Halvex Web";
+const QString kWebFolder = "C:/ProgramData/Halvex Web";
 const QString kUninstaller = kFolder + "/uninstall.exe";
 
 QString files()
@@ -35,6 +37,19 @@ class TestWindowsInstaller : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void installsThePage()
+    {
+        install("/WEB");
+        QVERIFY(files().contains("halvex-web.exe"));
+        QTRY_COMPARE_WITH_TIMEOUT(m_manager.state(kWeb), ServiceState::Running, kPatienceMs);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(kWebFolder + "/history.db"), kPatienceMs);
+        install(); // over the first: the page stays
+        QTRY_COMPARE_WITH_TIMEOUT(m_manager.state(kWeb), ServiceState::Running, kPatienceMs);
+        uninstall("/REMOVEDATA", {});
+        QVERIFY(!m_manager.isInstalled(kWeb));
+        QVERIFY(!QDir(kWebFolder).exists());
+    }
+
     void installsUpgradesAndUninstalls()
     {
         install("/FIREWALL");
@@ -75,6 +90,7 @@ private:
         QVERIFY(!m_machine.isInstalled());
     }
 
+    WindowsServiceManager m_manager;
     ServiceInstallation m_machine; ///< whatever is installed here at the end is removed
 };
 
