@@ -49,6 +49,8 @@ ProgramTransport::~ProgramTransport()
         killProcessGroup(*m_process);
         m_process->waitForFinished();
     }
+    for (QProcess *killed : findChildren<QProcess *>())
+        killed->waitForFinished();
 }
 
 void ProgramTransport::send(const OutboxEntry &entry, Done done)
@@ -79,7 +81,8 @@ void ProgramTransport::finish(const Result<void> &result)
     m_timer.stop();
     if (QProcess *const process = m_process.release()) {
         process->disconnect(this);
-        // It is destroyed when the system has reported its end.
+        // It is destroyed when the system has reported its end, or with the transport.
+        process->setParent(this);
         if (process->state() == QProcess::NotRunning)
             process->deleteLater();
         else

@@ -60,6 +60,12 @@ struct Inventory
         return result;
     }
 
+    /// Waits for requests that have been cancelled or released: they use the drives until they return.
+    void finish()
+    {
+        runUntil([this] { return !workers.isBusy(); });
+    }
+
     Workers workers;
     ATA_Smart smart;
 };

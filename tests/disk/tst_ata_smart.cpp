@@ -44,7 +44,11 @@ struct TwoDrives
         inventory.smart.devices() = {record(first), record(second)};
     }
 
-    ~TwoDrives() { drives.stallNoMore(); } // lets readers end when a test has failed
+    ~TwoDrives()
+    {
+        drives.stallNoMore(); // lets readers end when a test has failed
+        inventory.finish();
+    }
     TwoDrives(const TwoDrives &) = delete;
     TwoDrives &operator=(const TwoDrives &) = delete;
 
@@ -218,6 +222,7 @@ private Q_SLOTS:
         QVERIFY(!twoLimits.hasExpired());
         inventory.poll();
         QCOMPARE(inventory.smart.devices().last().smart.attributes.value(0).threshold, 20U);
+        inventory.finish();
     }
 
     /// A crowd of polls reads each drive twice at most at a time: now, and once more for all that come later.
@@ -322,6 +327,7 @@ private Q_SLOTS:
         QCOMPARE(inventory.detect().size(), 2);
         machine.change({simulated(0), simulated(1, keys)});
         QTEST(inventory.count().changed, "changed");
+        inventory.finish();
     }
 
     void noResourceLeaksAfterManyHangs()
@@ -339,7 +345,7 @@ private Q_SLOTS:
             machine.inventory.poll();
             QCOMPARE(machine.valueOf(0), -1);
             machine.drives.stall(machine.first, Stall::No);
-            runUntil([&] { return !machine.inventory.workers.isBusy(); });
+            machine.inventory.finish();
         }
         QCOMPARE(machine.drives.openDrives.load(), 0);
         QTRY_VERIFY(entriesOf(threads) <= threadsBefore);

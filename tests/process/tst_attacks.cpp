@@ -29,6 +29,11 @@ constexpr int kPeers = 1000;
 constexpr int kLogBytes = 32 * 1024 * 1024;
 constexpr char kOtherAddress[] = "127.0.0.2";
 constexpr int kAllowedKiB = 64 * 1000 * 1000 / 1024;
+#ifdef HALVEX_SANITIZED
+constexpr bool kMemoryCounts = false; // a sanitizer keeps freed memory, and notes about all of it
+#else
+constexpr bool kMemoryCounts = true;
+#endif
 
 const QByteArray kWholeLog = sendReply("GSTATD]![000101000000]![991231235959", [] { return 7; });
 
@@ -244,7 +249,7 @@ private Q_SLOTS:
               "%.1f ms (worst of a new connection); end after %lld ms",
               QTest::currentDataTag(), grownKiB, askedDuringAttack, answers[answers.size() / 2],
               answers.back(), other.arrivals().back(), end.elapsed());
-        QVERIFY2(grownKiB < kAllowedKiB, qPrintable(QString::number(grownKiB)));
+        QVERIFY2(!kMemoryCounts || grownKiB < kAllowedKiB, qPrintable(QString::number(grownKiB)));
     }
 
     /// The service listens on one of two addresses of this machine, and only that address may connect.
@@ -277,7 +282,7 @@ private Q_SLOTS:
         QVERIFY(reader.ask("GSTATD]![000101000000]![991231235959").size() > kLogBytes);
         const int grownKiB = victim.memoryKiB("VmHWM") - idleKiB;
         qInfo("%d KiB above idle", grownKiB);
-        QVERIFY2(grownKiB < 16 * 1024, qPrintable(QString::number(grownKiB)));
+        QVERIFY2(!kMemoryCounts || grownKiB < 16 * 1024, qPrintable(QString::number(grownKiB)));
     }
 };
 
