@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kMostQueued = 2000; ///< comparisons; a dropped one is made up by the next
 constexpr int kRetentionIntervalMs = 24 * 3600 * 1000;
-constexpr Timestamp kDay = 24 * 3600;
+constexpr Timestamp kDay = Timestamp{24} * 3600;
 constexpr unsigned long kStopLimitMs = 10000;
 
 } // namespace
