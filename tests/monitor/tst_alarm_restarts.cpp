@@ -74,12 +74,12 @@ public:
         DeviceRecord drive;
         drive.model = QStringLiteral("MODEL");
         drive.serial = QStringLiteral("S1");
-        drive.smartState = 1;
-        drive.lastRead = LastRead::Answered;
-        drive.hasTemperature = true;
-        drive.attributes.resize(1);
-        drive.attributes[0].id = 194;
-        drive.attributes[0].notPrefailure = 1;
+        drive.smart.fullRead = FullRead::Attributes;
+        drive.smart.lastRead = LastRead::Answered;
+        drive.smart.hasTemperature = true;
+        drive.smart.attributes.resize(1);
+        drive.smart.attributes[0].id = 194;
+        drive.smart.attributes[0].notPrefailure = 1;
         m_devices << drive;
     }
 
@@ -99,7 +99,7 @@ public:
     /// A poll, three minutes after the one before.
     void poll(qint32 celsius)
     {
-        m_devices[0].temperature = celsius;
+        m_devices[0].smart.temperature = celsius;
         alarms->evaluated(evaluateHealth(m_devices, settings), m_devices, true, true);
         now = now.addSecs(180);
     }

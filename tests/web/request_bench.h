@@ -22,7 +22,7 @@ public:
     {
         m_service = service;
         m_work = work;
-        reply(HttpResponse());
+        reply(web::HttpResponse());
     }
 
     QString m_service;
