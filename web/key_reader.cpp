@@ -47,7 +47,7 @@ QJsonValue KeyReader::take(const QString &key, QJsonValue::Type type, const char
     m_read.append(key);
     if (!m_object.contains(key))
         return QJsonValue::Undefined;
-    const QJsonValue value = m_object.value(key);
+    QJsonValue value = m_object.value(key);
     if (value.type() == type)
         return value;
     refuse(key, QStringLiteral("must be %1").arg(QLatin1String(expectation)));
@@ -98,7 +98,8 @@ bool KeyReader::flag(const QString &key, bool absent)
 QStringList KeyReader::texts(const QString &key)
 {
     QStringList list;
-    for (const QJsonValue &item : take(key, QJsonValue::Array, "a list of texts").toArray()) {
+    const QJsonArray items = take(key, QJsonValue::Array, "a list of texts").toArray();
+    for (const QJsonValue &item : items) {
         if (!item.isString())
             refuse(key, QStringLiteral("must be a list of texts"));
         list.append(item.toString());
@@ -114,7 +115,8 @@ QJsonObject KeyReader::object(const QString &key)
 QVector<QJsonObject> KeyReader::objects(const QString &key)
 {
     QVector<QJsonObject> list;
-    for (const QJsonValue &item : take(key, QJsonValue::Array, "a list of objects").toArray()) {
+    const QJsonArray items = take(key, QJsonValue::Array, "a list of objects").toArray();
+    for (const QJsonValue &item : items) {
         if (!item.isObject())
             refuse(key, QStringLiteral("must be a list of objects"));
         list.append(item.toObject());

@@ -14,7 +14,6 @@ namespace web {
 namespace {
 
 using namespace std::chrono_literals;
-using client::Failure;
 using client::FailureKind;
 
 constexpr auto kTimeout = 10s;
