@@ -40,8 +40,7 @@ struct ChunkSource
     }
 };
 
-} // namespace
-
+/// Adds the headers that every response carries: what a browser must not do with it.
 void addCommonHeaders(MHD_Response *response)
 {
     static const std::pair<const char *, const char *> kHeaders[] = {
@@ -54,6 +53,8 @@ void addCommonHeaders(MHD_Response *response)
     for (const auto &[name, value] : kHeaders)
         MHD_add_response_header(response, name, value);
 }
+
+} // namespace
 
 MHD_Response *plainResponse(const HttpResponse &answer)
 {
@@ -95,6 +96,14 @@ MHD_Response *chunkedResponse(const ChunkedText &text)
     MHD_add_response_header(response, "Content-Type", text.contentType.constData());
     MHD_add_response_header(response, "Cache-Control", "no-store");
     return response;
+}
+
+void addStreamHeaders(MHD_Response *response)
+{
+    addCommonHeaders(response);
+    MHD_add_response_header(response, "Content-Type", "text/event-stream");
+    MHD_add_response_header(response, "Cache-Control", "no-store");
+    MHD_add_response_header(response, "X-Accel-Buffering", "no"); // a proxy must pass each event on at once
 }
 
 } // namespace web

@@ -13,7 +13,7 @@ namespace web {
 [[nodiscard]] MHD_Response *plainResponse(const HttpResponse &answer);
 [[nodiscard]] MHD_Response *chunkedResponse(const ChunkedText &text);
 
-/// Adds the headers that every response carries: what a browser must not do with it.
-void addCommonHeaders(MHD_Response *response);
+/// Adds the headers of a stream of events.
+void addStreamHeaders(MHD_Response *response);
 
 } // namespace web

@@ -307,10 +307,7 @@ MHD_Result HttpServer::Daemon::openStream(MHD_Connection *connection, const Even
     MHD_Response *response = m_streams.open(connection, stream.isAllowed);
     if (!response)
         return MHD_NO;
-    addCommonHeaders(response);
-    MHD_add_response_header(response, "Content-Type", "text/event-stream");
-    MHD_add_response_header(response, "Cache-Control", "no-store");
-    MHD_add_response_header(response, "X-Accel-Buffering", "no"); // a proxy must pass each event on at once
+    addStreamHeaders(response);
     return send(connection, MHD_HTTP_OK, response);
 }
 
