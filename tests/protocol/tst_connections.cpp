@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "protocol/local_daemon.h"
-#include "protocol/tcp_server.h"
-#include "wire/scrambling.h"
-
-#include "protocol/fake_target.h"
-#include "rows.h"
-
-#include <QLocalSocket>
-#include <QTcpSocket>
-#include <QTemporaryDir>
-#include <QtTest>
+#include "protocol/console_connections.h"
 
 #include <array>
 #include <list>
@@ -18,106 +8,7 @@
 
 namespace {
 
-int fixedOffset()
-{
-    return 42;
-}
-
-class RebindingServer : public TcpServer
-{
-public:
-    using TcpServer::setRebindPending;
-    using TcpServer::TcpServer;
-};
-
-/// Both listeners over one fake daemon, as the service composes them.
-struct Servers
-{
-    explicit Servers(const ConnectionLimits &limits = {}, const ListenRules &rules = {})
-        : tcp(target, fixedOffset, rules, nullptr, limits)
-        , local(tcp.consoles())
-    {
-        QVERIFY(tcp.listenOn(0));
-        QVERIFY(local.listen(directory.filePath(QStringLiteral("socket"))));
-    }
-
-    FakeTarget target;
-    QTemporaryDir directory;
-    RebindingServer tcp;
-    localDaemon local;
-};
-
-/// Records of the temperature log: their line exceeds the system's buffers, once these are made small.
-constexpr int kManyRecords = 150000;
-
-enum Transport { Tcp4, Tcp6, Local };
-
 const char kMailTest[] = "SMTPTEST]![25~;0~;a~;b~;c~;d~;e~;f~;Hi";
-
-/// A console on any transport that has received its first line.
-class Client
-{
-public:
-    explicit Client(const Servers &servers, Transport transport = Tcp4)
-    {
-        if (transport == Local) {
-            m_socket = &m_local;
-            m_local.connectToServer(servers.local.fullServerName());
-        } else {
-            const auto address = transport == Tcp4 ? QHostAddress::LocalHost : QHostAddress::LocalHostIPv6;
-            m_tcp.connectToHost(address, servers.tcp.serverPort());
-        }
-        firstLine = receive();
-    }
-
-    QString firstLine;
-
-    void write(const QByteArray &bytes) { m_socket->write(bytes); }
-    void send(const char *text) { write(line(text)); }
-
-    /// Returns the next line's text; "<nothing>" if none arrives.
-    QString receive()
-    {
-        (void)QTest::qWaitFor([this] { return m_socket->canReadLine() || isClosed(); }, kPatienceMs);
-        const QByteArray wire = m_socket->readLine();
-        return wire.endsWith("\r\n") ? unscramble(wire.chopped(2)) : QStringLiteral("<nothing>");
-    }
-
-    QString ask(const char *text)
-    {
-        send(text);
-        return receive();
-    }
-
-    [[nodiscard]] bool hasUnread() const { return m_socket->bytesAvailable() > 0; }
-
-    [[nodiscard]] bool isClosed() const
-    {
-        return m_tcp.state() == QTcpSocket::UnconnectedState &&
-               m_local.state() == QLocalSocket::UnconnectedState;
-    }
-
-    static QByteArray line(const char *text) { return scramble(QLatin1String(text), 7) + "\r\n"; }
-
-    /// Stops or resumes reading. While stopped, data stay in the system's buffers, which do not grow.
-    void setReading(bool on)
-    {
-        const qint64 size = on ? 0 : 1;
-        m_tcp.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 1 << 16);
-        m_tcp.setReadBufferSize(size);
-        m_local.setReadBufferSize(size);
-        if (on)
-            m_socket->peek(1); // a pipe does not resume by itself
-    }
-
-private:
-    /// Long lines are slow under a sanitizer.
-    static constexpr int kPatienceMs = 60000;
-
-    QTcpSocket m_tcp;
-    QLocalSocket m_local;
-    QIODevice *m_socket = &m_tcp;
-};
 
 quint16 freePort()
 {
@@ -126,22 +17,7 @@ quint16 freePort()
     return server.serverPort();
 }
 
-/// Returns the service's sides of the connections.
-QList<QIODevice *> connections(const Servers &servers)
-{
-    return servers.tcp.findChildren<QIODevice *>(QString(), Qt::FindDirectChildrenOnly) +
-           servers.local.findChildren<QIODevice *>(QString(), Qt::FindDirectChildrenOnly);
-}
-
-void limitSendBuffers(const Servers &servers)
-{
-    for (QTcpSocket *socket : servers.tcp.findChildren<QTcpSocket *>())
-        socket->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 1 << 16);
-}
-
 } // namespace
-
-Q_DECLARE_METATYPE(Transport)
 
 class TestConnections : public QObject
 {
@@ -385,97 +261,6 @@ private Q_SLOTS:
         QVERIFY(refused.isClosed() && refused.firstLine == QLatin1String("<nothing>"));
         QVERIFY(Client(servers, Tcp6).firstLine.startsWith(QLatin1String("VER")));
         QVERIFY(Client(servers, Local).firstLine.startsWith(QLatin1String("VER")));
-    }
-
-    void unreadRepliesHoldLittle_data() { transports(); }
-
-    /// A console that does not read holds one chunk of memory, and delays only itself.
-    void unreadRepliesHoldLittle()
-    {
-        QFETCH(Transport, transport);
-        Servers servers;
-        servers.target.setTemperatures(QByteArray(";,0+!!!a").repeated(kManyRecords));
-        Client silent(servers, transport);
-        const QIODevice &silentConnection = *connections(servers).first();
-        Client other(servers);
-        silent.setReading(false);
-        limitSendBuffers(servers);
-        silent.send("GSTATD]![]![991231000000");
-        QTRY_VERIFY(silentConnection.bytesToWrite() > 0);
-        silent.send("RESET");
-        for (int i = 0; i < 5; ++i) {
-            QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
-            QVERIFY(silentConnection.bytesToWrite() <= ReplyLine::kMaxChunkBytes);
-        }
-        QCOMPARE(servers.target.calls, QStringList());
-
-        silent.setReading(true);
-        QCOMPARE(silent.receive().size(), 8 + 8 * kManyRecords);
-        QCOMPARE(silent.receive(), QStringLiteral("RESET_OK"));
-    }
-
-    /// Rows: with and without an earlier reply that is not read.
-    void disconnectWithoutReading_data() { transports(); }
-
-    void disconnectWithoutReading()
-    {
-        QFETCH(Transport, transport);
-        ConnectionLimits limits;
-        limits.disconnectTime = std::chrono::milliseconds(100);
-        Servers servers(limits);
-        servers.target.setTemperatures(QByteArray(";,0+!!!a").repeated(kManyRecords));
-        Client silent(servers, transport);
-        silent.setReading(false);
-        limitSendBuffers(servers);
-        silent.send("GSTATD]![]![991231000000");
-        QTRY_VERIFY(connections(servers).first()->bytesToWrite() > 0);
-        silent.send("DIS");
-        QTRY_VERIFY(connections(servers).isEmpty());
-    }
-
-    void memoryLimit()
-    {
-        ConnectionLimits limits;
-        limits.heldBytes = 400000;
-        Servers servers(limits);
-        Client small(servers);
-        Client large(servers);
-        Client last(servers);
-        small.write(QByteArray(100000, '0'));
-        QTRY_VERIFY(connections(servers).first()->bytesAvailable() == 100000);
-        large.write(QByteArray(200000, '0'));
-        QTRY_VERIFY(connections(servers).at(1)->bytesAvailable() == 200000);
-        last.write(QByteArray(150000, '0'));
-        QTRY_VERIFY(large.isClosed());
-        small.write("\n");
-        QCOMPARE(small.receive(), QStringLiteral("ERR"));
-        last.write("\n");
-        QCOMPARE(last.receive(), QStringLiteral("ERR"));
-    }
-
-    /// The size of a line is announced before it is complete.
-    void replyThatCannotBeCompleted()
-    {
-        Servers servers;
-        servers.target.setTemperatures(QByteArray(";,0+!!!a").repeated(kManyRecords));
-        Client client(servers);
-        client.setReading(false);
-        limitSendBuffers(servers);
-        client.send("GSTATD]![]![991231000000");
-        QTRY_VERIFY(connections(servers).first()->bytesToWrite() > 0);
-        servers.target.setTemperatures({});
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot be completed")));
-        client.setReading(true);
-        QCOMPARE(client.receive(), QStringLiteral("<nothing>"));
-        QVERIFY(client.isClosed());
-    }
-
-private:
-    static void transports()
-    {
-        QTest::addColumn<Transport>("transport");
-        row("TCP", Tcp4);
-        row("local", Local);
     }
 };
 
