@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "protocol/dispatcher.h"
+#include "protocol/reply_text.h"
 
-#include "protocol/fake_target.h"
 #include "protocol/greeting.h"
 #include "rows.h"
-#include "wire/scrambling.h"
-#include "wire/separators.h"
 
 #include <QHostInfo>
 #include <QtTest>
@@ -64,20 +61,6 @@ void fill(FakeTarget &target)
                           {QStringLiteral("Smith, J."), 1},
                           {QStringLiteral("Robot"), 3}};
     target.runningScan = 0;
-}
-
-QString replyTo(const QString &request, FakeTarget &target, const QHostAddress &peer = {})
-{
-    Reply reply = Dispatcher(target).answer(scramble(request, 7), {QStringLiteral("42"), peer});
-    if (reply.start)
-        reply.start([&reply](std::unique_ptr<ReplySource> source) { reply.source = std::move(source); });
-    if (!reply.source)
-        return {};
-    QByteArray text;
-    for (QByteArray part = reply.source->next(100); !part.isEmpty(); part = reply.source->next(100))
-        text += part;
-    return text.size() == reply.source->length() ? QString::fromUtf8(text)
-                                                 : QStringLiteral("announced otherwise");
 }
 
 /// A target whose scan ends during isScanRunning().
@@ -251,80 +234,6 @@ private Q_SLOTS:
     {
         FakeTarget target;
         QTEST(replyTo(QLatin1String(QTest::currentDataTag()), target), "reply");
-    }
-
-    void managesAlarms_data()
-    {
-        QTest::addColumn<QString>("peer"); // empty: the local socket
-        QTest::addColumn<bool>("option");
-        QTest::addColumn<bool>("isAllowed");
-        row("local socket", "", false, true);
-        row("this machine", "127.0.0.2", false, true);
-        row("this machine over IPv6", "::1", false, true);
-        row("another machine", "192.0.2.1", false, false);
-        row("another machine over IPv6", "2001:db8::1", false, false);
-        row("another machine with the option", "192.0.2.1", true, true);
-    }
-
-    /// The option RemoteAcknowledge. What is refused reaches no object behind the protocol.
-    void managesAlarms()
-    {
-        QFETCH(QString, peer);
-        QFETCH(bool, option);
-        QFETCH(bool, isAllowed);
-        const QHostAddress address(peer);
-        FakeTarget target;
-        target.serviceOptions.remoteAcknowledge = option;
-        const auto expected = [isAllowed](const char *word, const char *reply) {
-            return isAllowed ? QLatin1String(word) + QLatin1String(reply)
-                             : QLatin1String(word) + QStringLiteral("_ERR,only consoles of the service's "
-                                                                    "machine may do this, unless "
-                                                                    "RemoteAcknowledge is 1");
-        };
-        QCOMPARE(replyTo(QStringLiteral("X-ACK]![S1]![]!["), target, address), expected("X-ACK", "_OK,2"));
-        QCOMPARE(replyTo(QStringLiteral("X-FORGET]![S1"), target, address), expected("X-FORGET", "_OK"));
-        QCOMPARE(replyTo(QStringLiteral("X-ALERTTEST"), target, address),
-                 expected("X-ALERTTEST", "_OK]![[]"));
-        QCOMPARE(target.calls.size(), isAllowed ? 2 : 0);
-        QVERIFY(
-            replyTo(QStringLiteral("X-ALERTS"), target, address).startsWith(QLatin1String("X-ALERTS_OK]![")));
-    }
-
-    void protectedMail_data()
-    {
-        QTest::addColumn<QString>("peer"); // empty: the local socket
-        QTest::addColumn<QString>("sentPassword");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<QString>("server");
-        QTest::addColumn<bool>("emailNotify");
-        row("console of the network", "192.0.2.1", "new", "old", "old.example", true);
-        row("console of this machine over TCP", "127.0.0.1", "new", "old", "old.example", true);
-        row("local socket without a password", "", "", "old", "new.example", false);
-        row("local socket with a password", "", "new", "new", "new.example", false);
-    }
-
-    /// The option ProtectMail; what does not belong to mail is set all the same.
-    void protectedMail()
-    {
-        QFETCH(QString, peer);
-        QFETCH(QString, sentPassword);
-        FakeTarget target;
-        target.serviceOptions.protectMail = true;
-        target.settingsRecord.emailNotify = true;
-        target.settingsRecord.smtpServer = QStringLiteral("old.example");
-        target.settingsRecord.smtpPass = QStringLiteral("old");
-        const QString set =
-            QStringLiteral("SET]![5000~;1~;1~;1~;0~;0~;f~;t~;s~;new.example~;1~;u~;%1~;26~;50~;"
-                           "60~;w~;c");
-        QCOMPARE(replyTo(set.arg(sentPassword), target, QHostAddress(peer)), QStringLiteral("SET_OK"));
-        QTEST(target.settingsRecord.smtpPass, "password");
-        QTEST(target.settingsRecord.smtpServer, "server");
-        QTEST(target.settingsRecord.emailNotify, "emailNotify");
-        QCOMPARE(target.settingsRecord.wTemp, 50);
-        const QStringList greeted =
-            Dispatcher(target).firstLine({QStringLiteral("42"), {}}).split(kRequestSeparator);
-        QCOMPARE(greeted.value(17), QString());
-        QVERIFY(!greeted.contains(target.settingsRecord.smtpPass));
     }
 
     void settings_data()
