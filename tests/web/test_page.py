@@ -2,7 +2,6 @@
 # SPDX-FileCopyrightText: 2026 The Halvex developers
 """The page in a browser, served by halvex-web for a service on a simulated machine."""
 
-import tempfile
 import unittest
 from pathlib import Path
 
@@ -10,39 +9,18 @@ from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
 from browser import Browser
-from programs import MailServer, PASSWORD, Service, Web, drive, free_port, hashed_password, service_entry, wait_for
-
-WIDTHS = (1280, 390)
-USERS = {"reader": "rob", "operator": "ann"}
-MARKUP = "<img src=x onerror=alert(1)>"
-FAILING, HOT, HOSTILE, FINE = range(4)
+from lab import FAILING, FINE, HOSTILE, HOT, Lab, MARKUP, USERS
+from programs import MailServer, PASSWORD, Service, Web, drive, service_entry, wait_for
 
 
 def setUpModule():
-    global folder, service, web, users, browsers
-    folder = tempfile.TemporaryDirectory()
-    root = Path(folder.name)
-    drives = [
-        drive(0, "FAILING DISK", badSectors=[[100, 107], [200_000, 200_063]]), drive(1, "HOT DISK", 57),
-        drive(2, MARKUP), drive(3, "FINE DISK", readDelayMs=50),
-    ]
-    drives[FAILING]["smart"]["attributes"][0] |= {"current": 4, "worst": 4, "raw": 4000}
-    volumes = [{"name": "\\\\?\\Volume{1}\\", "letters": ["C"], "label": "System", "fileSystem": "NTFS",
-                "deviceNumber": FINE, "totalBytes": 200_000_000, "freeBytes": 50_000_000}]
-    service = Service(root / "service", drives, {"AlertPolicy": "changes"}, volumes).start()
-    password = hashed_password()
-    users = [{"name": name, "role": role, "password": password} for role, name in USERS.items()]
-    services = [service_entry("lab", service), {"name": "cellar", "host": "127.0.0.1", "port": free_port()}]
-    web = Web(root / "web", services, users=users).start()
-    browsers = {width: Browser(width) for width in WIDTHS}
+    global lab, service, web, browsers
+    lab = Lab()
+    service, web, browsers = lab.service, lab.web, lab.browsers
 
 
 def tearDownModule():
-    for browser in browsers.values():
-        browser.close()
-    web.stop()
-    service.stop()
-    folder.cleanup()
+    lab.close()
 
 
 def drive_url(number, name="lab"):
@@ -309,10 +287,10 @@ class IdleService(PageTest):
 
     @classmethod
     def setUpClass(cls):
-        root = Path(folder.name)
+        root = Path(lab.folder.name)
         cls.service = Service(root / "idle", [drive(0, "IDLE DISK")], {"SMARTPollInterval": 360_000}).start()
         cls.addClassCleanup(cls.service.stop)
-        cls.web = Web(root / "idle-web", [service_entry("idle", cls.service)], users=users).start()
+        cls.web = Web(root / "idle-web", [service_entry("idle", cls.service)], users=lab.users).start()
         cls.addClassCleanup(cls.web.stop)
         cls.browser = browsers[1280]
         log_in(cls.browser, "operator", cls.web.url)
