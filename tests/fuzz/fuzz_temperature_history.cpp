@@ -19,7 +19,7 @@ QString historyOf(const QString &path, const QString &from, const QString &to)
             text += piece;
         require(text.size() == reader.textBytes());
     });
-    return QString::fromUtf8(text);
+    return QString::fromUtf8(text.constData(), text.size()); // without its size the text ends at a zero byte
 }
 
 /// Input: the first and the last moment as a console sends them, then the log. The history equals the plain

@@ -17,8 +17,15 @@ inline QDateTime moment(const QDate &date, const QTime &time)
 
 inline QDateTime moment(const QString &digits)
 {
-    const auto pair = [&digits](int index) { return digits.mid(2 * index, 2).toInt(); };
-    return moment(QDate(2000 + pair(0), pair(1), pair(2)), QTime(pair(3), pair(4), pair(5)));
+    constexpr int kNoNumber = -1; // is in no valid date or time
+    const auto pair = [&digits](int index) {
+        bool isNumber = false;
+        const int number = digits.mid(2 * index, 2).toInt(&isNumber);
+        return isNumber ? number : kNoNumber;
+    };
+    const bool hasYear = pair(0) != kNoNumber;
+    return moment(hasYear ? QDate(2000 + pair(0), pair(1), pair(2)) : QDate(),
+                  QTime(pair(3), pair(4), pair(5)));
 }
 
 inline QString temperatureHistory(const QByteArray &file, const QString &from, const QString &to)
