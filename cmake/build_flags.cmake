@@ -16,7 +16,7 @@ target_compile_definitions(halvex_build_flags INTERFACE
 set(halvex_sanitizer_environment
     "ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:check_initialization_order=1"
     "UBSAN_OPTIONS=print_stacktrace=1"
-    "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1")
+    "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan_suppressions.txt")
 
 if(HALVEX_SANITIZE)
     # gcc 12 warns of std::optional's storage as uninitialized when a sanitizer instruments it.

@@ -19,6 +19,7 @@
 #include <microhttpd.h>
 
 #include <cerrno>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -84,12 +85,15 @@ public:
     }
 
     ~Daemon() override { stop(); }
-    Daemon(const Daemon &) = delete;
-    Daemon &operator=(const Daemon &) = delete;
+    Q_DISABLE_COPY(Daemon)
 
     Result<void> start();
     void stop();
-    [[nodiscard]] quint16 port() const;
+    [[nodiscard]] quint16 port() const
+    {
+        const std::lock_guard<std::mutex> lock(m_portMutex);
+        return m_port;
+    }
     EventStreams &streams() { return m_streams; }
 
 private:
@@ -118,6 +122,8 @@ private:
     QTimer m_timer;
     int m_ticks = 0;
     MHD_Daemon *m_daemon = nullptr;
+    mutable std::mutex m_portMutex;
+    quint16 m_port = 0; ///< the one that is bound
 };
 
 Result<void> HttpServer::Daemon::readTls()
@@ -165,6 +171,7 @@ Result<void> HttpServer::Daemon::start()
     tls.push_back({MHD_OPTION_END, 0, nullptr});
     const QByteArray address = socketAddress(m_configuration.listen.address, m_configuration.listen.port);
     errno = 0;
+    const std::lock_guard<std::mutex> lock(m_portMutex); // a request may arrive before the port is known here
     m_daemon = MHD_start_daemon(
         flags(), 0,
         [](void *cls, const sockaddr *peer, socklen_t) {
@@ -195,6 +202,7 @@ Result<void> HttpServer::Daemon::start()
         this, MHD_OPTION_ARRAY, tls.data(), MHD_OPTION_END);
     if (!m_daemon)
         return startFailure();
+    m_port = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT)->port;
     m_timer.start();
     return {};
 }
@@ -207,12 +215,6 @@ void HttpServer::Daemon::stop()
     m_waiting.endAll();
     m_streams.endAll();
     MHD_stop_daemon(std::exchange(m_daemon, nullptr));
-}
-
-quint16 HttpServer::Daemon::port() const
-{
-    const auto *info = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT);
-    return info ? info->port : m_configuration.listen.port;
 }
 
 void HttpServer::Daemon::keepWatch()
