@@ -103,22 +103,22 @@ const client::Columns<ServiceKeyRow> &optionColumns()
     return kColumns;
 }
 
-/// The explanations are too long for a table on a screen of 80 columns.
-QString optionsText()
+QVector<Term> optionTerms()
 {
     QVector<Term> terms;
     for (const ServiceKeyRow &row : serviceKeyTable())
         terms << Term{QStringLiteral("%1: %2, default %3").arg(row.name, typeText(row), row.defaultText),
                       row.help};
-    return help::explanations(terms);
+    return terms;
 }
 
+/// The explanations are too long for a table on a screen of 80 columns.
 void options(Context &context)
 {
     if (context.wantsJson() || context.arguments().has(QStringLiteral("csv")))
         context.showTable(optionColumns(), serviceKeyTable(), {});
     else
-        context.output().print(optionsText());
+        context.output().print(help::explanations(optionTerms()));
 }
 
 } // namespace
@@ -130,13 +130,16 @@ QVector<Command> alertCommands()
         "Without KIND and ID, all findings of the drive. SERIAL may be MODEL/SERIAL.");
     acknowledging.words = QStringList{QStringLiteral("temperature"), QStringLiteral("attribute"),
                                       QStringLiteral("growth"), QStringLiteral("unreadable")};
+    Command explaining =
+        command("options", "", 0, 0, options, "Explain the values of the service's key.",
+                "They are set in the key and read when the service starts. No service is asked.");
+    explaining.terms = optionTerms();
     return {
         command("alerts", "", 0, 0, alerts, "Show findings and alert channels.",
                 "Findings are kept with the option AlertPolicy changes of the service's key."),
         acknowledging,
         command("forget", "SERIAL", 1, 1, forget, "Forget a drive that was removed on purpose."),
         command("alert-test", "", 0, 0, testAlerts, "Send a test through every alert channel that is on."),
-        command("options", "", 0, 0, options, "Explain the values of the service's key.",
-                "They are set in the key and read when the service starts. No service is asked."),
+        explaining,
     };
 }
