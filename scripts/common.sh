@@ -11,7 +11,7 @@ export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 # Packages of Debian 12. No other file names a package to install.
 declare -A packages=(
     [build]="g++ cmake ninja-build pkg-config qtbase5-dev libudev-dev libsystemd-dev libmicrohttpd-dev libsqlite3-dev libjs-dygraphs"
-    [test]="ccache exim4-daemon-light mandoc"
+    [test]="ccache exim4-daemon-light mandoc openssl"
     [web]="chromium chromium-driver python3-selenium"
     [npm]="nodejs npm"
     [fleet]="prometheus prometheus-alertmanager python3"
@@ -20,7 +20,7 @@ declare -A packages=(
     [mutate]="python3"
     [fuzz]="clang libclang-rt-14-dev llvm"
     [qt-source]="qtbase5-dev-tools dpkg-dev patch make perl"
-    [windows]="g++-mingw-w64-x86-64-posix tcl wine wine64 nsis"
+    [windows]="g++-mingw-w64-x86-64-posix tcl wine wine64 nsis openssl python3"
     [windows32]="g++-mingw-w64-i686-posix qemu-system-x86 busybox-static cpio e2fsprogs"
     [package]="dpkg-dev debootstrap"
     [qemu]="qemu-system-x86 busybox-static cpio e2fsprogs binutils"
