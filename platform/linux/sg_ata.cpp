@@ -63,6 +63,19 @@ quint8 flags(Transfer transfer)
     return 0;
 }
 
+/// The bytes of a command that hold the registers, from reg::kFeatures to reg::kCommand.
+using RegisterPlaces = std::array<size_t, reg::kCommand + 1>;
+
+template <size_t Size>
+std::array<quint8, Size> passThrough(quint8 operationCode, const RegisterPlaces &places, ByteView registers,
+                                     Transfer transfer)
+{
+    std::array<quint8, Size> command{operationCode, protocol(transfer), flags(transfer)};
+    for (size_t i = 0; i < places.size(); ++i)
+        command[places[i]] = registers.u8(int(i));
+    return command;
+}
+
 /// Returns the ATA return descriptor among the sense descriptors; empty if there is none.
 ByteView returnDescriptor(ByteView sense)
 {
@@ -98,34 +111,12 @@ Verdict verdictFrom(quint8 key, const std::array<quint8, 8> &registers)
 
 std::array<quint8, kLongCommandSize> longCommand(ByteView registers, Transfer transfer)
 {
-    std::array<quint8, kLongCommandSize> command{};
-    command[0] = kAtaPassThrough16;
-    command[1] = protocol(transfer);
-    command[2] = flags(transfer);
-    command[4] = registers.u8(reg::kFeatures);
-    command[6] = registers.u8(reg::kSectorCount);
-    command[8] = registers.u8(reg::kLbaLow);
-    command[10] = registers.u8(reg::kLbaMid);
-    command[12] = registers.u8(reg::kLbaHigh);
-    command[13] = registers.u8(reg::kDevice);
-    command[14] = registers.u8(reg::kCommand);
-    return command;
+    return passThrough<kLongCommandSize>(kAtaPassThrough16, {4, 6, 8, 10, 12, 13, 14}, registers, transfer);
 }
 
 std::array<quint8, kShortCommandSize> shortCommand(ByteView registers, Transfer transfer)
 {
-    std::array<quint8, kShortCommandSize> command{};
-    command[0] = kAtaPassThrough12;
-    command[1] = protocol(transfer);
-    command[2] = flags(transfer);
-    command[3] = registers.u8(reg::kFeatures);
-    command[4] = registers.u8(reg::kSectorCount);
-    command[5] = registers.u8(reg::kLbaLow);
-    command[6] = registers.u8(reg::kLbaMid);
-    command[7] = registers.u8(reg::kLbaHigh);
-    command[8] = registers.u8(reg::kDevice);
-    command[9] = registers.u8(reg::kCommand);
-    return command;
+    return passThrough<kShortCommandSize>(kAtaPassThrough12, {3, 4, 5, 6, 7, 8, 9}, registers, transfer);
 }
 
 Verdict readSense(ByteView sense)
