@@ -7,25 +7,20 @@
 #include "monitor/alert_text.h"
 #include "monitor/findings.h"
 #include "monitor/json_fields.h"
-#include "monitor/logging.h"
 #include "monitor/mail_transport.h"
 #include "monitor/program_transport.h"
 #include "monitor/webhook_transport.h"
 #include "platform/directory_path.h"
 #include "platform/event_log.h"
-#include "platform/whole_file.h"
 
 #include <QDir>
 #include <QHostInfo>
-#include <QJsonDocument>
 
 #include <utility>
 
 namespace {
 
 using MessageEvent = AlertMessage::Event;
-
-constexpr qint64 kMaxFileSize = 64 * 1024 * 1024;
 
 /// Returns an empty path if no option needs a file, or if the folder is another system's.
 QString alertsFilePath(const QString &folder, const ServiceOptions &options)
@@ -81,12 +76,6 @@ QString channelKey()
     return QStringLiteral("channels");
 }
 
-void logIfAny(const QString &text)
-{
-    if (!text.isEmpty())
-        qCWarning(lcMonitor).noquote() << text;
-}
-
 } // namespace
 
 Alarms::Alarms(const Settings &settings, const ServiceOptions &options, EventLog &eventLog,
@@ -96,7 +85,7 @@ Alarms::Alarms(const Settings &settings, const ServiceOptions &options, EventLog
     , m_eventLog(eventLog)
     , m_every(every)
     , m_clock(std::move(clock))
-    , m_path(alertsFilePath(folder, options))
+    , m_file(alertsFilePath(folder, options))
 {
     const auto makeChannel = [this](const char *name, std::unique_ptr<Transport> transport) {
         auto channel =
@@ -110,7 +99,7 @@ Alarms::Alarms(const Settings &settings, const ServiceOptions &options, EventLog
         m_webhook = makeChannel("webhook", std::make_unique<WebhookTransport>(options.alertWebhook));
     if (!options.alertProgram.isEmpty())
         m_program = makeChannel("program", std::make_unique<ProgramTransport>(options.alertProgram));
-    load();
+    restore(m_file.load());
     switchChannels();
     for (AlertChannel *channel : channels())
         channel->resume();
@@ -258,25 +247,6 @@ Result<void> Alarms::forget(const QString &name)
     return result;
 }
 
-void Alarms::load()
-{
-    if (m_path.isEmpty())
-        return;
-    const auto bytes = whole_file::read(m_path, kMaxFileSize);
-    if (!bytes && bytes.failure().kind == AccessError::Kind::Missing)
-        return;
-    const QJsonDocument document = bytes ? QJsonDocument::fromJson(*bytes) : QJsonDocument();
-    if (document.isObject()) {
-        restore(document.object());
-        return;
-    }
-    const Result<QString> aside = whole_file::setAside(m_path, QDateTime::currentDateTime());
-    m_canStore = bool(aside);
-    qCWarning(lcMonitor).noquote() << m_path << "cannot be read; the alarms start afresh and"
-                                   << (aside ? QStringLiteral("the file is now ") + *aside
-                                             : QStringLiteral("nothing is stored: ") + aside.failure().text);
-}
-
 void Alarms::restore(const QJsonObject &json)
 {
     m_state = parseAlertState(json);
@@ -288,22 +258,13 @@ void Alarms::restore(const QJsonObject &json)
 
 void Alarms::save()
 {
-    if (m_path.isEmpty() || !m_canStore)
-        return;
     QJsonObject channelDocuments;
     for (const AlertChannel *channel : channels())
         channelDocuments.insert(channel->name(), channel->toJson());
     QJsonObject json = alertStateDocument(m_state);
     json.insert(QStringLiteral("lastEvent"), timeValue(m_events.lastSuccess));
     json.insert(channelKey(), channelDocuments);
-    const QByteArray bytes = QJsonDocument(json).toJson();
-    if (bytes == m_stored)
-        return;
-    const auto result = whole_file::replace(m_path, bytes, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    if (result)
-        m_stored = bytes;
-    logIfAny(result ? m_storing.succeeded()
-                    : m_storing.failed(result.failure().text, QDateTime::currentDateTime()));
+    m_file.save(json);
 }
 
 void Alarms::test(const TestReply &reply)

@@ -6,6 +6,7 @@
 #include "config/settings.h"
 #include "monitor/alert_channel.h"
 #include "monitor/alert_commands.h"
+#include "monitor/alerts_file.h"
 #include "monitor/health.h"
 
 class AlertDelivery;
@@ -47,7 +48,6 @@ private:
     void finishTest(const QString &channel, const Result<void> &result);
     [[nodiscard]] QVector<AlertChannel *> channels() const;
     [[nodiscard]] QVector<ChannelStatus> channelStatuses() const;
-    void load();
     void restore(const QJsonObject &json);
     void save();
 
@@ -56,10 +56,7 @@ private:
     EventLog &m_eventLog;
     AlertDelivery &m_every;
     const AlertChannel::Clock m_clock;
-    const QString m_path;   ///< of alerts.json; empty: nothing is stored
-    bool m_canStore = true; ///< false if a file that cannot be used could not be set aside
-    QByteArray m_stored;    ///< the file's bytes
-    FaultState m_storing{QStringLiteral("Storing the alarms")};
+    AlertsFile m_file;
     AlertState m_state;  ///< of the policy `changes`; kept, but not used, under the other one
     AlertState m_listed; ///< the listed drives, under the policy `every`
     ChannelOutcome m_events;
