@@ -5,6 +5,8 @@
 #include "client/link.h"
 #include "wire/scrambling.h"
 
+#include <QCryptographicHash>
+#include <QDir>
 #include <QRandomGenerator>
 
 #include <utility>
@@ -16,6 +18,20 @@ namespace {
 constexpr std::chrono::milliseconds kLockRetryInterval{20};
 constexpr int kOffsets = 100;
 constexpr int kQuotedBytes = 60;
+
+/// Returns a path in the folder for temporary files, which every user who may connect can write to.
+QString lockName(const QString &localName)
+{
+    const QByteArray name = QDir::cleanPath(localName).toUtf8();
+    const QByteArray digest = QCryptographicHash::hash(name, QCryptographicHash::Sha256).toHex().left(16);
+    return QDir::temp().filePath(QStringLiteral("halvexctl-%1.lock").arg(QString::fromLatin1(digest)));
+}
+
+/// Returns false while another console holds the lock; a lock file that cannot be created does not lock.
+bool tryLock(QLockFile &lock)
+{
+    return lock.tryLock(0) || lock.error() != QLockFile::LockFailedError;
+}
 
 QByteArray wireLine(const QString &request)
 {
@@ -36,7 +52,7 @@ Connection::Connection(Endpoint endpoint, QObject *parent)
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, &Connection::expire);
     if (m_endpoint.isLocal())
-        m_lock.emplace(m_endpoint.localName);
+        m_lock = std::make_unique<QLockFile>(lockName(m_endpoint.localName));
     m_lockRetry.setInterval(kLockRetryInterval);
     connect(&m_lockRetry, &QTimer::timeout, this, &Connection::connectWhenUnlocked);
 }
@@ -55,7 +71,7 @@ void Connection::open(std::chrono::milliseconds deadline)
 void Connection::connectWhenUnlocked()
 {
     const bool mayWait = m_deadline.remainingTime() > m_deadline.interval() / 2;
-    if (m_lock && !m_lock->tryLock() && mayWait) {
+    if (m_lock && !tryLock(*m_lock) && mayWait) {
         m_lockRetry.start();
         return;
     }

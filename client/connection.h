@@ -5,13 +5,13 @@
 #include "client/endpoint.h"
 #include "client/failure.h"
 #include "client/line_reader.h"
-#include "client/local_socket_lock.h"
 
+#include <QLockFile>
 #include <QObject>
 #include <QTimer>
 
 #include <chrono>
-#include <optional>
+#include <memory>
 
 namespace client {
 
@@ -59,7 +59,10 @@ private:
     Link *m_link = nullptr; ///< a child; null while closed
     LineReader m_reader;
     QTimer m_deadline;
-    std::optional<LocalSocketLock> m_lock; ///< of a local console only
+    /// Of a local console only. The service answers only the latest local connection, so the consoles of a
+    /// machine share the local socket by a lock file. It is advisory: a console that has waited long enough
+    /// connects without it.
+    std::unique_ptr<QLockFile> m_lock;
     QTimer m_lockRetry;
     bool m_isAwaiting = false;
 };
