@@ -22,18 +22,6 @@ constexpr qint32 kHighestTemperature = 99;
 using Kind = Setting::Kind;
 using S = ServiceSettings;
 
-template <typename T>
-T &valueOf(const Setting &setting, ServiceSettings &settings)
-{
-    return settings.*std::get<T S::*>(setting.member);
-}
-
-template <typename T>
-const T &valueOf(const Setting &setting, const ServiceSettings &settings)
-{
-    return settings.*std::get<T S::*>(setting.member);
-}
-
 /// Parses on and off and their synonyms.
 std::optional<bool> parseSwitch(const QString &text)
 {
@@ -44,28 +32,16 @@ std::optional<bool> parseSwitch(const QString &text)
     return place < 0 ? std::nullopt : std::optional<bool>(place % 2 == 1);
 }
 
-qint64 numberOf(const Setting &setting, const ServiceSettings &settings)
-{
-    return std::holds_alternative<quint32 S::*>(setting.member) ? qint64(valueOf<quint32>(setting, settings))
-                                                                : valueOf<qint32>(setting, settings);
-}
-
 bool assignNumber(const Setting &setting, ServiceSettings &settings, std::optional<qint64> number)
 {
     if (!number || *number < setting.lowest || *number > setting.highest)
         return false;
-    if (std::holds_alternative<quint32 S::*>(setting.member))
-        valueOf<quint32>(setting, settings) = quint32(*number);
-    else
-        valueOf<qint32>(setting, settings) = qint32(*number);
-    return true;
-}
-
-bool assignInterval(const Setting &setting, ServiceSettings &settings, std::optional<qint64> milliseconds)
-{
-    if (!milliseconds || *milliseconds < kSecond || *milliseconds > kLongestInterval)
-        return false;
-    valueOf<qint64>(setting, settings) = *milliseconds;
+    const auto assign = [&](auto member) {
+        using Value = std::decay_t<decltype(settings.*member)>;
+        if constexpr (std::is_integral_v<Value>)
+            settings.*member = Value(*number);
+    };
+    std::visit(assign, setting.member);
     return true;
 }
 
@@ -86,7 +62,7 @@ bool assignText(const Setting &setting, ServiceSettings &settings, const QString
 {
     if (!isPlainField(text) || containsFileKey(text))
         return false;
-    valueOf<QString>(setting, settings) = text;
+    settings.*std::get<QString S::*>(setting.member) = text;
     return true;
 }
 
@@ -121,12 +97,11 @@ bool assign(const Setting &setting, ServiceSettings &settings, const QJsonValue 
 {
     switch (setting.kind) {
     case Kind::Number:
-        return assignNumber(setting, settings, wholeNumber(value));
     case Kind::Interval:
-        return assignInterval(setting, settings, wholeNumber(value));
+        return assignNumber(setting, settings, wholeNumber(value));
     case Kind::Switch:
         if (value.isBool())
-            valueOf<bool>(setting, settings) = value.toBool();
+            settings.*std::get<bool S::*>(setting.member) = value.toBool();
         return value.isBool();
     case Kind::Text:
     case Kind::Secret:
@@ -185,39 +160,30 @@ std::optional<Failure> applyOne(ServiceSettings &settings, const QString &assign
 
 QString Setting::text(const ServiceSettings &settings) const
 {
+    const QJsonValue value = json(settings);
     switch (kind) {
     case Kind::Number:
-        return QString::number(numberOf(*this, settings));
+        return value.toVariant().toString();
     case Kind::Interval: {
-        const qint64 milliseconds = valueOf<qint64>(*this, settings);
+        const qint64 milliseconds = value.toVariant().toLongLong();
         return milliseconds % kSecond == 0 ? QStringLiteral("%1s").arg(milliseconds / kSecond)
                                            : QStringLiteral("%1ms").arg(milliseconds);
     }
     case Kind::Switch:
-        return valueOf<bool>(*this, settings) ? QStringLiteral("on") : QStringLiteral("off");
+        return value.toBool() ? QStringLiteral("on") : QStringLiteral("off");
     case Kind::Text:
-        return valueOf<QString>(*this, settings);
+        return value.toString();
     case Kind::Secret:
-        return valueOf<QString>(*this, settings).isEmpty() ? QString() : QStringLiteral("(set)");
+        return value.toBool() ? QStringLiteral("(set)") : QString();
     }
     return {};
 }
 
 QJsonValue Setting::json(const ServiceSettings &settings) const
 {
-    switch (kind) {
-    case Kind::Number:
-        return numberOf(*this, settings);
-    case Kind::Interval:
-        return valueOf<qint64>(*this, settings);
-    case Kind::Switch:
-        return valueOf<bool>(*this, settings);
-    case Kind::Text:
-        return valueOf<QString>(*this, settings);
-    case Kind::Secret:
-        return !valueOf<QString>(*this, settings).isEmpty();
-    }
-    return {};
+    const auto document = [&settings](auto value) { return toJson(settings.*value); };
+    const QJsonValue value = std::visit(document, member);
+    return kind == Kind::Secret ? !value.toString().isEmpty() : value;
 }
 
 QString Setting::range() const
@@ -239,16 +205,20 @@ QString Setting::range() const
 const QVector<Setting> &settingsTable()
 {
     const auto row = [](Kind kind, const char *name, Setting::Member member, const char *help,
-                        qint32 highest = 0) {
+                        qint64 highest = 0) {
         const QString text = QString::fromLatin1(name);
-        const QString key = kind == Kind::Interval ? text + QStringLiteral("Ms") : text;
-        return Setting{kind, text, key, QString::fromUtf8(help), member, 1, highest};
+        return Setting{kind, text, text, QString::fromUtf8(help), member, 1, highest};
+    };
+    const auto interval = [](const char *name, qint64 S::*member, const char *help) {
+        const QString text = QString::fromLatin1(name);
+        return Setting{Kind::Interval,          text,   text + QStringLiteral("Ms"),
+                       QString::fromUtf8(help), member, kSecond,
+                       kLongestInterval};
     };
     static const QVector<Setting> kTable{
         row(Kind::Number, "port", &S::port, "TCP port; used once a console disconnects", kHighestPort),
-        row(Kind::Interval, "smartPollInterval", &S::smartPollInterval, "between two reads of the drives"),
-        row(Kind::Interval, "freeSpacePollInterval", &S::freeSpacePollInterval,
-            "between two reads of the volumes"),
+        interval("smartPollInterval", &S::smartPollInterval, "between two reads of the drives"),
+        interval("freeSpacePollInterval", &S::freeSpacePollInterval, "between two reads of the volumes"),
         row(Kind::Number, "wTemp", &S::wTemp, "warning from this temperature on, °C", kHighestTemperature),
         row(Kind::Number, "cTemp", &S::cTemp, "critical from this temperature on, °C", kHighestTemperature),
         row(Kind::Switch, "logSysEvLog", &S::logSysEvLog, "alerts to the system's event log"),

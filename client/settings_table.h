@@ -29,8 +29,8 @@ struct Setting
     QString key;  ///< in JSON; an interval's has the unit in its name
     QString help;
     Member member;
-    qint32 lowest = 0; ///< of a number
-    qint32 highest = 0;
+    qint64 lowest = 0; ///< of a number, and of an interval in milliseconds
+    qint64 highest = 0;
 
     /// Returns the value as a person writes it, and of a secret only whether it is set.
     [[nodiscard]] QString text(const ServiceSettings &settings) const;
