@@ -6,22 +6,31 @@ namespace client {
 
 namespace {
 
-constexpr int kMomentDigits = 12;
+constexpr int kMomentPairs = 6;
 constexpr int kCentury = 2000;
 
 } // namespace
 
+QVector<int> digitPairs(const QString &digits, int pairs)
+{
+    if (digits.size() != 2 * pairs)
+        return {};
+    QVector<int> numbers;
+    for (int i = 0; i < pairs; ++i) {
+        const QChar tens = digits.at(2 * i);
+        const QChar ones = digits.at(2 * i + 1);
+        if (tens < u'0' || tens > u'9' || ones < u'0' || ones > u'9')
+            return {};
+        numbers.append(10 * tens.digitValue() + ones.digitValue());
+    }
+    return numbers;
+}
+
 std::optional<QDateTime> parseMoment(const QString &digits)
 {
-    if (digits.size() != kMomentDigits)
+    const QVector<int> pairs = digitPairs(digits, kMomentPairs);
+    if (pairs.isEmpty())
         return std::nullopt;
-    int pairs[kMomentDigits / 2] = {};
-    for (int i = 0; i < kMomentDigits; ++i) {
-        const QChar digit = digits.at(i);
-        if (digit < QLatin1Char('0') || digit > QLatin1Char('9'))
-            return std::nullopt;
-        pairs[i / 2] = pairs[i / 2] * 10 + digit.digitValue();
-    }
     const QDate date(kCentury + pairs[0], pairs[1], pairs[2]);
     const QTime time(pairs[3], pairs[4], pairs[5]);
     if (!date.isValid() || !time.isValid())

@@ -6,8 +6,11 @@
 
 #include <QDateTime>
 #include <QStringList>
+#include <QVector>
 
 #include <limits>
+#include <optional>
+#include <utility>
 
 namespace client {
 
@@ -57,6 +60,9 @@ private:
     bool m_isDamaged = false;
 };
 
+/// Returns the numbers of `pairs` pairs of digits, or nothing if `digits` is something else.
+[[nodiscard]] QVector<int> digitPairs(const QString &digits, int pairs);
+
 /// Parses twelve digits yyMMddhhmmss, years from 2000: a local time of the service. It is held as if it were
 /// UTC, so that the time zone of this machine cannot change it; see withZone().
 [[nodiscard]] std::optional<QDateTime> parseMoment(const QString &digits);
@@ -66,5 +72,21 @@ private:
 
 /// Returns the part of `reply` after `prefix`, or nothing if the reply begins otherwise.
 [[nodiscard]] std::optional<QString> afterPrefix(const QString &reply, const QString &prefix);
+
+/// Returns the items, each read by `parse`, or nothing if one of them does not fit.
+template <typename Parse>
+[[nodiscard]] auto parseItems(const QStringList &items, Parse parse)
+    -> std::optional<QVector<typename decltype(parse(QString()))::value_type>>
+{
+    QVector<typename decltype(parse(QString()))::value_type> values;
+    values.reserve(items.size());
+    for (const QString &item : items) {
+        auto value = parse(item);
+        if (!value)
+            return std::nullopt;
+        values.append(*std::move(value));
+    }
+    return values;
+}
 
 } // namespace client

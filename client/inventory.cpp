@@ -65,6 +65,14 @@ std::optional<Volume> volumeItem(const QString &item)
     return volume;
 }
 
+void readValues(FieldReader &fields, Attribute &attribute)
+{
+    attribute.current = fields.number<quint32>(0, 255);
+    attribute.raw = fields.number<qint64>(0);
+    attribute.worst = fields.number<quint32>(0, 255);
+    attribute.threshold = fields.number<quint32>(0, 255);
+}
+
 std::optional<Attribute> attributeItem(const QString &item)
 {
     FieldReader fields(item.split(QLatin1Char('~')));
@@ -72,10 +80,7 @@ std::optional<Attribute> attributeItem(const QString &item)
     attribute.id = fields.number<quint32>(1, 255);
     attribute.isPrefailure = !fields.flag();
     attribute.flagBit2 = fields.flag();
-    attribute.current = fields.number<quint32>(0, 255);
-    attribute.raw = fields.number<qint64>(0);
-    attribute.worst = fields.number<quint32>(0, 255);
-    attribute.threshold = fields.number<quint32>(0, 255);
+    readValues(fields, attribute);
     if (!fields.fits())
         return std::nullopt;
     return attribute;
@@ -93,29 +98,10 @@ std::optional<DriveAttribute> driveAttributeItem(const QString &item)
     attribute.isPrefailure = !fields.flag();
     attribute.flagBit2 = fields.flag();
     (void)fields.number<quint32>(kReserved, kReserved);
-    attribute.current = fields.number<quint32>(0, 255);
-    attribute.raw = fields.number<qint64>(0);
-    attribute.worst = fields.number<quint32>(0, 255);
-    attribute.threshold = fields.number<quint32>(0, 255);
+    readValues(fields, attribute);
     if (!fields.fits())
         return std::nullopt;
     return entry;
-}
-
-/// Returns the items, each read by `parse`, or nothing if one of them does not fit.
-template <typename Parse>
-auto parseItems(const QStringList &items, Parse parse)
-    -> std::optional<QVector<typename decltype(parse(QString()))::value_type>>
-{
-    QVector<typename decltype(parse(QString()))::value_type> values;
-    values.reserve(items.size());
-    for (const QString &item : items) {
-        auto value = parse(item);
-        if (!value)
-            return std::nullopt;
-        values.append(*std::move(value));
-    }
-    return values;
 }
 
 } // namespace

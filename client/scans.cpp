@@ -25,9 +25,10 @@ std::optional<SectorRange> rangeItem(const QString &item)
 std::optional<ScanStatus> statusItem(const QString &item)
 {
     QStringList texts = item.split(QLatin1Char(';'));
-    QStringList ranges;
+    QStringList rangeTexts;
     if (texts.size() == kFieldsBeforeRanges + 1)
-        ranges = texts.takeLast().split(QLatin1Char(','));
+        rangeTexts = texts.takeLast().split(QLatin1Char(','));
+    const auto ranges = parseItems(rangeTexts, rangeItem);
     FieldReader fields(texts);
     ScanStatus status;
     status.drive = fields.number<qint32>(0);
@@ -37,30 +38,13 @@ std::optional<ScanStatus> statusItem(const QString &item)
     // -1 is the last sector of a drive without capacity.
     status.currentSector = quint64(std::max<qint64>(0, fields.number<qint64>(-1)));
     status.time = fields.moment();
-    if (!fields.fits())
+    if (!fields.fits() || !ranges)
         return std::nullopt;
+    status.badRanges = *ranges;
     // A drive that was never scanned has a date in 1980, whose two digits are those of 2080.
     if (status.time.date() == QDate(2080, 1, 1))
         status.time = QDateTime();
-    for (const QString &text : ranges) {
-        const auto range = rangeItem(text);
-        if (!range)
-            return std::nullopt;
-        status.badRanges.append(*range);
-    }
     return status;
-}
-
-/// Returns the numbers of `pairs` pairs of digits, or nothing if `digits` is something else.
-QVector<int> digitPairs(const QString &digits, int pairs)
-{
-    QVector<int> numbers;
-    for (int i = 0; i < pairs && digits.size() == 2 * pairs; ++i) {
-        const QString pair = digits.mid(2 * i, 2);
-        if (pair.at(0).isDigit() && pair.at(1).isDigit())
-            numbers.append(pair.toInt());
-    }
-    return numbers.size() == pairs ? numbers : QVector<int>();
 }
 
 ScheduleKind kindOf(qint32 number)
@@ -124,16 +108,7 @@ std::optional<QVector<ScanStatus>> parseScanStatus(const QString &reply)
     const auto payload = afterPrefix(reply, QStringLiteral("STATSCAN]!["));
     if (!payload)
         return std::nullopt;
-    QVector<ScanStatus> list;
-    if (payload->isEmpty())
-        return list;
-    for (const QString &item : payload->split(QLatin1Char('|'))) {
-        auto status = statusItem(item);
-        if (!status)
-            return std::nullopt;
-        list.append(*std::move(status));
-    }
-    return list;
+    return parseItems(payload->isEmpty() ? QStringList() : payload->split(QLatin1Char('|')), statusItem);
 }
 
 std::optional<QVector<ScheduleEntry>> parseSchedule(const QString &reply)
@@ -141,19 +116,10 @@ std::optional<QVector<ScheduleEntry>> parseSchedule(const QString &reply)
     const auto payload = afterPrefix(reply, QStringLiteral("SCANSCHED"));
     if (!payload)
         return std::nullopt;
-    QVector<ScheduleEntry> list;
     if (payload->isEmpty())
-        return list;
-    const QString separator = QStringLiteral("]![");
-    if (!payload->startsWith(separator))
-        return std::nullopt;
-    for (const QString &item : payload->mid(separator.size()).split(separator)) {
-        const auto entry = scheduleItem(item);
-        if (!entry)
-            return std::nullopt;
-        list.append(*entry);
-    }
-    return list;
+        return QVector<ScheduleEntry>();
+    const auto items = afterPrefix(*payload, kRequestSeparator);
+    return items ? parseItems(items->split(kRequestSeparator), scheduleItem) : std::nullopt;
 }
 
 } // namespace client
