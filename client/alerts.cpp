@@ -16,11 +16,6 @@ namespace {
 /// A mail server, a webhook and a program in turn.
 constexpr std::chrono::minutes kTestAllowance{5};
 
-bool isUnknownCommand(const QString &reply)
-{
-    return reply.startsWith(QLatin1String("UNKNOWN COMMAND"));
-}
-
 QVector<QJsonObject> objects(const QJsonValue &array)
 {
     QVector<QJsonObject> result;
@@ -31,24 +26,25 @@ QVector<QJsonObject> objects(const QJsonValue &array)
 
 std::optional<Alerts> parseAlerts(const QString &reply)
 {
-    if (isUnknownCommand(reply))
-        return Alerts{{{QStringLiteral("supported"), false}}, {}, {}};
     const auto json = afterPrefix(reply, QStringLiteral("X-ALERTS_OK") + kRequestSeparator);
     const QJsonObject document = QJsonDocument::fromJson(json.value_or(QString()).toUtf8()).object();
-    Alerts alerts{document, objects(document.value(QStringLiteral("findings"))),
+    if (!document.contains(QStringLiteral("policy")))
+        return std::nullopt;
+    return Alerts{document, objects(document.value(QStringLiteral("findings"))),
                   objects(document.value(QStringLiteral("channels")))};
-    return alerts.isSupported() ? std::optional<Alerts>(alerts) : std::nullopt;
 }
 
-/// Parses "WORD_ERR,REASON" and the reply of a service without the command; nullopt for any other reply.
-template <typename T>
-std::optional<Answer<T>> parseRefusal(const QString &word, const QString &reply)
+std::optional<int> parseAcknowledged(const QString &reply)
 {
-    if (isUnknownCommand(reply))
-        return Answer<T>{std::nullopt, QStringLiteral("the service does not know this command")};
-    if (const auto reason = afterPrefix(reply, word + QStringLiteral("_ERR,")))
-        return Answer<T>{std::nullopt, visible(*reason)};
-    return std::nullopt;
+    const auto count = afterPrefix(reply, QStringLiteral("X-ACK_OK,"));
+    return count ? strictNumber<qint32>(*count) : std::nullopt;
+}
+
+std::optional<QVector<QJsonObject>> parseTest(const QString &reply)
+{
+    const auto json = afterPrefix(reply, QStringLiteral("X-ALERTTEST_OK") + kRequestSeparator);
+    const QJsonDocument document = QJsonDocument::fromJson(json.value_or(QString()).toUtf8());
+    return document.isArray() ? std::optional(objects(document.array())) : std::nullopt;
 }
 
 QString textOf(const QJsonObject &finding, const char *key)
@@ -74,21 +70,20 @@ QString detailOf(const QJsonObject &finding)
     return QStringLiteral("not readable");
 }
 
-Column<QJsonObject> member(const char *key, const char *heading, Layout layout = Layout::Left)
+Column<QJsonObject> member(const char *key, const char *heading, Layout layout = Layout::Left,
+                           std::function<Cell(const QJsonObject &)> cell = {})
 {
     const QString name = QString::fromUtf8(key);
-    return column<QJsonObject>(key, heading, layout,
-                               [name](const QJsonObject &row) { return row.value(name); });
+    return column<QJsonObject>(
+        key, heading, layout, [name](const QJsonObject &row) { return row.value(name); }, std::move(cell));
 }
 
 Column<QJsonObject> timeMember(const char *key, const char *heading)
 {
-    Column<QJsonObject> result = member(key, heading);
-    const QString name = result.key;
-    result.cell = [name](const QJsonObject &row) {
+    const QString name = QString::fromUtf8(key);
+    return member(key, heading, Layout::Left, [name](const QJsonObject &row) {
         return Cell{timeText(QDateTime::fromString(row.value(name).toString(), Qt::ISODate).toLocalTime())};
-    };
-    return result;
+    });
 }
 
 Cell severityCell(const QJsonObject &finding)
@@ -115,40 +110,22 @@ Request<Alerts> alerts()
     return {QStringLiteral("X-ALERTS"), parseAlerts};
 }
 
-Request<Answer<int>> acknowledge(const QString &drive, const QString &kind, const QString &id)
+Request<int> acknowledge(const QString &drive, const QString &kind, const QString &id)
 {
-    const QString word = QStringLiteral("X-ACK");
-    const auto parse = [word](const QString &reply) -> std::optional<Answer<int>> {
-        const auto count = afterPrefix(reply, word + QStringLiteral("_OK,"));
-        const auto number = count ? strictNumber<qint32>(*count) : std::nullopt;
-        return number ? Answer<int>{*number, {}} : parseRefusal<int>(word, reply);
-    };
-    return {QStringList{word, drive, kind, id}.join(kRequestSeparator), parse};
+    return {QStringList{QStringLiteral("X-ACK"), drive, kind, id}.join(kRequestSeparator), parseAcknowledged};
 }
 
-Request<Answer<bool>> forget(const QString &drive)
+Done forget(const QString &drive)
 {
-    const QString word = QStringLiteral("X-FORGET");
-    const auto parse = [word](const QString &reply) -> std::optional<Answer<bool>> {
-        return reply == word + QStringLiteral("_OK") ? Answer<bool>{true, {}}
-                                                     : parseRefusal<bool>(word, reply);
+    const auto parse = [](const QString &reply) {
+        return reply == QLatin1String("X-FORGET_OK") ? std::optional(reply) : std::nullopt;
     };
-    return {word + kRequestSeparator + drive, parse};
+    return {QStringLiteral("X-FORGET") + kRequestSeparator + drive, parse};
 }
 
-Request<Answer<QVector<QJsonObject>>> testAlerts()
+Request<QVector<QJsonObject>> testAlerts()
 {
-    using Outcomes = QVector<QJsonObject>;
-    const QString word = QStringLiteral("X-ALERTTEST");
-    const auto parse = [word](const QString &reply) -> std::optional<Answer<Outcomes>> {
-        const auto json = afterPrefix(reply, word + QStringLiteral("_OK") + kRequestSeparator);
-        if (!json)
-            return parseRefusal<Outcomes>(word, reply);
-        const QJsonDocument document = QJsonDocument::fromJson(json->toUtf8());
-        return document.isArray() ? std::optional<Answer<Outcomes>>({objects(document.array()), {}})
-                                  : std::nullopt;
-    };
-    return {word, parse, kTestAllowance};
+    return {QStringLiteral("X-ALERTTEST"), parseTest, kTestAllowance};
 }
 
 } // namespace requests
@@ -158,13 +135,9 @@ const Columns<QJsonObject> &findingColumns()
     static const Columns<QJsonObject> kColumns{
         member("number", "Drive", Layout::Right),
         member("serial", "Serial"),
-        column<QJsonObject>(
-            "severity", "State", Layout::Left,
-            [](const QJsonObject &row) { return row.value(QStringLiteral("severity")); }, severityCell),
-        column<QJsonObject>(
-            "kind", "Finding", Layout::Shrinking,
-            [](const QJsonObject &row) { return row.value(QStringLiteral("kind")); },
-            [](const QJsonObject &row) { return Cell{detailOf(row)}; }),
+        member("severity", "State", Layout::Left, severityCell),
+        member("kind", "Finding", Layout::Shrinking,
+               [](const QJsonObject &row) { return Cell{detailOf(row)}; }),
         timeMember("since", "Since"),
     };
     return kColumns;
@@ -187,9 +160,7 @@ const Columns<QJsonObject> &alertTestColumns()
 {
     static const Columns<QJsonObject> kColumns{
         member("name", "Channel"),
-        column<QJsonObject>(
-            "ok", "Result", Layout::Left,
-            [](const QJsonObject &row) { return row.value(QStringLiteral("ok")); }, okCell),
+        member("ok", "Result", Layout::Left, okCell),
         member("reason", "Reason", Layout::Shrinking),
     };
     return kColumns;

@@ -10,23 +10,12 @@
 /// The alarms of a service: findings, channels, and the requests about them.
 namespace client {
 
-/// The reply to a request that a service may refuse, or not know.
-template <typename T>
-struct Answer
-{
-    std::optional<T> value;
-    QString refusal; ///< the reason, if there is no value
-};
-
-/// Requests the state of the alarms as the service's own JSON document. A service without that command yields
-/// {"supported": false}.
+/// The state of the alarms, as the service's own JSON document and as its rows.
 struct Alerts
 {
     QJsonObject document;
     QVector<QJsonObject> findings;
     QVector<QJsonObject> channels;
-
-    [[nodiscard]] bool isSupported() const { return document.contains(QStringLiteral("policy")); }
 };
 
 namespace requests {
@@ -34,11 +23,11 @@ namespace requests {
 [[nodiscard]] Request<Alerts> alerts();
 /// Acknowledges the findings of a drive (SERIAL or MODEL/SERIAL); `kind` and `id` may be empty. The value is
 /// the number of findings.
-[[nodiscard]] Request<Answer<int>> acknowledge(const QString &drive, const QString &kind, const QString &id);
+[[nodiscard]] Request<int> acknowledge(const QString &drive, const QString &kind, const QString &id);
 /// Forgets a drive that is gone.
-[[nodiscard]] Request<Answer<bool>> forget(const QString &drive);
+[[nodiscard]] Done forget(const QString &drive);
 /// Sends a test through every channel that is on. The value is the outcome of each.
-[[nodiscard]] Request<Answer<QVector<QJsonObject>>> testAlerts();
+[[nodiscard]] Request<QVector<QJsonObject>> testAlerts();
 
 } // namespace requests
 

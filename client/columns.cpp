@@ -9,6 +9,8 @@
 
 #include <QHash>
 
+#include <algorithm>
+
 namespace client {
 
 namespace {
@@ -225,6 +227,13 @@ const Columns<Drive> &driveColumns()
         field<Drive>("powerOnHours", [](const Drive &d) { return d.powerOn.hours(); }),
     };
     return kColumns;
+}
+
+Column<Drive> driveColumn(const char *key)
+{
+    const Columns<Drive> &all = driveColumns();
+    return *std::find_if(all.cbegin(), all.cend(),
+                         [key](const Column<Drive> &column) { return column.key == QLatin1String(key); });
 }
 
 const Columns<Attribute> &attributeColumns()

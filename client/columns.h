@@ -36,6 +36,8 @@ struct TemperatureRecord;
 [[nodiscard]] QString scanStateName(const ScanStatus &status);
 
 [[nodiscard]] const Columns<Drive> &driveColumns();
+/// Returns the column of `key`, which must exist.
+[[nodiscard]] Column<Drive> driveColumn(const char *key);
 [[nodiscard]] const Columns<Attribute> &attributeColumns();
 [[nodiscard]] const Columns<Volume> &volumeColumns();
 [[nodiscard]] const Columns<ScheduleEntry> &scheduleColumns();

@@ -58,6 +58,14 @@ qint32 Context::driveArgument(int position) const
     return *number;
 }
 
+void Context::show(const QJsonObject &document, const QStringList &lines)
+{
+    if (wantsJson())
+        m_output.print(QJsonDocument(document));
+    else
+        m_output.print(lines);
+}
+
 void Context::confirm(const QString &text)
 {
     if (wantsJson())

@@ -84,15 +84,9 @@ public:
     /// Returns the drive number in positional argument `position`; throws CommandFailure if it is not one.
     [[nodiscard]] qint32 driveArgument(int position = 0) const;
 
-    /// Prints `json()` with --json, else `lines()`.
-    template <typename Json, typename Lines>
-    void show(Json json, Lines lines)
-    {
-        if (wantsJson())
-            m_output.print(QJsonDocument(json()));
-        else
-            m_output.print(lines());
-    }
+    /// Prints `document` with --json, else `lines`.
+    void show(const QJsonObject &document, const QStringList &lines);
+    void show(const QJsonObject &document, const QString &line) { show(document, QStringList{line}); }
 
     /// Prints rows as --json or --csv asks for, else as a table, or `whenEmpty` as a note.
     template <typename Row>

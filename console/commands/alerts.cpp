@@ -9,14 +9,8 @@ namespace {
 
 namespace requests = client::requests;
 
-/// Returns the value, or ends the command with the service's reason.
-template <typename T>
-T accepted(Context &context, const client::Answer<T> &answer)
-{
-    if (!answer.value)
-        context.refuse(answer.refusal);
-    return *answer.value;
-}
+const QStringList kKinds{QStringLiteral("temperature"), QStringLiteral("attribute"), QStringLiteral("growth"),
+                         QStringLiteral("unreadable")};
 
 /// A drive's name may be any text: only what would change the request is refused.
 QString driveName(Context &context)
@@ -30,13 +24,16 @@ QString driveName(Context &context)
 
 void alerts(Context &context)
 {
-    const client::Alerts alerts = context.ask(requests::alerts());
+    const auto reply = context.tryAsk(requests::alerts());
+    const bool isSupported = reply || reply.failure().kind != client::FailureKind::Refused;
+    if (!isSupported && !context.wantsJson())
+        context.refuse(QStringLiteral("the service does not report alarms"));
+    const auto alerts =
+        isSupported ? context.valueOf(reply) : client::Alerts{{{QStringLiteral("supported"), false}}, {}, {}};
     if (context.wantsJson()) {
         context.output().print(QJsonDocument(alerts.document));
         return;
     }
-    if (!alerts.isSupported())
-        context.refuse(QStringLiteral("the service does not report alarms"));
     context.showText(client::findingColumns(), alerts.findings, QStringLiteral("there are no findings"));
     context.output().print(QString());
     context.showText(client::channelColumns(), alerts.channels, {});
@@ -45,34 +42,28 @@ void alerts(Context &context)
 void acknowledge(Context &context)
 {
     const QStringList &words = context.arguments().positionals;
-    const QStringList kinds{QStringLiteral("temperature"), QStringLiteral("attribute"),
-                            QStringLiteral("growth"), QStringLiteral("unreadable")};
     const QString kind = words.value(1);
-    if (!kind.isEmpty() && !kinds.contains(kind))
+    if (!kind.isEmpty() && !kKinds.contains(kind))
         context.refuse(QStringLiteral("'%1' is not a kind of finding").arg(client::visible(kind)));
     bool isNumber = true;
     if (!words.value(2).isEmpty())
         words.value(2).toUInt(&isNumber);
     if (!isNumber)
         context.refuse(QStringLiteral("'%1' is not an attribute ID").arg(client::visible(words.value(2))));
-    const int count =
-        accepted(context, context.ask(requests::acknowledge(driveName(context), kind, words.value(2))));
-    context.show(
-        [&] {
-            return QJsonObject{{QStringLiteral("acknowledged"), count}};
-        },
-        [&] { return QStringLiteral("findings acknowledged: %1").arg(count); });
+    const int count = context.ask(requests::acknowledge(driveName(context), kind, words.value(2)));
+    context.show({{QStringLiteral("acknowledged"), count}},
+                 QStringLiteral("findings acknowledged: %1").arg(count));
 }
 
 void forget(Context &context)
 {
-    (void)accepted(context, context.ask(requests::forget(driveName(context))));
+    (void)context.ask(requests::forget(driveName(context)));
     context.confirm(QStringLiteral("the drive is forgotten"));
 }
 
 void testAlerts(Context &context)
 {
-    const QVector<QJsonObject> outcomes = accepted(context, context.ask(requests::testAlerts()));
+    const QVector<QJsonObject> outcomes = context.ask(requests::testAlerts());
     context.showTable(client::alertTestColumns(), outcomes, QStringLiteral("no channel is on"));
     for (const QJsonObject &outcome : outcomes) {
         if (!outcome.value(QStringLiteral("ok")).toBool())
@@ -128,8 +119,7 @@ QVector<Command> alertCommands()
     Command acknowledging = command(
         "acknowledge", "SERIAL [KIND [ID]]", 1, 3, acknowledge, "Silence findings until they become worse.",
         "Without KIND and ID, all findings of the drive. SERIAL may be MODEL/SERIAL.");
-    acknowledging.words = QStringList{QStringLiteral("temperature"), QStringLiteral("attribute"),
-                                      QStringLiteral("growth"), QStringLiteral("unreadable")};
+    acknowledging.words = kKinds;
     Command explaining =
         command("options", "", 0, 0, options, "Explain the values of the service's key.",
                 "They are set in the key and read when the service starts. No service is asked.");

@@ -101,9 +101,7 @@ Details detailColumns()
     };
     const auto number = [](qint64 value) { return QString::number(value); };
     const auto shared = [](const char *key, const char *heading) {
-        client::Column<Drive> column =
-            *std::find_if(client::driveColumns().cbegin(), client::driveColumns().cend(),
-                          [key](const client::Column<Drive> &c) { return c.key == QLatin1String(key); });
+        client::Column<Drive> column = client::driveColumn(key);
         column.heading = QString::fromUtf8(heading);
         return column;
     };
@@ -160,8 +158,7 @@ void info(Context &context)
     QVector<Volume> volumes;
     std::copy_if(all.cbegin(), all.cend(), std::back_inserter(volumes),
                  [number](const Volume &volume) { return volume.drive == number; });
-    context.show([&] { return client::documents::info(drive, volumes); },
-                 [&] { return infoLines(drive, volumes, context.style()); });
+    context.show(client::documents::info(drive, volumes), infoLines(drive, volumes, context.style()));
 }
 
 void smart(Context &context)
@@ -208,11 +205,7 @@ void volumes(Context &context)
 void count(Context &context)
 {
     const qint32 count = context.ask(requests::driveCount());
-    context.show(
-        [&] {
-            return QJsonObject{{QStringLiteral("drives"), count}};
-        },
-        [&] { return QString::number(count); });
+    context.show({{QStringLiteral("drives"), count}}, QString::number(count));
 }
 
 } // namespace

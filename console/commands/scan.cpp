@@ -134,8 +134,10 @@ void scanStatus(Context &context)
     if (isFollowing)
         follow(context, view);
     const bool isShown = isFollowing && context.style().hasGraphics;
-    context.show([&] { return client::documents::scans(view.scans(), context.zone()); },
-                 [&] { return isShown ? QStringList() : scanLines(view.reports(), context.style()); });
+    if (context.wantsJson())
+        context.output().print(QJsonDocument(client::documents::scans(view.scans(), context.zone())));
+    else if (!isShown)
+        context.output().print(scanLines(view.reports(), context.style()));
 }
 
 void startScan(Context &context)

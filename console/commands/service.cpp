@@ -19,11 +19,7 @@ void detect(Context &context)
     }
     context.disconnect(); // --wait applies to a new connection
     const qint32 count = context.ask(requests::driveCount());
-    context.show(
-        [&] {
-            return QJsonObject{{QStringLiteral("drives"), count}};
-        },
-        [&] { return QString::number(count); });
+    context.show({{QStringLiteral("drives"), count}}, QString::number(count));
 }
 
 void refresh(Context &context)
@@ -53,13 +49,14 @@ void login(Context &context)
         context.refuse(QStringLiteral("the name contains characters that the protocol cannot carry"));
     const auto rights = context.ask(requests::authenticate(user, *secret));
     const QDateTime time = rights.peerAndTime.time;
-    context.show(
-        [&] {
-            return QJsonObject{{QStringLiteral("rights"), rights.rights},
-                               {QStringLiteral("peer"), rights.peerAndTime.peer},
-                               {QStringLiteral("time"), client::isoTime(time.toTimeZone(context.zone()))}};
-        },
-        [&] { return QStringLiteral("rights %1 at %2").arg(rights.rights, client::timeText(time)); });
+    if (!context.wantsJson()) {
+        context.output().print(QStringLiteral("rights %1 at %2").arg(rights.rights, client::timeText(time)));
+        return;
+    }
+    context.output().print(QJsonDocument(
+        QJsonObject{{QStringLiteral("rights"), rights.rights},
+                    {QStringLiteral("peer"), rights.peerAndTime.peer},
+                    {QStringLiteral("time"), client::isoTime(time.toTimeZone(context.zone()))}}));
 }
 
 void raw(Context &context)
@@ -67,11 +64,7 @@ void raw(Context &context)
     const auto request = requests::raw(context.arguments().positionals.first());
     const QString reply = context.ask(request);
     if (request.hasReply)
-        context.show(
-            [&] {
-                return QJsonObject{{QStringLiteral("reply"), reply}};
-            },
-            [&] { return client::visible(reply); });
+        context.show({{QStringLiteral("reply"), reply}}, client::visible(reply));
 }
 
 void completion(Context &context)

@@ -44,11 +44,9 @@ ServiceSettings changedSettings(Context &context, const std::optional<QString> &
 void showSettings(Context &context)
 {
     const auto settings = context.greeting().settings;
-    context.show([&] { return client::documents::settings(settings); },
-                 [&] {
-                     return render::tableLines(client::settingColumns(settings), client::settingsTable(),
-                                               context.style());
-                 });
+    context.show(
+        client::documents::settings(settings),
+        render::tableLines(client::settingColumns(settings), client::settingsTable(), context.style()));
 }
 
 void setSettings(Context &context)
@@ -136,16 +134,11 @@ void intervals(Context &context)
         isChange
             ? context.ask(requests::setIntervals(intervalArgument(context, 0), intervalArgument(context, 1)))
             : context.ask(requests::version()).intervals;
-    context.show(
-        [&] {
-            return QJsonObject{{QStringLiteral("smartPollIntervalMs"), intervals.smart},
-                               {QStringLiteral("freeSpacePollIntervalMs"), intervals.freeSpace}};
-        },
-        [&] {
-            return QStringLiteral("drives every %1, volumes every %2")
-                .arg(client::durationText(intervals.smart / 1000),
-                     client::durationText(intervals.freeSpace / 1000));
-        });
+    context.show({{QStringLiteral("smartPollIntervalMs"), intervals.smart},
+                  {QStringLiteral("freeSpacePollIntervalMs"), intervals.freeSpace}},
+                 QStringLiteral("drives every %1, volumes every %2")
+                     .arg(client::durationText(intervals.smart / 1000),
+                          client::durationText(intervals.freeSpace / 1000)));
 }
 
 /// Adds the names and ranges of the settings to the help and the completion of a command.

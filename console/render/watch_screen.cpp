@@ -107,15 +107,6 @@ Cell scanCell(const WatchState &state, int drive, bool isWide)
     return {parts.join(QLatin1Char(' ')), scan->badRanges.isEmpty() ? Tone::Plain : Tone::Bad};
 }
 
-/// Returns the column of `key` in other tables of drives.
-client::Column<client::Drive> shared(const char *key)
-{
-    const auto &all = client::driveColumns();
-    return *std::find_if(all.cbegin(), all.cend(), [key](const client::Column<client::Drive> &column) {
-        return column.key == QLatin1String(key);
-    });
-}
-
 /// Returns `column` with cells of at least `width` columns, so that new values do not move the others.
 client::Column<client::Drive> atLeast(int width, client::Column<client::Drive> column)
 {
@@ -139,15 +130,15 @@ client::Columns<client::Drive> watchColumns(const WatchState &state, int width)
     const auto scan = [&state, isWide](const client::Drive &drive) {
         return scanCell(state, drive.number, isWide);
     };
-    client::Columns<client::Drive> columns{shared("number"), shared("model")};
+    client::Columns<client::Drive> columns{client::driveColumn("number"), client::driveColumn("model")};
     if (isWide)
-        columns.append(shared("serial"));
+        columns.append(client::driveColumn("serial"));
     columns += client::Columns<client::Drive>{
-        shared("capacityBytes"),
-        atLeast(kTemperatureWidth, shared("temperatureCelsius")),
+        client::driveColumn("capacityBytes"),
+        atLeast(kTemperatureWidth, client::driveColumn("temperatureCelsius")),
         atLeast(kTrendWidth, client::cells<client::Drive>("Trend", Layout::Shrinking, trend)),
-        shared("healthPercent"),
-        atLeast(kLevelWidth, shared("level")),
+        client::driveColumn("healthPercent"),
+        atLeast(kLevelWidth, client::driveColumn("level")),
         atLeast(scanWidth, client::cells<client::Drive>("Scan", Layout::Shrinking, scan)),
     };
     return columns;

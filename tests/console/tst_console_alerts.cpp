@@ -80,26 +80,17 @@ private Q_SLOTS:
     void replies_data()
     {
         QTest::addColumn<QString>("reply");
-        QTest::addColumn<int>("count"); // -1: refused; -2: not a reply to this request
-        QTest::addColumn<QString>("refusal");
-        row("acknowledged", "X-ACK_OK,2", 2, "");
-        row("none matches", "X-ACK_OK,0", 0, "");
-        row("refused", "X-ACK_ERR,no drive\x1b[2J", -1, "no drive\\u{1b}[2J");
-        row("older service", "UNKNOWN COMMAND", -1, "the service does not know this command");
-        row("count that is not a number", "X-ACK_OK,x", -2, "");
-        row("reply to another request", "X-FORGET_OK", -2, "");
+        QTest::addColumn<int>("count"); // -1: not a reply to this request
+        row("acknowledged", "X-ACK_OK,2", 2);
+        row("none matches", "X-ACK_OK,0", 0);
+        row("count that is not a number", "X-ACK_OK,x", -1);
+        row("reply to another request", "X-FORGET_OK", -1);
     }
 
     void replies()
     {
         QFETCH(QString, reply);
-        QFETCH(int, count);
-        const auto answer = client::requests::acknowledge({}, {}, {}).parse(reply);
-        QCOMPARE(answer.has_value(), count != -2);
-        if (!answer)
-            return;
-        QCOMPARE(answer->value.value_or(-1), count);
-        QTEST(answer->refusal, "refusal");
+        QTEST(client::requests::acknowledge({}, {}, {}).parse(reply).value_or(-1), "count");
     }
 
     void explanationsFitTheScreen()

@@ -100,6 +100,7 @@ private Q_SLOTS:
         row("half an answer", Lines{kGreeting, "0"}, FailureKind::TimedOut);
         row("closed instead of an answer", Lines{kGreeting, ""}, FailureKind::Closed);
         row("no such drive", Lines{kGreeting, wire("DEVINFO_ERR,[7]")}, FailureKind::Refused);
+        row("refused with a reason", Lines{kGreeting, wire("X-ACK_ERR,no drive")}, FailureKind::Refused);
         row("unknown command", Lines{kGreeting, wire("UNKNOWN COMMAND - Command list:")},
             FailureKind::Refused);
         row("detection began meanwhile", Lines{kGreeting, wire("DETECTING")}, FailureKind::Detecting);

@@ -64,9 +64,8 @@ void listAlerts(const QString &reply)
         list(client::findingColumns(), alerts->findings);
         list(client::channelColumns(), alerts->channels);
     }
-    const auto test = client::requests::testAlerts().parse(reply);
     list(client::alertTestColumns(),
-         test ? test->value.value_or(QVector<QJsonObject>()) : QVector<QJsonObject>());
+         client::requests::testAlerts().parse(reply).value_or(QVector<QJsonObject>()));
     (void)client::requests::acknowledge({}, {}, {}).parse(reply);
     (void)client::requests::forget({}).parse(reply);
 }
