@@ -62,21 +62,27 @@ QString timeAndSectors(const client::ScanStatus &status)
            client::timeText(status.time);
 }
 
-/// Returns the bad ranges in lines of at most `width` columns.
+/// Returns `head` and the items in lines of at most `width` columns; 0 is no limit.
+QStringList itemLines(const QString &head, const QStringList &items, int width)
+{
+    QStringList lines{head};
+    for (const QString &item : items) {
+        if (width > 0 && lines.last().size() + 1 + item.size() > width)
+            lines.append(QStringLiteral(" "));
+        lines.last() += QLatin1Char(' ') + item;
+    }
+    return lines;
+}
+
 QStringList rangeLines(const QVector<client::SectorRange> &ranges, int width, bool isTerminal)
 {
-    QStringList lines{QStringLiteral("bad sectors:")};
     const int shown = isTerminal ? kShownRanges : int(ranges.size());
-    const auto add = [&lines, width](const QString &text) {
-        if (lines.last().size() + 1 + text.size() > width)
-            lines.append(QStringLiteral(" "));
-        lines.last() += QLatin1Char(' ') + text;
-    };
+    QStringList items;
     for (const client::SectorRange &range : ranges.mid(0, shown))
-        add(QStringLiteral("%1-%2").arg(range.first).arg(range.last));
+        items.append(QStringLiteral("%1-%2").arg(range.first).arg(range.last));
     if (ranges.size() > shown)
-        add(QStringLiteral("and %1 more (--json prints all)").arg(ranges.size() - shown));
-    return lines;
+        items.append(QStringLiteral("and %1 more (--json prints all)").arg(ranges.size() - shown));
+    return itemLines(QStringLiteral("bad sectors:"), items, width);
 }
 
 QString driveText(const client::Drive &drive)
@@ -100,14 +106,15 @@ QStringList scanBlock(const ScanReport &report, const render::Style &style)
     return lines;
 }
 
-QString neverScannedText(const QVector<ScanReport> &reports)
+QStringList neverScannedLines(const QVector<ScanReport> &reports, int width)
 {
     if (reports.size() == 1)
-        return driveText(reports.first().drive) + QStringLiteral(": never scanned");
+        return {render::cut(driveText(reports.first().drive) + QStringLiteral(": never scanned"), width)};
     QStringList numbers;
     for (const ScanReport &report : reports)
-        numbers.append(QString::number(report.drive.number));
-    return QStringLiteral("never scanned: drives ") + numbers.join(QStringLiteral(", "));
+        numbers.append(QStringLiteral("%1,").arg(report.drive.number));
+    numbers.last().chop(1);
+    return itemLines(QStringLiteral("never scanned: drives"), numbers, width);
 }
 
 } // namespace
@@ -127,6 +134,6 @@ QStringList scanLines(QVector<ScanReport> reports, const render::Style &style, b
         lines.append(QString(kMargin, QLatin1Char(' ')) + render::surfaceLegend(style));
     const QVector<ScanReport> neverScanned(firstNew, reports.end());
     if (!neverScanned.isEmpty() && (!isFollowing || lines.isEmpty()))
-        lines.append(render::cut(neverScannedText(neverScanned), style.width));
+        lines += neverScannedLines(neverScanned, style.width);
     return lines;
 }

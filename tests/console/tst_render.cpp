@@ -149,8 +149,10 @@ private Q_SLOTS:
         QCOMPARE(lines.first(), QStringLiteral("29  M, 512 kB"));
         QCOMPARE(lines.size(), 3); // without the drives that were never scanned
         reports[29].status.badRanges = QVector<client::SectorRange>(200, {1000000, 1000007});
-        for (const QString &line : scanLines(reports, {false, true, 80}))
+        const QStringList all = scanLines(reports, {false, true, 80});
+        for (const QString &line : all)
             QVERIFY2(render::columns(line) <= 80, qPrintable(line));
+        QVERIFY(all.last().endsWith(QStringLiteral("27, 28"))); // no drive is cut off
         const QString piped = scanLines(reports, {}).join(u'\n');
         QCOMPARE(piped.count(QStringLiteral("1000000-1000007")), 200);
     }
