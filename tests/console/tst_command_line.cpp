@@ -31,7 +31,7 @@ private Q_SLOTS:
             "scan start: 2");
         row("many arguments", "-p 1 schedule set 1 weekly sunday 03:30", "127.0.0.1:1",
             "schedule set: 1 weekly sunday 03:30");
-        row("nothing", "", "", "refused");
+        row("no word → refused", "", "", "refused");
         row("unknown command", "frobnicate", "", "refused");
         row("half a command", "scan frobnicate", "", "refused");
         row("unknown option", "status --frobnicate", "", "refused");

@@ -89,18 +89,18 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("data"); // followed by zeros; null: nothing is written
         QTest::addColumn<bool>("ok");
         const QByteArray some("\xCF\0\x01", 3);
-        row("ATA: data that begins like the mark", Ata, 0U, 0x50, 0, some, true);
-        row("ATA: zeros", Ata, 0U, 0x50, 0, QByteArray("\0", 1), true);
-        row("ATA: never written", Ata, 0U, 0x50, 0, QByteArray(), false);
-        row("ATA: error bit", Ata, 0U, 0x51, 0, some, false);
-        row("ATA: short", Ata, 0U, 0x50, 1, some, false);
-        row("ATA: refused", Ata, 1U, 0x50, 0, some, false);
-        row("drive data: driver error", Smart, 0U, 1, 0, some, false);
-        row("drive data: refused", Smart, 1U, 0, 0, some, false);
-        row("IDE: never written", Ide, 0U, 0x50, 0, QByteArray(), false);
-        row("IDE: error bit", Ide, 0U, 0x51, 0, some, false);
-        row("predict: a failure foretold", Predict, 0U, 1, 0, some, true);
-        row("predict: refused", Predict, 1U, 0, 0, some, false);
+        row("ATA: data that begins like the mark → ok", Ata, 0U, 0x50, 0, some, true);
+        row("ATA: zeros → ok", Ata, 0U, 0x50, 0, QByteArray("\0", 1), true);
+        row("ATA: never written → failed", Ata, 0U, 0x50, 0, QByteArray(), false);
+        row("ATA: error bit → failed", Ata, 0U, 0x51, 0, some, false);
+        row("ATA: short → failed", Ata, 0U, 0x50, 1, some, false);
+        row("ATA: refused → failed", Ata, 1U, 0x50, 0, some, false);
+        row("drive data: driver error → failed", Smart, 0U, 1, 0, some, false);
+        row("drive data: refused → failed", Smart, 1U, 0, 0, some, false);
+        row("IDE: never written → failed", Ide, 0U, 0x50, 0, QByteArray(), false);
+        row("IDE: error bit → failed", Ide, 0U, 0x51, 0, some, false);
+        row("predict: a failure foretold → ok", Predict, 0U, 1, 0, some, true);
+        row("predict: refused → failed", Predict, 1U, 0, 0, some, false);
     }
 
     void outcome()

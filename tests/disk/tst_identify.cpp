@@ -46,7 +46,7 @@ private Q_SLOTS:
         QTest::addColumn<QList<int>>("words"); // 82, 83, 85, 87
         QTest::addColumn<int>("supported");
         QTest::addColumn<int>("enabled");
-        row("on", QList<int>{0x346B, 0x7D09, 0x3469, 0x4163}, 1, 1);
+        row("S.M.A.R.T. on", QList<int>{0x346B, 0x7D09, 0x3469, 0x4163}, 1, 1);
         row("switched off", QList<int>{0x346B, 0x7D09, 0x3468, 0x4163}, 1, 0);
         row("not supported", QList<int>{0x346A, 0x4000, 0x3468, 0x4000}, 0, 0);
         row("words not valid", QList<int>{0x0001, 0x0000, 0x0000, 0x0000}, -1, 1);

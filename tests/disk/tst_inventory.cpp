@@ -83,7 +83,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("first"); // keys of the first of two drives
         QTest::addColumn<bool>("isUnread");    // the second
         row("both answer", QByteArray("{}"), false);
-        row("one hangs", QByteArray(R"({"hangs": ["geometry"]})"), true);
+        row("one drive hangs", QByteArray(R"({"hangs": ["geometry"]})"), true);
     }
 
     void detectionEndsWithinOneLimit()

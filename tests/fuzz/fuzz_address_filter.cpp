@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The 128 bits of an address; of an IPv4 address in the form ::ffff:a.b.c.d.
+/// Returns the 128 bits of an address; of an IPv4 address in the form ::ffff:a.b.c.d.
 std::array<quint8, 16> bitsOf(const QHostAddress &address)
 {
     const Q_IPV6ADDR bytes = address.toIPv6Address();
@@ -42,7 +42,7 @@ bool contains(const QHostAddress &network, int length, const QHostAddress &peer)
 
 } // namespace
 
-/// The bytes as a list of networks: each item alone admits the addresses that its bits say.
+/// Input: a list of networks. Each item alone admits the addresses that its bits say.
 void fuzz(const QByteArray &bytes)
 {
     const QString text = QString::fromUtf8(bytes);

@@ -16,7 +16,7 @@ namespace {
 
 const QDateTime kNow(QDate(2026, 11, 15), QTime(12, 0), Qt::UTC);
 
-/// One drive that is hot, fails and grows.
+/// Returns one drive that is hot, fails and grows.
 Evaluation evaluation(ReadOutcome read)
 {
     DriveEvaluation drive;
@@ -74,7 +74,7 @@ void checkState(const QJsonObject &json)
 
 } // namespace
 
-/// The bytes as the file with the alarms: whatever it holds, the next evaluation follows its rules.
+/// Input: the file with the alarms. Whatever it holds, the next evaluation follows its rules.
 void fuzz(const QByteArray &bytes)
 {
     const QJsonObject json = QJsonDocument::fromJson(bytes).object();

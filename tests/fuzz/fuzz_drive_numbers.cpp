@@ -6,7 +6,7 @@
 
 #include <QSet>
 
-/// The bytes as the file with the drives' numbers: each disk gets a number of its own, and the same one when
+/// Input: the file with the drives' numbers. Each disk gets a number of its own, and the same one when
 /// the file is written and read again.
 void fuzz(const QByteArray &bytes)
 {

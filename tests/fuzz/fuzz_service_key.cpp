@@ -41,7 +41,7 @@ void checkRefusal(const QString &text, const OpenKey &key)
 
 } // namespace
 
-/// The bytes as the file of the service's key: its options are within their ranges, or refused.
+/// Input: the file of the service's key. Its options are within their ranges, or refused.
 void fuzz(const QByteArray &bytes)
 {
     QLoggingCategory::setFilterRules(QStringLiteral("*=false"));

@@ -12,7 +12,7 @@ namespace {
 
 using Outcome = SmtpDialogue::Outcome;
 
-/// The lines that the client sends, its outcome, and its transcript.
+/// Returns the lines that the client sends, its outcome, and its transcript.
 std::tuple<QByteArray, Outcome, QString> runDialogue(bool needAuth, const QByteArray &received, int pieceSize)
 {
     SmtpMail mail;

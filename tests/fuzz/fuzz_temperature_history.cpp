@@ -22,8 +22,8 @@ QString historyOf(const QString &path, const QString &from, const QString &to)
     return QString::fromUtf8(text.constData(), text.size()); // without its size the text ends at a zero byte
 }
 
-/// Input: the first and the last moment as a console sends them, then the log. The history equals the plain
-/// walk's.
+/// Input: the first and the last moment as a console sends them, then the log. The history equals that of
+/// a plain walk over the log.
 void fuzz(const QByteArray &bytes)
 {
     constexpr int kMomentSize = 12;

@@ -4,7 +4,7 @@
 
 #include "fuzz/fuzz_input.h"
 
-/// The bytes as a configuration file and as words of options: what is accepted is safe to serve.
+/// Input: a configuration file, also used as the words of options. What is accepted is safe to serve.
 void fuzz(const QByteArray &bytes)
 {
     const QString text = QString::fromUtf8(bytes);

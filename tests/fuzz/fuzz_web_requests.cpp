@@ -24,7 +24,7 @@ public:
     }
 };
 
-/// "METHOD TARGET", then "name: value" each on a line, then an empty line and the body.
+/// Parses "METHOD TARGET", then "name: value" each on a line, then an empty line and the body.
 web::HttpRequest requestOf(const QByteArray &bytes)
 {
     const int end = bytes.indexOf("\n\n");
@@ -58,8 +58,8 @@ bool startsWork(const QByteArray &target)
 
 } // namespace
 
-/// The bytes as a request of an operator: it gets a response whose headers are whole, or starts work whose
-/// values are within their limits.
+/// Input: a request of an operator. The response has complete headers, or work starts whose values are within
+/// their limits.
 void fuzz(const QByteArray &bytes)
 {
     static web::HistoryStore history(QDir::tempPath() + QStringLiteral("/halvex-fuzz-none"));

@@ -103,14 +103,17 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("answer");
         QTest::addColumn<QString>("outcome");
-        row("200", QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"), "ok");
-        row("204", QByteArray("HTTP/1.1 204 No Content\r\n\r\n"), "ok");
-        row("endless body", QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 999999999\r\n\r\nx"), "ok");
-        row("500", QByteArray("HTTP/1.1 500 Broken\r\nContent-Length: 0\r\n\r\n"),
+        row("status 200 → delivered", QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"), "ok");
+        row("status 204 → delivered", QByteArray("HTTP/1.1 204 No Content\r\n\r\n"), "ok");
+        row("status 200 with an endless body → delivered",
+            QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 999999999\r\n\r\nx"), "ok");
+        row("status 500 → failed", QByteArray("HTTP/1.1 500 Broken\r\nContent-Length: 0\r\n\r\n"),
             "the endpoint answered with status 500");
-        row("redirect", QByteArray("HTTP/1.1 302 Found\r\nLocation: /secret\r\nContent-Length: 0\r\n\r\n"),
+        row("redirect → failed",
+            QByteArray("HTTP/1.1 302 Found\r\nLocation: /secret\r\nContent-Length: 0\r\n\r\n"),
             "the endpoint answered with status 302");
-        row("closed without an answer", QByteArray(), "the endpoint closed the connection without an answer");
+        row("closed without an answer → failed", QByteArray(),
+            "the endpoint closed the connection without an answer");
     }
 
     void webhookAnswers()
@@ -146,8 +149,8 @@ private Q_SLOTS:
         row("gets event, level and document",
             "[ \"$HALVEX_EVENT $HALVEX_LEVEL\" = 'alert warning' ] && grep -q '^{\"text\":\"hot\"}$'", "ok");
         row("has no arguments, which other users could list", "[ $# = 0 ]", "ok");
-        row("does not read", "exit 0", "ok");
-        row("fails", "exit 7", "the program ended with status 7");
+        row("does not read its input → delivered", "exit 0", "ok");
+        row("exits with 7 → failed", "exit 7", "the program ended with status 7");
         row("ends by a signal", "kill -TERM $$", "the program was ended by a signal");
         row("fills its output", "head -c 10000000 /dev/zero; head -c 10000000 /dev/zero >&2", "ok");
         row("inherits no descriptor", "[ ! -e /proc/$$/fd/77 ]", "ok");
@@ -267,7 +270,7 @@ private Q_SLOTS:
         QCOMPARE(restored.first().document, entryOf(QStringLiteral("2")).document);
     }
 
-    /// The clock was set back after the message was queued; the file holds a count that somebody wrote.
+    /// The clock was set back after the message was queued; the file holds the highest count of failures.
     void outboxWithTimesInTheFuture()
     {
         const QDateTime now = entryOf({}).time;

@@ -56,7 +56,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("events");
         QTest::addColumn<bool>("mail");
         row("nothing evaluated", 0, true, true, "", false);
-        row("fine", 1, true, true, "", false);
+        row("level fine → nothing", 1, true, true, "", false);
         row("warning as event", 2, true, false, "Halvex 2 2 0: ID: 0 WDC\n   Parameter ID 5=10", false);
         row("warning as mail", 2, false, true, "", true);
         row("critical alert as event and mail", 3, true, true,

@@ -59,7 +59,7 @@ private Q_SLOTS:
             test.text = QLatin1String(sent);
             return testMail(test).message.section(QStringLiteral("\r\n"), 3); // after the headers
         };
-        row("dot", text("ab\n.\ncd"), "ab\r\n..\r\ncd\r\n");
+        row("line of a single dot → doubled", text("ab\n.\ncd"), "ab\r\n..\r\ncd\r\n");
         row("line of one character becomes two dots", text("ab\nx\ncd"), "ab\r\n..\r\ncd\r\n");
         row("first line", text(".\ncd"), "..\r\ncd\r\n");
         row("last line", text("ab\n."), "ab\r\n..\r\n");

@@ -90,18 +90,18 @@ private Q_SLOTS:
         QTest::addColumn<int>("level");
         QTest::addColumn<QString>("detail");
         const QString none;
-        row("below the warning limit", 54, 55, 65, 1, none);
-        row("at the warning limit", 55, 55, 65, 2,
+        row("below the warning limit → level 1", 54, 55, 65, 1, none);
+        row("at the warning limit → level 2", 55, 55, 65, 2,
             QStringLiteral("   Temperature=55 Celsius (131 Fahrengeit)\n"));
-        row("below the critical limit", 64, 55, 65, 2,
+        row("below the critical limit → level 2", 64, 55, 65, 2,
             QStringLiteral("   Temperature=64 Celsius (147 Fahrengeit)\n"));
-        row("at the critical limit", 65, 55, 65, 3,
+        row("at the critical limit → level 3", 65, 55, 65, 3,
             QStringLiteral("   Temperature=65 Celsius (149 Fahrengeit)\n"));
         row("Fahrenheit truncates", 37, 1, 65, 2,
             QStringLiteral("   Temperature=37 Celsius (98 Fahrengeit)\n"));
-        row("beyond an int", 2147483647, 55, 65, 3,
+        row("temperature beyond an int → level 3", 2147483647, 55, 65, 3,
             QStringLiteral("   Temperature=2147483647 Celsius (3865470596 Fahrengeit)\n"));
-        row("limits swapped, between them", 50, 60, 40, 3, none);
+        row("between swapped limits → level 3", 50, 60, 40, 3, none);
     }
 
     void ratesTemperature()

@@ -75,7 +75,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("sent"); // after EHLO
         QTest::addColumn<int>("outcome");     // 0 open, 1 sent, 2 failed
         const QByteArray nothing;
-        row("plain", false, kPlainScript, kEnvelope, 1);
+        row("no login", false, kPlainScript, kEnvelope, 1);
         row("bare codes", false, replies("220|250|250|250|354|250|221"), kEnvelope, 1);
         row("sent ahead", false, Lines{kPlainScript.join()}, kEnvelope, 1);
         row("login", true,
@@ -111,8 +111,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("to");
         row("CR LF", QStringLiteral("c@d\r\nRCPT TO: <evil@e"));
-        row("CR", QStringLiteral("c@d\rRCPT TO: <evil@e"));
-        row("LF", QStringLiteral("c@d\nRCPT TO: <evil@e"));
+        row("carriage return in the address", QStringLiteral("c@d\rRCPT TO: <evil@e"));
+        row("line feed in the address", QStringLiteral("c@d\nRCPT TO: <evil@e"));
     }
 
     void envelopeAddressEndsAtItsFirstLineEnd()

@@ -72,7 +72,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("to");
         QTest::addColumn<QString>("temperatures");
         row("missing file", QByteArray(), "000101000000", "991231235959", "");
-        row("all", kThree, "261115100000", "261115120000", "abc");
+        row("whole period → all records", kThree, "261115100000", "261115120000", "abc");
         row("one more after the end", kThree, "261115100000", "261115103000", "ab");
         row("period starts at the second record", kThree, "261115100001", "261115235959", "bc");
         row("ends before the first record", kThree, "261114000000", "261114235959", "a");
@@ -135,10 +135,10 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("log");
         QTest::addColumn<bool>("isReplaced");
         row("overwritten in place", kThree.mid(16) + kThree.left(16), false);
-        row("replaced", kThree.mid(16) + kThree.left(16), true);
+        row("replaced by a file in another order", kThree.mid(16) + kThree.left(16), true);
         row("cut short", kThree.left(8), false);
-        row("longer", kThree + kThree, false);
-        row("removed", QByteArray(), true);
+        row("overwritten in place by a longer log", kThree + kThree, false);
+        row("removed, no new file", QByteArray(), true);
     }
 
     /// Another program changes the log between two queries; then the service appends a record.

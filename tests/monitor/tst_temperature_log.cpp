@@ -36,12 +36,12 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("after");
         const QByteArray nothing;
         const QByteArray time = ";,0!E(";
-        row("ordinary", nothing, 0, 41, time + "!J");
+        row("41 °C → one character", nothing, 0, 41, time + "!J");
         row("after an incomplete record", kThree + ";,0!E", 0, 41, kThree + time + "!J");
         row("last ASCII characters", nothing, 94, 94, time + "\x7f\x7f");
         row("hotter than any character", nothing, 1, 95, time + "\"\x7f");
-        row("coldest", nothing, 1, -33, time + QByteArray("\"\0", 2));
-        row("colder than any character", nothing, 1, -34, time + QByteArray("\"\0", 2));
+        row("-33 °C, the coldest that can be stored", nothing, 1, -33, time + QByteArray("\"\0", 2));
+        row("-34 °C → stored as -33 °C", nothing, 1, -34, time + QByteArray("\"\0", 2));
         row("drive index above any character", kThree, 95, 41, kThree);
     }
 

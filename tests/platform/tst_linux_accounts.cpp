@@ -20,13 +20,14 @@ private Q_SLOTS:
         const QByteArray comments = "#UID_MIN 500\n# UID_MAX 900\n";
         const QByteArray noNumbers = "UID_MIN\nUID_MAX many\n";
         const QByteArray bash = "/bin/bash";
-        row("root", range, 0U, QByteArray("/usr/sbin/nologin"), true);
-        row("below UID_MIN", range, 499U, bash, false);
-        row("UID_MIN", range, 500U, bash, true);
-        row("UID_MAX", range, 2000U, QByteArray(), true);
-        row("above UID_MAX", range, 2001U, bash, false);
-        row("nologin", range, 1500U, QByteArray("/usr/sbin/nologin"), false);
-        row("false", range, 1500U, QByteArray("/bin/false"), false);
+        row("root, although without a login shell → normal", range, 0U, QByteArray("/usr/sbin/nologin"),
+            true);
+        row("below UID_MIN → system", range, 499U, bash, false);
+        row("at UID_MIN → normal", range, 500U, bash, true);
+        row("at UID_MAX, no shell named → normal", range, 2000U, QByteArray(), true);
+        row("above UID_MAX → system", range, 2001U, bash, false);
+        row("login shell nologin → system", range, 1500U, QByteArray("/usr/sbin/nologin"), false);
+        row("login shell false → system", range, 1500U, QByteArray("/bin/false"), false);
         row("below the default UID_MIN", QByteArray(), 999U, bash, false);
         row("default UID_MAX", QByteArray(), 60000U, bash, true);
         row("commented out", comments, 999U, bash, false);

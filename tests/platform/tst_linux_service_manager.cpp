@@ -182,9 +182,9 @@ private Q_SLOTS:
     void strangePeers_data()
     {
         QTest::addColumn<QByteArray>("packet");
-        row("silent", QByteArray());
+        row("peer that sends nothing", QByteArray());
         row("no number", QByteArray("stop"));
-        row("long", QByteArray(70000, '1'));
+        row("packet above the limit", QByteArray(70000, '1'));
     }
 
     void strangePeers()

@@ -24,14 +24,15 @@ private Q_SLOTS:
         QTest::addColumn<QString>("json");
         QTest::addColumn<std::optional<KeyValue>>("value");
         const std::optional<KeyValue> none;
-        row("number", R"({"Port": 5001})", std::optional<KeyValue>(5001U));
-        row("largest", R"({"Port": 4294967295})", std::optional<KeyValue>(4294967295U));
-        row("too large", R"({"Port": 4294967296})", none);
-        row("negative", R"({"Port": -1})", none);
-        row("fraction", R"({"Port": 1.5})", none);
-        row("text", R"({"Port": "5001"})", std::optional<KeyValue>("5001"));
-        row("neither number nor text", R"({"Port": [5001]})", none);
-        row("other case", R"({"port": 5001})", none);
+        row("number → number", R"({"Port": 5001})", std::optional<KeyValue>(5001U));
+        row("largest 32-bit number → number", R"({"Port": 4294967295})",
+            std::optional<KeyValue>(4294967295U));
+        row("above 32 bits → no value", R"({"Port": 4294967296})", none);
+        row("negative number → no value", R"({"Port": -1})", none);
+        row("fraction → no value", R"({"Port": 1.5})", none);
+        row("text → text", R"({"Port": "5001"})", std::optional<KeyValue>("5001"));
+        row("array → no value", R"({"Port": [5001]})", none);
+        row("name in another case → no value", R"({"port": 5001})", none);
     }
 
     void values()
@@ -47,12 +48,12 @@ private Q_SLOTS:
     void unusableFiles_data()
     {
         QTest::addColumn<QByteArray>("contents"); // null: there is no file
-        row("missing", QByteArray());
-        row("empty", QByteArray(""));
-        row("cut off", QByteArray(R"({"Port": 50)"));
-        row("no object", QByteArray("[1]"));
+        row("no file", QByteArray());
+        row("empty file", QByteArray(""));
+        row("JSON that is cut off", QByteArray(R"({"Port": 50)"));
+        row("JSON that is not an object", QByteArray("[1]"));
         row("above the size limit", R"({"Port": 1})" + QByteArray(1024 * 1024, ' '));
-        row("nested", QByteArray(100000, '['));
+        row("JSON nested too deep", QByteArray(100000, '['));
     }
 
     void unusableFiles()

@@ -113,8 +113,9 @@ private Q_SLOTS:
         QTest::addColumn<Adapter>("adapter");
         QTest::addColumn<quint32>("error");
         QTest::addColumn<int>("sectorCount");
-        row("standby", Adapter{0, "7201001d0000000e090c000000000000000000000050"}, 0U, 0x00);
-        row("active", Adapter{0, "7201001d0000000e090c000000ff00000000000000 50"}, 0U, 0xFF);
+        row("sector count 0 → standby", Adapter{0, "7201001d0000000e090c000000000000000000000050"}, 0U, 0x00);
+        row("sector count 255 → active", Adapter{0, "7201001d0000000e090c000000ff00000000000000 50"}, 0U,
+            0xFF);
         row("active, fixed format", Adapter{0, "700001005000ff0a00000000001d00000000"}, 0U, 0xFF);
         row("no registers returned → not supported", kGood, system_error::kNotSupported, -1);
     }

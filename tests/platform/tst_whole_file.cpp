@@ -36,7 +36,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("result");
         row("missing file", QStringLiteral("nothing"), "missing");
         row("missing folder", QStringLiteral("no folder"), "missing");
-        row("folder", QStringLiteral("folder"), "unreadable");
+        row("folder instead of a file → unreadable", QStringLiteral("folder"), "unreadable");
         row("file of the size limit", QStringLiteral("0123456789"), "0123456789");
         row("file above the size limit", QStringLiteral("0123456789a"), "unreadable");
         row("empty file", QString(), "");

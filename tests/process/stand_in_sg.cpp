@@ -41,7 +41,7 @@ Sector identifySector(const Disk &disk)
     return sector;
 }
 
-/// One attribute: a temperature of 33 degrees, with the threshold 20.
+/// Returns one attribute: a temperature of 33 degrees, with the threshold 20.
 Sector smartSector(bool isData)
 {
     Sector sector{};

@@ -114,8 +114,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("interval");
         QTest::addColumn<int>("seconds"); // in the service key
-        row("zero", "0", 0);
-        row("negative", "-5000", 0);
+        row("interval 0", "0", 0);
+        row("negative interval", "-5000", 0);
         row("beyond 31 bits", "2147483648", 2147483);
         row("wraps around to 1 in 32 bits", "4294967297", 4294967);
     }

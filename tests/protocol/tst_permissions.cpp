@@ -16,12 +16,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("peer"); // empty: the local socket
         QTest::addColumn<bool>("option");
         QTest::addColumn<bool>("isAllowed");
-        row("local socket", "", false, true);
-        row("this machine", "127.0.0.2", false, true);
-        row("this machine over IPv6", "::1", false, true);
-        row("another machine", "192.0.2.1", false, false);
-        row("another machine over IPv6", "2001:db8::1", false, false);
-        row("another machine with the option", "192.0.2.1", true, true);
+        row("local socket → allowed", "", false, true);
+        row("this machine → allowed", "127.0.0.2", false, true);
+        row("this machine over IPv6 → allowed", "::1", false, true);
+        row("another machine → refused", "192.0.2.1", false, false);
+        row("another machine over IPv6 → refused", "2001:db8::1", false, false);
+        row("another machine with the option → allowed", "192.0.2.1", true, true);
     }
 
     /// The option RemoteAcknowledge. What is refused reaches no object behind the protocol.

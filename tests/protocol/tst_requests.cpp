@@ -28,7 +28,7 @@ private Q_SLOTS:
         row("no date", "1~;2~;0~;000000050607~;0", "1 2 0  05:06:07");
         row("no time of day", "1~;2~;0~;260304250607~;0", "1 2 0 2026-03-04 ");
         row("minutes missing: no time of day", "-1~;2~;0~;26030405~;0", "-1 2 0 2026-03-04 ");
-        row("empty", "", "refused");
+        row("no item → refused", "", "refused");
         row("four items", "1~;3~;6~;260304050607", "refused");
         row("six items", "1~;3~;6~;260304050607~;~;", "refused");
     }

@@ -42,7 +42,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("line");
         QTest::addColumn<QString>("text");
-        row("nothing", QByteArray(), "~ERR");
+        row("empty line → error", QByteArray(), "~ERR");
         row("seven characters", QByteArray("0000007"), "~ERR");
         row("header 16, line of 12", QByteArray("000000100000"), "~ERR");
         row("header is not hexadecimal", QByteArray("0000001g001c180470"), "~ERR");

@@ -15,26 +15,26 @@ private Q_SLOTS:
         QTest::addColumn<QString>("schedule"); // kind, day of the week and moment
         QTest::addColumn<QString>("now");
         QTest::addColumn<bool>("due");
-        row("no schedule", "0 0 260304100030", "2026-03-04T10:00:00", false);
-        row("unknown kind", "4 0 260304100030", "2026-03-04T10:00:00", false);
-        row("daily, 42 s ahead", "2 0 000000100030", "2026-03-04T09:59:48", true);
-        row("daily, 43 s ahead", "2 0 000000100030", "2026-03-04T09:59:47", false);
-        row("daily, this very second", "2 0 000000100030", "2026-03-04T10:00:30", true);
-        row("daily, a second late", "2 0 000000100030", "2026-03-04T10:00:31", false);
-        row("once, today", "1 0 260304100030", "2026-03-04T10:00:00", true);
-        row("once, yesterday", "1 0 260303100030", "2026-03-04T10:00:00", false);
-        row("once, no date", "1 0 000000100030", "2026-03-04T10:00:00", false);
-        row("weekly, its day", "3 2 000000100030", "2026-03-04T10:00:00", true);
-        row("weekly, the day after", "3 1 000000100030", "2026-03-04T10:00:00", false);
-        row("weekly, on Sundays", "3 6 000000100030", "2026-03-08T10:00:00", true);
-        row("weekly, no such day", "3 7 000000100030", "2026-03-08T10:00:00", false);
-        row("hour 25", "2 0 260304250000", "2026-03-04T00:00:00", false);
-        row("time that is not a number", "2 0 260304xxyyzz", "2026-03-04T00:00:00", false);
-        row("minutes and seconds missing", "2 0 26030400", "2026-03-04T00:00:00", false);
-        row("end of the day, in time", "2 0 000000235959", "2026-03-04T23:59:17", true);
-        row("end of the day, missed", "2 0 000000235959", "2026-03-04T23:59:30", false);
-        row("midnight, from the day before", "2 0 000000000005", "2026-03-04T23:59:50", false);
-        row("midnight", "2 0 000000000005", "2026-03-04T00:00:00", true);
+        row("no schedule → not due", "0 0 260304100030", "2026-03-04T10:00:00", false);
+        row("unknown kind → not due", "4 0 260304100030", "2026-03-04T10:00:00", false);
+        row("daily, 42 s ahead → due", "2 0 000000100030", "2026-03-04T09:59:48", true);
+        row("daily, 43 s ahead → not due", "2 0 000000100030", "2026-03-04T09:59:47", false);
+        row("daily, this very second → due", "2 0 000000100030", "2026-03-04T10:00:30", true);
+        row("daily, a second late → not due", "2 0 000000100030", "2026-03-04T10:00:31", false);
+        row("once, today → due", "1 0 260304100030", "2026-03-04T10:00:00", true);
+        row("once, yesterday → not due", "1 0 260303100030", "2026-03-04T10:00:00", false);
+        row("once, no date → not due", "1 0 000000100030", "2026-03-04T10:00:00", false);
+        row("weekly, its day → due", "3 2 000000100030", "2026-03-04T10:00:00", true);
+        row("weekly, the day after → not due", "3 1 000000100030", "2026-03-04T10:00:00", false);
+        row("weekly, on Sundays → due", "3 6 000000100030", "2026-03-08T10:00:00", true);
+        row("weekly, no such day → not due", "3 7 000000100030", "2026-03-08T10:00:00", false);
+        row("hour 25 → not due", "2 0 260304250000", "2026-03-04T00:00:00", false);
+        row("time that is not a number → not due", "2 0 260304xxyyzz", "2026-03-04T00:00:00", false);
+        row("minutes and seconds missing → not due", "2 0 26030400", "2026-03-04T00:00:00", false);
+        row("end of the day, in time → due", "2 0 000000235959", "2026-03-04T23:59:17", true);
+        row("end of the day, missed → not due", "2 0 000000235959", "2026-03-04T23:59:30", false);
+        row("midnight, from the day before → not due", "2 0 000000000005", "2026-03-04T23:59:50", false);
+        row("midnight → due", "2 0 000000000005", "2026-03-04T00:00:00", true);
     }
 
     void due()

@@ -4,7 +4,7 @@
 
 #include "web/snapshot.h"
 
-/// A poll of a service with two drives; tests change single values of it.
+/// Returns a poll of a service with two drives; tests change single values of it.
 inline std::shared_ptr<web::ServiceData> fakeData()
 {
     auto data = std::make_shared<web::ServiceData>();

@@ -181,7 +181,7 @@ private Q_SLOTS:
         row("one hop", QByteArray("192.0.2.1"), QStringLiteral("192.0.2.1"));
         row("client that invents hops", QByteArray("127.0.0.1, 192.0.2.1"), QStringLiteral("192.0.2.1"));
         row("two proxies", QByteArray("192.0.2.1, 10.0.0.2"), QStringLiteral("192.0.2.1"));
-        row("garbage", QByteArray("unknown"), QStringLiteral("10.0.0.1"));
+        row("header that is not an address", QByteArray("unknown"), QStringLiteral("10.0.0.1"));
     }
 
     void findsTheClientBehindProxies()

@@ -100,12 +100,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QVariant>("stored");
         QTest::addColumn<int>("used"); // the values that a service that has read it writes back
-        row("number", "FreeSpacePollInterval", QVariant(360000), 360000);
-        row("highest bit", "SMARTPollInterval", QVariant(-1), 180);
-        row("text", "SMARTPollInterval", QVariant("60"), 180);
-        row("64 bits", "FreeSpacePollInterval", QVariant(qlonglong(60)), 300);
-        row("list of texts", "Port", QVariant(QStringList{"6000"}), 5000);
-        row("missing", "Port", QVariant(), 5000);
+        row("number → used", "FreeSpacePollInterval", QVariant(360000), 360000);
+        row("above the range → default", "SMARTPollInterval", QVariant(-1), 180);
+        row("text → default", "SMARTPollInterval", QVariant("60"), 180);
+        row("64-bit number → default", "FreeSpacePollInterval", QVariant(qlonglong(60)), 300);
+        row("list of texts → default", "Port", QVariant(QStringList{"6000"}), 5000);
+        row("no value → default", "Port", QVariant(), 5000);
     }
 
     void readsItsKey()
