@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A machine as large as the service takes: 99 drives with 30 attributes each.
+/// Returns a machine as large as the service takes: 99 drives with 30 attributes each.
 DeviceList largeMachine()
 {
     AttributeEntry attribute;
@@ -24,7 +24,7 @@ DeviceList largeMachine()
     return DeviceList(99, device);
 }
 
-/// As SmartTexts makes them.
+/// Returns the attributes as SmartTexts makes them.
 QString joinedAttributes(const DeviceList &devices)
 {
     QStringList texts;
@@ -40,7 +40,7 @@ void allSmart(benchmark::State &state)
         benchmark::DoNotOptimize(joinedAttributes(devices));
 }
 
-/// The same text made the short way.
+/// Returns the same text made the short way.
 QString filledPlaceholders(const DeviceList &devices)
 {
     QStringList items;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 
-// Surface scans of the built service beside dd, and what eight of them do to its answers. HALVEX_SCAN_GIB
-// sets the size of the surface (4). Needs root, for loop devices and to drop the page cache.
+// Measures surface scans of the built service beside dd, and the answer times during eight scans.
+// HALVEX_SCAN_GIB sets the size of the surface (4). Needs root, for loop devices and to drop the page cache.
 
 #include "process/service_fixture.h"
 
@@ -144,7 +144,8 @@ QString startScan(int drive, int blockSize)
         .arg(surfaceBytes() / 512 - 1);
 }
 
-/// Index, state, percent, first, current and time of the first drive, and its bad ranges if there are any.
+/// Returns index, state, percent, first, current and time of the first drive, and its bad ranges if there are
+/// any.
 QStringList scanState(RawConsole &console)
 {
     return console.ask(QStringLiteral("GSTATSCAN")).split(QLatin1Char(';'));
@@ -199,7 +200,7 @@ BENCHMARK(scanBesideDd)
     ->UseManualTime()
     ->Iterations(1);
 
-/// The median time of ALLSMARTINFO, asked a hundred times a second.
+/// Measures the median time of ALLSMARTINFO, requested a hundred times a second.
 void answerTimes(benchmark::State &state)
 {
     constexpr int kDrives = 8;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 
-// The built service beside a bare QTcpServer: requests, start and memory, in one run.
+// Measures the built service beside a bare QTcpServer: requests, start and memory, in one run.
 
 #include "process/proc_status.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-/// A drive with 30 attributes, which is all that a drive can have.
+/// Returns a drive with 30 attributes, which is all that a drive can have.
 QJsonObject fullDrive(int number)
 {
     QJsonArray attributes;

@@ -10,8 +10,8 @@
 
 namespace client {
 
-/// Waits for the result of an operation that `start` begins with a handler for it, in an event loop of its
-/// own, which ends with the operation's deadline at the latest. For programs that do one thing at a time.
+/// Calls `start` with a handler and waits for the result in an event loop of its own. The wait ends with the
+/// operation's deadline at the latest. For programs that do one thing at a time.
 template <typename T, typename Start>
 [[nodiscard]] Result<T> awaitResult(Start start)
 {

@@ -48,7 +48,7 @@ public:
     /// Connects, unless that is done, and calls `handler` with the Result<Greeting>.
     void greet(std::function<void(const Result<Greeting> &)> handler);
 
-    /// The greeting of the present connection, or of the latest one; nothing before the first.
+    /// Returns the greeting of the present connection, or of the latest one; nothing before the first.
     [[nodiscard]] const std::optional<Greeting> &greeting() const { return m_greeting; }
 
     /// From now on a service that does not answer, detects drives or is paused is asked again until it is

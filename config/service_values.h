@@ -6,8 +6,8 @@
 #include "platform/program_name.h"
 #include "platform/service_key.h"
 
-/// The directory, with its last separator, of a program whose image path is `imagePath`. A path that is
-/// shorter than the program's name has none.
+/// Returns the directory, with its last separator, of a program whose image path is `imagePath`. A path that
+/// is shorter than the program's name has none.
 [[nodiscard]] QString programDirectoryOf(const QString &imagePath);
 
 /// Reads Port, the two poll intervals and the program directory from the service's key. A value that is

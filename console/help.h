@@ -12,7 +12,7 @@ namespace help {
 /// Returns one sentence each: the purpose of the program, and the service that it asks by default.
 [[nodiscard]] QString introduction();
 [[nodiscard]] QString defaultService();
-/// Exit codes as names, with their meaning.
+/// Returns exit codes as names, with their meaning.
 [[nodiscard]] QVector<Term> exitStatuses();
 [[nodiscard]] QVector<Term> environment();
 

@@ -11,8 +11,8 @@
 
 namespace {
 
-/// A read that identifies the drive. It also reads the S.M.A.R.T. data, unless the request needs the drive's
-/// place in the device list.
+/// Returns a read that identifies the drive. It also reads the S.M.A.R.T. data, unless the request needs the
+/// drive's place in the device list.
 SmartRead probeOf(int number)
 {
     SmartRead read;
@@ -23,7 +23,7 @@ SmartRead probeOf(int number)
     return read;
 }
 
-/// A full read by the method that identified the drive.
+/// Returns a full read by the method that identified the drive.
 SmartRead fullReadOf(const DetectedDrive &device, int index)
 {
     SmartRead read;

@@ -55,8 +55,8 @@ Registers smartCommand(quint8 features)
     return block;
 }
 
-/// Returns whether a pass-through whose registers are in `buffer` was carried out in full, and its `data`
-/// arrived.
+/// Returns the system error of a pass-through whose registers are in `buffer`; none if it was carried out in
+/// full and its `data` arrived.
 exchange::Outcome outcomeOf(const ControlReply &reply, ByteView buffer, int registersOffset, ByteView data)
 {
     if (!reply.ok())

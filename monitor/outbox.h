@@ -32,7 +32,7 @@ public:
 
     [[nodiscard]] int size() const { return m_entries.size(); }
     [[nodiscard]] bool isEmpty() const { return m_entries.isEmpty(); }
-    /// The entry to be tried next; only while not empty.
+    /// Returns the entry to be tried next. The outbox must not be empty.
     [[nodiscard]] const OutboxEntry &first() const { return m_entries.first(); }
 
     /// Returns how long the first entry must wait: 1, 5, 15, 15, … minutes after its failures.

@@ -41,7 +41,7 @@ QStringList formsOf(const QString &secret)
     return forms;
 }
 
-/// "<address>", as MAIL FROM and RCPT TO take it.
+/// Returns "<address>", as MAIL FROM and RCPT TO take it.
 QString path(const QString &address)
 {
     return QLatin1Char('<') + singleLine(address) + QLatin1Char('>');

@@ -36,7 +36,7 @@ public:
         AwaitsTls, ///< the server has agreed to encrypt: encrypted() resumes
     };
 
-    /// Whether the dialogue requests encryption. A connection that is encrypted from its start needs No.
+    /// Yes: the dialogue requests encryption. A connection that is encrypted from its start needs No.
     enum class StartTls { No, Yes };
 
     /// Limit of one reply of the server, in bytes; the standard allows lines of 512.
@@ -56,8 +56,8 @@ public:
 
     [[nodiscard]] Outcome outcome() const { return m_outcome; }
 
-    /// All lines received, each with a line feed, and everything sent, byte for byte: includes the Base64
-    /// forms of user and password.
+    /// Returns all lines received, each with a line feed, and everything sent, byte for byte: includes the
+    /// Base64 forms of user and password.
     [[nodiscard]] const QString &transcript() const { return m_transcript; }
 
     /// Returns the last line received, without control characters. The credentials are replaced by "***",

@@ -185,7 +185,7 @@ bool TemperatureHistory::indexRecords(QFile &log, qint64 count)
     return whole == count;
 }
 
-/// Null if there is no log, or if it is not a regular file.
+/// Returns null if there is no log, or if it is not a regular file.
 std::shared_ptr<QFile> TemperatureHistory::openLog()
 {
     if (auto open = m_openLog.lock())

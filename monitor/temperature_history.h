@@ -32,10 +32,10 @@ public:
     HistoryReader() = default;
     HistoryReader(std::shared_ptr<QFile> log, HistorySelection selection);
 
-    /// The size of the history in UTF-8, in bytes.
+    /// Returns the size of the history in UTF-8, in bytes.
     [[nodiscard]] qint64 textBytes() const { return m_selection.textBytes; }
 
-    /// The memory that the reader keeps, in bytes.
+    /// Returns the memory that the reader keeps, in bytes.
     [[nodiscard]] qint64 heldBytes() const { return m_selection.ranges.size() * qint64(sizeof(RecordRange)); }
 
     /// Returns some more of the history, in UTF-8; empty at the end, or if the log can no longer be read.

@@ -35,7 +35,7 @@ public:
         : m_blockRecords(blockRecords)
     {}
 
-    /// The number of records that are indexed.
+    /// Returns the number of records that are indexed.
     [[nodiscard]] qint64 size() const { return m_size; }
 
     /// Adds `count` records, which follow those that are indexed.

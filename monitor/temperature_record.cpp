@@ -9,7 +9,7 @@ namespace {
 constexpr int kFirstYear = 2000;
 constexpr int kOffset = 33; ///< makes ordinary values printable
 
-/// The value that byte `index` of a record stores; the first byte is the most significant one.
+/// Returns the value that byte `index` of a record stores; the first byte is the most significant one.
 int storedValue(quint64 record, int index)
 {
     return int(record >> (56 - 8 * index) & 0xFF) - kOffset;

@@ -4,6 +4,7 @@
 
 #include "platform/platform.h"
 
-/// The machine this program runs on: its drives, volumes, accounts, event log, service key, service manager
-/// and local socket name. Each system's folder implements it. Prepares the process for its work there.
+/// Returns the machine this program runs on: its drives, volumes, accounts, event log, service key, service
+/// manager and local socket name. Each system's folder implements it. Prepares the process for its work
+/// there.
 [[nodiscard]] Platform makeHostPlatform();

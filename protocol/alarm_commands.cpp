@@ -15,7 +15,7 @@ QString jsonReply(const char *word, const QJsonDocument &document)
     return listReply(word, QString::fromUtf8(document.toJson(QJsonDocument::Compact)));
 }
 
-/// "WORD_ERR,REASON"
+/// Returns "WORD_ERR,REASON".
 QString errorReply(const QString &word, const QString &reason)
 {
     return word + QStringLiteral("_ERR,") + reason;

@@ -56,8 +56,8 @@ public:
     [[nodiscard]] Dispatcher &dispatcher() { return m_dispatcher; }
     [[nodiscard]] int drawOffset() const { return m_offsets(); }
 
-    /// The number of chunks that a connection writes before others take their turn. With a thousand that
-    /// read, each one waits for the chunks of all others.
+    /// Returns the number of chunks that a connection writes before others take their turn. With a thousand
+    /// that read, each one waits for the chunks of all others.
     [[nodiscard]] int chunksAtATime() const
     {
         constexpr int kChunksInAll = 64;

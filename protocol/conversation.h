@@ -48,7 +48,7 @@ public:
     /// Nanoseconds since a line was accepted, or a part of a reply was sent.
     [[nodiscard]] qint64 idleNs() const { return m_lastActivity.nsecsElapsed(); }
 
-    /// The memory that the connection holds, in bytes.
+    /// Returns the memory that the connection holds, in bytes.
     [[nodiscard]] qint64 heldBytes() const;
 
     void sendFirstLine();

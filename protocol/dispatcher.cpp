@@ -85,7 +85,7 @@ const Command *findCommand(const Fields &fields)
     return found != std::end(kCommands) ? found : nullptr;
 }
 
-/// "PAUSED" or "DETECTING"; empty while all commands are carried out.
+/// Returns "PAUSED" or "DETECTING"; empty while all commands are carried out.
 QString stateWord(const CommandTarget &target)
 {
     if (target.isPaused())

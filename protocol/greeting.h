@@ -13,5 +13,5 @@
 [[nodiscard]] QString greeting(const Settings &settings, const QString &hostName, const QString &peer,
                                qint64 secondsSinceEpoch);
 
-/// The reply to VER, which is shorter: version, port, poll intervals, host name.
+/// Returns the reply to VER, which is shorter: version, port, poll intervals, host name.
 [[nodiscard]] QString versionReply(const Settings &settings, const QString &hostName);

@@ -13,27 +13,28 @@
 namespace payload {
 
 [[nodiscard]] QString device(const DeviceRecord &device);
-/// "0" without devices.
+/// Returns all devices; "0" without any.
 [[nodiscard]] QString allDevices(const DeviceList &devices);
 
 [[nodiscard]] QString volume(const VolumeEntry &volume);
-/// Every volume with the index of its device; "0" without devices, empty with devices but no volumes.
+/// Returns every volume with the index of its device; "0" without devices, empty with devices but no volumes.
 [[nodiscard]] QString allVolumes(const DeviceList &devices);
 
 [[nodiscard]] QString smartInformation(const DeviceRecord &device);
 /// The last attribute's current value lacks its last digit; consoles rely on it.
 [[nodiscard]] QString smartValues(const DeviceRecord &device);
-/// A device's attributes, each with the device's index, as the reply about all devices contains them.
+/// Returns a device's attributes, each with the device's index, as the reply about all devices contains them.
 [[nodiscard]] QString smartAttributes(int device, const QVector<AttributeEntry> &attributes);
 
-/// State and progress of a device's last scan.
+/// Returns state and progress of a device's last scan.
 [[nodiscard]] QString scanStatus(int index, const DeviceRecord &device, bool isRunning);
-/// The ranges from `begin` to the one before `end`, each led by its separator: they follow scanStatus().
+/// Returns the ranges from `begin` to the one before `end`, each led by its separator: they follow
+/// scanStatus().
 [[nodiscard]] QByteArray badRanges(const QVector<SectorRange> &ranges, int begin, int end);
-/// The size of all of them, in bytes.
+/// Returns the size of all of them, in bytes.
 [[nodiscard]] qint64 badRangesLength(const QVector<SectorRange> &ranges);
 
-/// Every device's schedule, each item led by its "]![".
+/// Returns every device's schedule, each item led by its "]![".
 [[nodiscard]] QString scanSchedule(const DeviceList &devices);
 
 } // namespace payload

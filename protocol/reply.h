@@ -25,7 +25,7 @@ struct Reply
         : source(std::move(replySource))
     {}
 
-    /// A reply that the function starts to work on. The next request waits until it is there.
+    /// Returns a reply that the function starts to work on. The next request waits until it is there.
     [[nodiscard]] static Reply awaited(std::function<void(Respond)> start)
     {
         return {std::move(start), true};

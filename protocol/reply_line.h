@@ -18,7 +18,7 @@ public:
     /// `offset` is drawn for this line.
     ReplyLine(std::unique_ptr<ReplySource> source, int offset);
 
-    /// The size of the next chunk in bytes; 0 at the end of the line.
+    /// Returns the size of the next chunk in bytes; 0 at the end of the line.
     [[nodiscard]] int nextSize() const;
 
     /// Returns the next chunk; a null array if the reply cannot be completed.

@@ -18,14 +18,14 @@ public:
     ReplySource &operator=(const ReplySource &) = delete;
     virtual ~ReplySource() = default;
 
-    /// The size of the whole text in bytes.
+    /// Returns the size of the whole text in bytes.
     [[nodiscard]] qint64 length() const { return m_length; }
 
     /// Returns the next bytes: `maxBytes` of them, or all that are left if these are fewer. Returns fewer if
     /// the text cannot be completed.
     [[nodiscard]] QByteArray next(int maxBytes);
 
-    /// The memory that the source keeps, in bytes.
+    /// Returns the memory that the source keeps, in bytes.
     [[nodiscard]] qint64 heldBytes() const { return m_ready.size() + keptBytes(); }
 
 protected:
@@ -39,7 +39,7 @@ protected:
 private:
     /// Returns the next piece after the head; empty if there is none.
     [[nodiscard]] virtual QByteArray nextPiece() { return {}; }
-    /// The memory that is kept for further pieces, in bytes.
+    /// Returns the memory that is kept for further pieces, in bytes.
     [[nodiscard]] virtual qint64 keptBytes() const { return 0; }
 
     QByteArray m_ready; ///< produced, not returned yet

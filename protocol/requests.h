@@ -69,16 +69,16 @@ struct None
 [[nodiscard]] FindingName findingName(const Fields &fields);
 /// With fewer than three fields both indices are 0, whatever the first contains.
 [[nodiscard]] VolumePlace volumePlace(const Fields &fields);
-/// Empty if one of the intervals is below 1.
+/// Returns nothing if one of the intervals is below 1.
 [[nodiscard]] std::optional<PollIntervals> pollIntervals(const Fields &fields);
-/// Empty if there are fewer than 18 items.
+/// Returns nothing if there are fewer than 18 items.
 [[nodiscard]] std::optional<ServiceSettings> settingsChange(const Fields &fields);
-/// Empty for any number of items but five. Digits that are not numbers leave date or time invalid.
+/// Returns nothing for any number of items but five. Digits that are not numbers leave date or time invalid.
 [[nodiscard]] std::optional<ScheduleChange> scheduleChange(const Fields &fields);
 [[nodiscard]] ScanStart scanStart(const Fields &fields);
 [[nodiscard]] ScanStop scanStop(const Fields &fields);
 [[nodiscard]] HistoryPeriod historyPeriod(const Fields &fields);
-/// Empty if there are fewer than nine items.
+/// Returns nothing if there are fewer than nine items.
 [[nodiscard]] std::optional<MailTest> mailTest(const Fields &fields);
 
 } // namespace request

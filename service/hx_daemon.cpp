@@ -30,9 +30,9 @@ constexpr milliseconds kStoreRetryDelay{20000};
 /// How long a scan may take to end before STOPSCAN is answered, so that the next status shows its end.
 constexpr milliseconds kStopScanGrace{100};
 
-/// The usual number of consoles, unless descriptors are scarce: then enough of them are left for drives,
-/// scans, files and listeners, and for a console that another one is closed for. An accept that fails for
-/// lack of a descriptor would be tried again and again.
+/// Returns the usual number of consoles, unless descriptors are scarce: then enough of them are left for
+/// drives, scans, files and listeners, and for a console that another one is closed for. An accept that fails
+/// for lack of a descriptor would be tried again and again.
 ConnectionLimits connectionLimits(int descriptorLimit)
 {
     constexpr int kOwnDescriptors = 256; // a reader and a scan for each of 99 drives, and what else is open

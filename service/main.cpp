@@ -26,7 +26,7 @@ namespace {
 /// it.
 constexpr int kBadConfiguration = 1;
 
-/// The time since the system started, which differs from one start of the service to the next.
+/// Returns the time since the system started, which differs from one start of the service to the next.
 unsigned tickCount()
 {
     using std::chrono::steady_clock;

@@ -29,7 +29,7 @@ public:
     /// Starts to poll and to serve.
     [[nodiscard]] Result<void> start();
 
-    /// The address of the page, for a person.
+    /// Returns the address of the page, for a person.
     [[nodiscard]] QString url() const;
 
     void start(const QString &service, const ServiceWork &work, const Reply &reply) override;

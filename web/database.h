@@ -48,7 +48,7 @@ public:
     [[nodiscard]] bool query(const char *sql, const QVariantList &arguments,
                              const std::function<void(const DatabaseRow &)> &take);
 
-    /// The reason of the last failure.
+    /// Returns the reason of the last failure.
     [[nodiscard]] const QString &error() const { return m_error; }
     /// Returns whether the last failure means that the file's content is damaged.
     [[nodiscard]] bool isDamaged() const;

@@ -38,11 +38,11 @@ void reportFailure(const QString &text);
 /// the folder is there already, whose access stays as it is.
 [[nodiscard]] bool makePrivateFolder(const QString &path);
 
-/// The configuration file that is read where no option names one, and the state folder by default.
+/// Returns the configuration file that is read where no option names one, and the state folder by default.
 [[nodiscard]] QString defaultConfigurationFile(const QString &stateFolder);
 [[nodiscard]] QString defaultStateFolder();
 
-/// The resources of this process now.
+/// Returns the resources of this process now.
 [[nodiscard]] metrics::ProcessFigures processFigures();
 
 /// Returns whether the HTTP server can serve TLS by itself here.

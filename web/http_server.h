@@ -32,7 +32,7 @@ public:
     /// Ends every connection; requests that wait are answered 503. Afterwards no handler runs.
     void stop();
 
-    /// The port that it listens on, after start().
+    /// Returns the port that it listens on, after start().
     [[nodiscard]] quint16 port() const;
 
     /// Sends `name` to every event stream. May be called on any thread.

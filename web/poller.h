@@ -34,10 +34,10 @@ public:
     /// Polls the service `name` as soon as a place is free, besides its interval.
     void pollNow(const QString &name);
 
-    /// The state of all services. Immutable; replaced by every poll.
+    /// Returns the state of all services. Immutable; replaced by every poll.
     [[nodiscard]] std::shared_ptr<const Snapshot> snapshot() const { return m_snapshot; }
 
-    /// The clock of the service at `index` of the configuration, as of its last answer.
+    /// Returns the clock of the service at `index` of the configuration, as of its last answer.
     [[nodiscard]] QTimeZone zone(int index) const;
 
 Q_SIGNALS:

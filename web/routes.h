@@ -34,7 +34,7 @@ struct Route
     Answer (*handle)(const Call &call);
 };
 
-/// The routes of each subject, in the file of its handlers.
+/// Return the routes of one subject each; defined in the file of its handlers.
 [[nodiscard]] QVector<Route> sessionRoutes();
 [[nodiscard]] QVector<Route> documentRoutes();
 [[nodiscard]] QVector<Route> historyRoutes();

@@ -17,8 +17,8 @@
 
 namespace web {
 
-/// All that a handler knows besides the request. What it borrows outlives the server and is safe to use on
-/// its threads; the rest are values of this request.
+/// The context of a handler. References outlive the server and are safe to use on its threads; all other
+/// members are values of one request.
 struct Site
 {
     const Configuration &configuration;

@@ -24,7 +24,7 @@ public:
     /// Takes the response and resumes the connection; every call but the first is ignored. Any thread.
     void finish(HttpResponse response);
 
-    /// The response, after finish().
+    /// Returns the response, after finish().
     [[nodiscard]] std::optional<HttpResponse> takeResponse();
 
 private:

@@ -61,8 +61,8 @@ constexpr char hexDigit(unsigned value)
 
 constexpr quint8 kNoDigit = 0xFF;
 
-/// The value of a hexadecimal digit, kNoDigit for other characters. Choices without a branch: the compiler
-/// makes vector instructions of the loop over a body.
+/// Returns the value of a hexadecimal digit, or kNoDigit for another character. It has no branch, so that the
+/// compiler can vectorise the loop over a body.
 constexpr quint8 hexValue(char c)
 {
     const auto digit = quint8(c - '0');
@@ -122,7 +122,7 @@ qint64 base64Length(qint64 bytes)
 }
 
 /// Writes each of `count` characters, combined with its byte of the mask, as two digits. Returns the end of
-/// what it has written. The three do not overlap.
+/// the output. The three buffers must not overlap.
 char *putScrambled(char *__restrict out, const char *__restrict base64, const char *__restrict mask,
                    int count)
 {

@@ -7,8 +7,8 @@
 
 #include <functional>
 
-/// The line scrambling of the console protocol and of the settings file. It keeps text from being read in
-/// passing; it does not protect against anyone who wants to read it.
+/// The line scrambling of the console protocol and of the settings file. It hides text from a
+/// casual look, and is no protection against a reader who knows it.
 
 /// Returns the offset for a line to be scrambled: 0 to 99, evenly distributed.
 using OffsetSource = std::function<int()>;

@@ -42,7 +42,7 @@ public:
 
     [[nodiscard]] const render::WatchState &state() const { return m_state; }
 
-    /// Called after each change of the state.
+    /// `listener` is called after each change of the state.
     void setListener(std::function<void()> listener) { m_listener = std::move(listener); }
 
 private:

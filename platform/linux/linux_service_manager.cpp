@@ -57,7 +57,7 @@ const char *notification(ServiceState state)
     return nullptr;
 }
 
-/// The account's name in passwd; the machine in front of it can only be this one.
+/// Returns the account's name in passwd; the machine in front of it can only be this one.
 QString localName(const QString &account)
 {
     return account.mid(account.lastIndexOf(QLatin1Char('\\')) + 1);

@@ -23,6 +23,7 @@ struct AdvApi
     decltype(&::ReportEventW) reportEvent = nullptr;
     decltype(&::DeregisterEventSource) deregisterEventSource = nullptr;
 
-    /// Null where the library lacks one of them, with ERROR_PROC_NOT_FOUND as the thread's last error.
+    /// Returns null where the library lacks one of them, with ERROR_PROC_NOT_FOUND as the thread's last
+    /// error.
     [[nodiscard]] static const AdvApi *get();
 };

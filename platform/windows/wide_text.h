@@ -4,7 +4,7 @@
 
 #include <QString>
 
-/// A text as the system's calls take it. Valid as long as `text` is.
+/// Returns `text` as the system's calls take it; valid as long as `text` is.
 [[nodiscard]] inline const wchar_t *wide(const QString &text)
 {
     static_assert(sizeof(wchar_t) == sizeof(ushort));

@@ -72,8 +72,8 @@ QByteArray identityLabels(const Source &source, int i)
         .text();
 }
 
-/// The health that the drive itself would report, derived from its attributes: a drive reports a failure
-/// when a pre-failure attribute is at its threshold. A threshold of 0 is never reached.
+/// Returns the health that the drive itself would report, derived from its attributes: a drive reports a
+/// failure when a pre-failure attribute is at its threshold. A threshold of 0 is never reached.
 std::optional<qint64> smartStatus(const ServiceData &data, int i)
 {
     const QVector<Attribute> &attributes = data.attributes.at(i);
