@@ -19,11 +19,6 @@ QJsonObject service(const Greeting &greeting, const QTimeZone &zone)
     };
 }
 
-QJsonObject drive(const Drive &drive)
-{
-    return toObject(driveColumns(), drive);
-}
-
 QJsonObject status(const Greeting &greeting, const QVector<Drive> &drives, const QTimeZone &zone)
 {
     return {{QStringLiteral("service"), service(greeting, zone)},
@@ -32,37 +27,22 @@ QJsonObject status(const Greeting &greeting, const QVector<Drive> &drives, const
 
 QJsonObject info(const Drive &drive, const QVector<Volume> &volumes)
 {
-    QJsonObject object = documents::drive(drive);
-    object.insert(QStringLiteral("volumes"), documents::volumes(volumes));
+    QJsonObject object = toObject(driveColumns(), drive);
+    object.insert(QStringLiteral("volumes"), toArray(volumeColumns(), volumes));
     return object;
 }
 
 QJsonObject smart(const Drive &drive, const QVector<Attribute> &attributes)
 {
-    QJsonObject object = documents::drive(drive);
+    QJsonObject object = toObject(driveColumns(), drive);
     object.insert(QStringLiteral("attributes"), toArray(attributeColumns(), attributes));
     return object;
-}
-
-QJsonArray volumes(const QVector<Volume> &volumes)
-{
-    return toArray(volumeColumns(), volumes);
 }
 
 QJsonObject temperatures(qint32 drive, const QVector<TemperatureRecord> &records, const QTimeZone &zone)
 {
     return {{QStringLiteral("drive"), drive},
             {QStringLiteral("records"), toArray(temperatureColumns(zone), records)}};
-}
-
-QJsonArray scans(const QVector<ScanStatus> &scans, const QTimeZone &zone)
-{
-    return toArray(scanColumns(zone), scans);
-}
-
-QJsonArray schedule(const QVector<ScheduleEntry> &entries)
-{
-    return toArray(scheduleColumns(), entries);
 }
 
 QJsonObject settings(const ServiceSettings &settings)

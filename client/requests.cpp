@@ -46,6 +46,11 @@ requests::Done done(const QString &requestLine, const QString &word, std::chrono
     return {requestLine, parse, allowance};
 }
 
+Request<qint32> count(const QString &word)
+{
+    return {word, [word](const QString &reply) { return parseCount(reply, word); }};
+}
+
 /// Returns a parser that also needs the index in the request.
 template <typename T>
 auto withIndex(std::optional<T> (*parse)(const QString &, qint32), qint32 index)
@@ -90,7 +95,7 @@ Request<QVector<Volume>> allVolumes()
 
 Request<qint32> driveCount()
 {
-    return {QStringLiteral("DEVCOUNT"), parseDriveCount};
+    return count(QStringLiteral("DEVCOUNT"));
 }
 
 Request<TemperatureHistory> temperatures(const QDateTime &from, const QDateTime &to)
@@ -193,7 +198,7 @@ Done refresh()
 
 Request<qint32> userCount()
 {
-    return {QStringLiteral("USERCOUNT"), parseUserCount};
+    return count(QStringLiteral("USERCOUNT"));
 }
 
 Request<UserAccount> user(qint32 index)

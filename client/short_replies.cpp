@@ -11,25 +11,11 @@
 
 namespace client {
 
-namespace {
-
-std::optional<qint32> parseCount(const QString &reply, const QString &prefix)
+std::optional<qint32> parseCount(const QString &reply, const QString &word)
 {
-    const auto payload = afterPrefix(reply, prefix);
+    const auto payload = afterPrefix(reply, word + QLatin1Char(','));
     const auto count = payload ? strictNumber<qint32>(*payload) : std::nullopt;
     return count && *count >= 0 ? count : std::nullopt;
-}
-
-} // namespace
-
-std::optional<qint32> parseDriveCount(const QString &reply)
-{
-    return parseCount(reply, QStringLiteral("DEVCOUNT,"));
-}
-
-std::optional<qint32> parseUserCount(const QString &reply)
-{
-    return parseCount(reply, QStringLiteral("USERCOUNT,"));
 }
 
 std::optional<UserAccount> parseUser(const QString &reply, qint32 index)

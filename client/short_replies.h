@@ -37,8 +37,8 @@ struct Version
     QString hostName;
 };
 
-[[nodiscard]] std::optional<qint32> parseDriveCount(const QString &reply);
-[[nodiscard]] std::optional<qint32> parseUserCount(const QString &reply);
+/// Parses "WORD,COUNT"; a count is 0 or more.
+[[nodiscard]] std::optional<qint32> parseCount(const QString &reply, const QString &word);
 /// Name and level are empty if the service has no account `index`.
 [[nodiscard]] std::optional<UserAccount> parseUser(const QString &reply, qint32 index);
 [[nodiscard]] std::optional<Rights> parseRights(const QString &reply);

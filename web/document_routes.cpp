@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "client/columns.h"
 #include "client/documents.h"
 #include "client/numbers.h"
 #include "web/documents.h"
@@ -52,21 +53,21 @@ Answer status(const Call &call)
 Answer volumes(const Call &call)
 {
     return documentOf(call, [](const ServiceData &data) {
-        return QJsonDocument(client::documents::volumes(data.volumes));
+        return QJsonDocument(client::toArray(client::volumeColumns(), data.volumes));
     });
 }
 
 Answer scans(const Call &call)
 {
     return documentOf(call, [](const ServiceData &data) {
-        return QJsonDocument(client::documents::scans(data.scans, data.zone));
+        return QJsonDocument(client::toArray(client::scanColumns(data.zone), data.scans));
     });
 }
 
 Answer schedule(const Call &call)
 {
     return documentOf(call, [](const ServiceData &data) {
-        return QJsonDocument(client::documents::schedule(data.schedule));
+        return QJsonDocument(client::toArray(client::scheduleColumns(), data.schedule));
     });
 }
 

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "web/documents.h"
 
-#include "client/documents.h"
+#include "client/columns.h"
 
 #include <QJsonArray>
 
@@ -82,7 +82,7 @@ QJsonObject overviewDocument(const ServiceSnapshot &service)
     QJsonObject object = serviceDocument(service);
     QJsonArray drives;
     for (int i = 0; service.data && i < service.data->drives.size(); ++i) {
-        QJsonObject drive = client::documents::drive(service.data->drives.at(i));
+        QJsonObject drive = client::toObject(client::driveColumns(), service.data->drives.at(i));
         drive.insert(QStringLiteral("temperatures"), hourlyArray(service.data->temperatures.at(i)));
         drives.append(drive);
     }

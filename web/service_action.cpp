@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "web/service_action.h"
 
+#include "client/columns.h"
 #include "client/documents.h"
 #include "client/requests.h"
 #include "client/settings_table.h"
@@ -125,8 +126,9 @@ void ServiceAction::fail(const Failure &failure)
 
 void ServiceAction::respondScans()
 {
-    ask(client::requests::scans(),
-        [this](const auto &scans) { respond(QJsonDocument(client::documents::scans(scans, m_zone))); });
+    ask(client::requests::scans(), [this](const auto &scans) {
+        respond(QJsonDocument(client::toArray(client::scanColumns(m_zone), scans)));
+    });
 }
 
 void ServiceAction::run(const work::StartScan &work)
@@ -158,8 +160,9 @@ void ServiceAction::run(const work::StopScan &work)
 void ServiceAction::run(const work::SetSchedule &work)
 {
     withDrive(work.drive, [this, entry = work.entry](const client::Drive &) {
-        ask(client::requests::setSchedule(entry),
-            [this](const auto &schedule) { respond(QJsonDocument(client::documents::schedule(schedule))); });
+        ask(client::requests::setSchedule(entry), [this](const auto &schedule) {
+            respond(QJsonDocument(client::toArray(client::scheduleColumns(), schedule)));
+        });
     });
 }
 

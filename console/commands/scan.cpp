@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-#include "client/documents.h"
+#include "client/columns.h"
 #include "client/numbers.h"
 #include "client/units.h"
 #include "console/commands/scan_report.h"
@@ -135,7 +135,8 @@ void scanStatus(Context &context)
         follow(context, view);
     const bool isShown = isFollowing && context.style().hasGraphics;
     if (context.wantsJson())
-        context.output().print(QJsonDocument(client::documents::scans(view.scans(), context.zone())));
+        context.output().print(
+            QJsonDocument(client::toArray(client::scanColumns(context.zone()), view.scans())));
     else if (!isShown)
         context.output().print(scanLines(view.reports(), context.style()));
 }
