@@ -97,7 +97,7 @@ public:
     EventStreams &streams() { return m_streams; }
 
 private:
-    [[nodiscard]] Result<void> readTls();
+    [[nodiscard]] Result<void> readTls(std::vector<MHD_OptionItem> &options);
     [[nodiscard]] unsigned flags() const;
     [[nodiscard]] Error startFailure() const;
     void keepWatch();
@@ -126,8 +126,10 @@ private:
     quint16 m_port = 0; ///< the one that is bound
 };
 
-Result<void> HttpServer::Daemon::readTls()
+Result<void> HttpServer::Daemon::readTls(std::vector<MHD_OptionItem> &options)
 {
+    if (m_configuration.tlsCertificate.isEmpty())
+        return {};
     const std::pair<QString, QByteArray *> files[] = {{m_configuration.tlsCertificate, &m_certificate},
                                                       {m_configuration.tlsKey, &m_key}};
     for (const auto &[path, bytes] : files) {
@@ -136,6 +138,8 @@ Result<void> HttpServer::Daemon::readTls()
             return Error{QStringLiteral("tls: %1: %2").arg(path, file.errorString())};
         *bytes = file.readAll();
     }
+    options = {{MHD_OPTION_HTTPS_MEM_CERT, 0, m_certificate.data()},
+               {MHD_OPTION_HTTPS_MEM_KEY, 0, m_key.data()}};
     return {};
 }
 
@@ -162,12 +166,8 @@ Error HttpServer::Daemon::startFailure() const
 Result<void> HttpServer::Daemon::start()
 {
     std::vector<MHD_OptionItem> tls;
-    if (!m_configuration.tlsCertificate.isEmpty()) {
-        if (auto read = readTls(); !read)
-            return read;
-        tls.push_back({MHD_OPTION_HTTPS_MEM_CERT, 0, m_certificate.data()});
-        tls.push_back({MHD_OPTION_HTTPS_MEM_KEY, 0, m_key.data()});
-    }
+    if (auto read = readTls(tls); !read)
+        return read;
     tls.push_back({MHD_OPTION_END, 0, nullptr});
     const QByteArray address = socketAddress(m_configuration.listen.address, m_configuration.listen.port);
     errno = 0;

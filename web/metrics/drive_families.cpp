@@ -49,7 +49,7 @@ Family gauge(const SharedSource &source, const char *name, const char *help, Val
     return perDrive(source, name, type, help,
                     [value, furtherLabels](SampleWriter &writer, const Source &from, int i) {
                         if (const auto known = value(*from.data, i))
-                            writer.add(from.labels.at(i) + furtherLabels, *known);
+                            writer.add(from.labels.at(i) + furtherLabels, qint64(*known));
                     });
 }
 
@@ -161,11 +161,8 @@ QVector<Family> exporterFamilies(const SharedSource &source)
               smartStatus),
         gauge(
             source, "smartctl_device_temperature", "Temperature in degrees Celsius.",
-            [](const ServiceData &data, int i) {
-                const auto celsius = data.drives.at(i).temperature;
-                return known(celsius.has_value(), celsius.value_or(0));
-            },
-            Type::Gauge, ",temperature_type=\"current\""),
+            [](const ServiceData &data, int i) { return data.drives.at(i).temperature; }, Type::Gauge,
+            ",temperature_type=\"current\""),
         gauge(
             source, "smartctl_device_power_on_seconds", "Power-on time.",
             [](const ServiceData &data, int i) { return powerOnSeconds(data.drives.at(i).powerOn); },
