@@ -44,7 +44,7 @@ std::unique_ptr<ServiceFixture> serviceWith(int drives)
     return service;
 }
 
-/// The bare server as a process; its port, 0 when it does not start.
+/// Starts the bare server as a process. Returns its port, or 0 if it does not start.
 class BareServer
 {
 public:

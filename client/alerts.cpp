@@ -13,7 +13,7 @@ namespace client {
 
 namespace {
 
-/// A mail server, a webhook and a program in turn.
+/// The service tests a mail server, a webhook and a program in turn.
 constexpr std::chrono::minutes kTestAllowance{5};
 
 QVector<QJsonObject> objects(const QJsonValue &array)

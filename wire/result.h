@@ -31,7 +31,7 @@ public:
     [[nodiscard]] const T &operator*() const & { return *m_value; }
     [[nodiscard]] T &&operator*() && { return *std::move(m_value); }
     [[nodiscard]] const T *operator->() const { return &*m_value; }
-    /// Default-constructed while there is a value.
+    /// Returns the failure; a default-constructed one while there is a value.
     [[nodiscard]] const E &failure() const { return m_failure; }
 
 private:
@@ -50,7 +50,7 @@ public:
     {}
 
     [[nodiscard]] explicit operator bool() const { return !m_failure.has_value(); }
-    /// Only after a failure.
+    /// Must be called only after a failure.
     [[nodiscard]] const E &failure() const { return *m_failure; }
 
 private:

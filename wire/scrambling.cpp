@@ -52,8 +52,8 @@ private:
     std::array<char, kSize> m_bytes; // set as far as it is used
 };
 
-/// Returns the small hexadecimal digit of a value below 16. Without a table: the compiler makes vector
-/// instructions of a loop over it.
+/// Returns the lower-case hexadecimal digit of a value below 16. It uses no table, because the compiler makes
+/// vector instructions of a loop over it.
 constexpr char hexDigit(unsigned value)
 {
     return char(value + (value < 10 ? '0' : 'a' - 10));

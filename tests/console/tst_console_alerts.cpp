@@ -81,8 +81,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("reply");
         QTest::addColumn<int>("count"); // -1: not a reply to this request
-        row("acknowledged", "X-ACK_OK,2", 2);
-        row("none matches", "X-ACK_OK,0", 0);
+        row("two findings acknowledged → 2", "X-ACK_OK,2", 2);
+        row("no finding matches → 0", "X-ACK_OK,0", 0);
         row("count that is not a number", "X-ACK_OK,x", -1);
         row("reply to another request", "X-FORGET_OK", -1);
     }

@@ -28,10 +28,10 @@ private Q_SLOTS:
         row("above UID_MAX → system", range, 2001U, bash, false);
         row("login shell nologin → system", range, 1500U, QByteArray("/usr/sbin/nologin"), false);
         row("login shell false → system", range, 1500U, QByteArray("/bin/false"), false);
-        row("below the default UID_MIN", QByteArray(), 999U, bash, false);
-        row("default UID_MAX", QByteArray(), 60000U, bash, true);
-        row("commented out", comments, 999U, bash, false);
-        row("no numbers", noNumbers, 1000U, bash, true);
+        row("below the default UID_MIN → system", QByteArray(), 999U, bash, false);
+        row("at the default UID_MAX → normal", QByteArray(), 60000U, bash, true);
+        row("limits commented out → defaults, system", comments, 999U, bash, false);
+        row("limits that are not numbers → defaults, normal", noNumbers, 1000U, bash, true);
     }
 
     void normalAccounts()

@@ -97,22 +97,22 @@ private Q_SLOTS:
         const QString volumeD = QStringLiteral("D:\\~;~;NTFS~;~;0~;0");
         row("device without index", "DEVINFO", QLatin1String("DEVINFO_OK,0,") + bare);
         row("device by a number too large", "DEVINFO]![4294967297", QLatin1String("DEVINFO_OK,0,") + bare);
-        row("device", "DEVINFO]![01", QLatin1String("DEVINFO_OK,1,") + full);
+        row("device by number", "DEVINFO]![01", QLatin1String("DEVINFO_OK,1,") + full);
         row("device beyond the last", "DEVINFO]![02", "DEVINFO_ERR,[2]");
-        row("devices", "ALLDEVINFO", QStringLiteral("ALLDEVINFO_OK]![%1]~[%2").arg(bare, full));
-        row("volume", "VOLINFO]![1]![1", QLatin1String("VOLINFO_OK,1,1,") + volumeD);
+        row("all devices", "ALLDEVINFO", QStringLiteral("ALLDEVINFO_OK]![%1]~[%2").arg(bare, full));
+        row("volume of a device", "VOLINFO]![1]![1", QLatin1String("VOLINFO_OK,1,1,") + volumeD);
         row("negative volume", "VOLINFO]![1]![-1", "VOLINFO_ERR,[1,-1]");
         row("volume of no device", "VOLINFO]![2]![0", "VOLINFO_ERR,[2]");
-        row("volumes", "ALLVOLINFO",
+        row("all volumes", "ALLVOLINFO",
             QLatin1String("ALLVOLINFO_OK]![1~;") + volumeC + QLatin1String("]~[1~;") + volumeD);
-        row("S.M.A.R.T. information", "SMARTINFO]![1",
+        row("attributes of a device", "SMARTINFO]![1",
             "SMARTINFO_OK,1,{9~0~1~100~4711~99~6;194~1~0~40~-2~39~5}");
         row("S.M.A.R.T. values", "SMARTVALUE]![1", "SMARTVALUE_OK,1,{9~;100194~;4}");
         row("S.M.A.R.T. values of none", "SMARTVALUE]![0", "SMARTVALUE_OK,0,{}");
         row("S.M.A.R.T. values beyond", "SMARTVALUE]![2", "SMARTVALUE_ERR,[2]");
         row("S.M.A.R.T. of all", "ALLSMARTINFO",
             "ALLSMARTINFO_OK]![1~;9~;7~;0~;1~;0~;100~;4711~;99~;6]~[1~;194~;2~;1~;0~;0~;40~;-2~;39~;5");
-        row("schedule", "GETSCANSCHED", kSchedules);
+        row("schedules of all devices", "GETSCANSCHED", kSchedules);
         row("scan status", "GSTATSCAN",
             "STATSCAN]![0;1;12;63;9000000000;261105090807|"
             "1;2;12;63;9000000000;261105090807;0-127,256-9000000000");
