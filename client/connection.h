@@ -59,8 +59,8 @@ private:
     Link *m_link = nullptr; ///< a child; null while closed
     LineReader m_reader;
     QTimer m_deadline;
-    /// Of a local console only. The service answers only the latest local connection, so the consoles of a
-    /// machine share the local socket by a lock file. It is advisory: a console that has waited long enough
+    /// Used by local consoles only. The service answers only the latest local connection, so the consoles of
+    /// a machine share the local socket by a lock file. It is advisory: a console that has waited long enough
     /// connects without it.
     std::unique_ptr<QLockFile> m_lock;
     QTimer m_lockRetry;

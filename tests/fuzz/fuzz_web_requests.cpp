@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Checks the work that handlers start: a field never holds what would end it in a request to a service.
+/// Checks the work that handlers start: no field contains a separator, which would end it in a request.
 class CheckingGateway : public web::ServiceGateway
 {
 public:
