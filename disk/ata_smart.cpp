@@ -81,7 +81,7 @@ void ATA_Smart::readDrives(bool force, std::function<void(const Readings &)> don
     readAll(reads, std::move(done));
 }
 
-/// Returns how to read the drive; nullopt if it is left out.
+/// Returns what to read of the drive; nullopt if this poll leaves it out.
 std::optional<SmartRead> ATA_Smart::readOf(int index, bool force) const
 {
     const DeviceRecord &device = m_devices.at(index);

@@ -6,7 +6,7 @@ using Unit = PowerOnCounter::Unit;
 
 PowerOnCounter::Unit life_time::unitFromSize(quint64 raw)
 {
-    // More than five years, if these were hours: minutes then.
+    // As hours this would be more than five years, so the unit is minutes.
     constexpr quint64 kTooManyHours = 44000;
     return raw >= kTooManyHours ? Unit::Minutes : Unit::Hours;
 }

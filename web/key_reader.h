@@ -32,8 +32,8 @@ public:
 
     /// Records a fault of `key` unless there is one already.
     void refuse(const QString &key, const QString &reason);
-    /// Records the fault of an object within this one, which names its own place, unless there is one
-    /// already.
+    /// Takes over the fault of an object within this one, unless there is a fault already. The fault names
+    /// its own place.
     void refuseWhole(const QString &fault);
     /// Returns "KEY: reason" of the first fault, also for a key that was never read; nullopt if there is
     /// none.

@@ -158,7 +158,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("isAllowed");
         row("in the network", "192.0.2.0/24, ::1", "192.0.2.255", true);
         row("beside the network", "192.0.2.0/24, ::1", "192.0.3.0", false);
-        row("second item", "192.0.2.0/24, ::1", "::1", true);
+        row("second network of two", "192.0.2.0/24, ::1", "::1", true);
         row("IPv4 address over an IPv6 socket", "192.0.2.0/24", "::ffff:192.0.2.7", true);
         row("IPv4 address against an IPv6 network", "2001:db8::/32", "192.0.2.7", false);
         row("all of IPv4 is not IPv6", "0.0.0.0/0", "2001:db8::1", false);

@@ -47,7 +47,7 @@ void checkOutbox(const QJsonObject &json)
     require(outbox.isEmpty());
 }
 
-/// What is remembered of a known drive survives being stored again.
+/// Checks that a state is read back as it was stored, and that an acknowledged drive causes no alert.
 void checkState(const QJsonObject &json)
 {
     const AlertState state = parseAlertState(json);

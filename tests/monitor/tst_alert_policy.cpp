@@ -86,7 +86,7 @@ private Q_SLOTS:
             Timeline{celsius(0, 64), acknowledged(celsius(1, 64)), celsius(2, 65)},
             list({"0 alert warning Temperature=64 Celsius (147 Fahrengeit)",
                   "2 alert critical Temperature=65 Celsius (149 Fahrengeit)"}));
-        row("acknowledged growth grows on",
+        row("acknowledged growth that continues",
             Timeline{raw(0, 1), raw(1, 2), acknowledged(raw(2, 2)), raw(40, 2), raw(41, 4)},
             list({"1 alert warning Parameter ID 197 grew from 1 to 2",
                   "41 alert warning Parameter ID 197 grew from 2 to 4"}));

@@ -149,7 +149,7 @@ private Q_SLOTS:
         row("bad first sector", small, 2560ULL, 1024, 23U, 0);
         row("bad sectors inside", small, 512ULL, 4096, 23U, 0);
         row("across the end", small, 9216ULL, 4096, 0U, 1024); // the last 100 bytes are less than a sector
-        row("far beyond the end", small, 1ULL << 62, 512, 27U, 0);
+        row("first byte far beyond the end", small, 1ULL << 62, 512, 27U, 0);
         row("long sector, unaligned", large, 512ULL, 4096, 87U, 0);
         row("long sector that is bad in part", large, 4096ULL, 4096, 23U, 0);
     }
