@@ -130,6 +130,18 @@ class Rules(unittest.TestCase):
              {"from": 946684800000, "to": 946684801000}),
         ])
 
+    def test_changes_of_a_moment_update_the_view_once(self):
+        updates = browser.driver.execute_async_script("""
+            const done = arguments[0], updates = [];
+            import("/lib/store.js").then(({ Store }) => {
+                const store = new Store(services => {
+                    updates.push(services);
+                    setTimeout(() => done(updates));
+                });
+                ["attic", "cellar", "attic"].forEach(name => store.noteChange(name));
+            });""")
+        self.assertEqual(updates, [["attic", "cellar"]])
+
     def test_stream(self):
         self.check("lib/stream.js", "parseEvents", [
             ("comments and two events", [": ping\n\ndata: a\n\ndata: b\n\n"], {"names": ["a", "b"], "rest": ""}),

@@ -26,8 +26,8 @@ let session = { name: null, role: null, needsLogin: false };
 let view = null;
 let isLost = false;
 
-const store = new Store(service => {
-    view?.update(service);
+const store = new Store(services => {
+    view?.update(services);
     showConnection();
 });
 const stream = new Stream({

@@ -77,7 +77,7 @@ interface FormerDrive {
 interface Reply<T> { data: T; lastAnswer: Timestamp | null; isStale: boolean }
 
 /** What a route opens. `update` runs after the store changed; `service` names the service that did, null for all. */
-interface View { title: string; element: HTMLElement; update(service: string | null): void; close?(): void }
+interface View { title: string; element: HTMLElement; update(changed: string[] | null): void; close?(): void }
 
 interface Dygraph { updateOptions(options: object): void; destroy(): void; resize(): void; toDomYCoord(value: number): number }
 interface DygraphConstructor {

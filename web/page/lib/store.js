@@ -11,7 +11,7 @@ const kScanRequests = 4; // at a time: the browser keeps six connections to one 
  * The overview of all services, shared by the views. Changes of many services within a moment cost one request.
  */
 export class Store {
-    /** @param {(service: string | null) => void} changed runs after each change; null means any service */
+    /** @param {(services: string[] | null) => void} changed runs after a change of these services; null means any */
     constructor(changed) {
         this.changed = changed;
         /** @type {OverviewService[] | null} null before the first answer */
@@ -74,8 +74,7 @@ export class Store {
         } catch (error) {
             this.error = error instanceof ApiError ? error : new ApiError(0, String(error));
         }
-        if (names.length) names.forEach(name => this.changed(name));
-        else this.changed(null);
+        this.changed(names.length ? names : null);
     }
 
     /** @param {string[]} names */

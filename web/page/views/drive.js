@@ -89,8 +89,8 @@ export class DriveView {
         this.reasons = new Panel("Why this level", "wide");
         this.temperature = new TemperaturePanel(service, number);
         this.attributes = new AttributePanel(service, number);
-        this.scan = new ScanPanel(context, service, () => this.update(service));
-        this.schedule = new SchedulePanel(context, service, () => this.update(service));
+        this.scan = new ScanPanel(context, service, () => this.update(null));
+        this.schedule = new SchedulePanel(context, service, () => this.update(null));
         this.volumes = new Panel("Volumes");
         this.identity = new Panel("Identity");
         this.events = new Panel("Events of this drive");
@@ -129,9 +129,9 @@ export class DriveView {
         );
     }
 
-    /** Reads the documents again; changes that arrive meanwhile cost one more reading. @param {string | null} service */
-    async update(service) {
-        if (service !== null && service !== this.service) return;
+    /** Reads the documents again; changes that arrive meanwhile cost one more reading. @param {string[] | null} changed */
+    async update(changed) {
+        if (changed !== null && !changed.includes(this.service)) return;
         if (this.documents) this.show(this.documents); // the level or state may have changed in the overview
         if (this.isReading) {
             this.isChanged = true;
@@ -157,7 +157,7 @@ export class DriveView {
         }
         if (this.isChanged) {
             this.isChanged = false;
-            setTimeout(() => this.isClosed || this.update(this.service), kShortestPauseMs);
+            setTimeout(() => this.isClosed || this.update(null), kShortestPauseMs);
         }
     }
 
@@ -203,7 +203,7 @@ export class DriveView {
     showReasons(drive, settings, alerts) {
         const reasons = allReasons(drive, settings, alerts);
         const { canOperate } = this.context.rights();
-        const changed = () => this.update(this.service);
+        const changed = () => this.update(null);
         this.reasons.show([reasons, drive.level, drive.smartState, drive.monitored, canOperate], () => [
             reasonList(drive, reasons, this.service, canOperate, changed),
         ]);

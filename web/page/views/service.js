@@ -22,7 +22,7 @@ export class ServiceView {
         this.name = name;
         this.title = name;
         this.isClosed = false;
-        const changed = () => this.update(name);
+        const changed = () => this.update(null);
         this.state = new Panel("State");
         this.findings = new Panel("Findings");
         this.settings = new SettingsPanel(context, name, changed);
@@ -56,9 +56,9 @@ export class ServiceView {
         this.update(null);
     }
 
-    /** @param {string | null} changed */
+    /** @param {string[] | null} changed the names of services; null means any */
     async update(changed) {
-        if (changed !== null && changed !== this.name) return;
+        if (changed !== null && !changed.includes(this.name)) return;
         this.showState();
         if (!this.context.store.service(this.name)?.lastAnswer) {
             for (const panel of [this.settings.panel, this.mail.panel, this.findings])
@@ -156,7 +156,7 @@ export class ServiceView {
             alerts.supported === false
                 ? [emptyText("This service does not keep findings.")]
                 : [
-                      findingList(this.name, alerts.findings ?? [], canOperate, () => this.update(this.name)),
+                      findingList(this.name, alerts.findings ?? [], canOperate, () => this.update(null)),
                       h("h3", {}, "Delivery of alerts"),
                       channelList(alerts.channels ?? []),
                   ],
