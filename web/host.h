@@ -20,7 +20,7 @@ void endConnection(quintptr socket, const QByteArray &lastBytes);
 /// Returns why the last call on a socket failed; empty if none did.
 [[nodiscard]] QString lastSocketError();
 
-/// Reports that the program serves: prints the line `text`, and tells a service manager that waits for it.
+/// Reports that the program is ready: prints the line `text`, and notifies a service manager if there is one.
 void reportStarted(const QString &text);
 
 /// Prints why the program ends, to the system's log where a service has no standard error.

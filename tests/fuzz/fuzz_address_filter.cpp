@@ -42,7 +42,8 @@ bool contains(const QHostAddress &network, int length, const QHostAddress &peer)
 
 } // namespace
 
-/// Input: a list of networks. Each item alone admits the addresses that its bits say.
+/// The input is a list of networks. Checks that each item, parsed alone, admits exactly the addresses in its
+/// network.
 void fuzz(const QByteArray &bytes)
 {
     const QString text = QString::fromUtf8(bytes);

@@ -56,7 +56,7 @@ def converse(connection, context, is_encrypted, received):
     if is_encrypted:
         connection = context.wrap_socket(connection, server_side=True)
     lines = connection.makefile("rwb")
-    expected = []  # replies to the next lines, whatever they say
+    login = []  # the replies to the lines of a login, which are not commands
     in_text = False
 
     def reply(text):
@@ -73,14 +73,14 @@ def converse(connection, context, is_encrypted, received):
             if not in_text:
                 reply("250 accepted")
             continue
-        if expected:
-            reply(expected.pop(0))
+        if login:
+            reply(login.pop(0))
             continue
         word = line.split(" ")[0]
         reply(REPLIES.get(word, "250 fine"))
         in_text = word == "DATA"
         if word == "AUTH":
-            expected = ["334 UGFzc3dvcmQ6", "235 welcome"]
+            login = ["334 UGFzc3dvcmQ6", "235 welcome"]
         if word == "STARTTLS":
             connection = context.wrap_socket(connection, server_side=True)
             lines = connection.makefile("rwb")

@@ -76,7 +76,7 @@ interface FormerDrive {
 /** A document with the time of the service's last answer, where the service no longer answers. */
 interface Reply<T> { data: T; lastAnswer: Timestamp | null; isStale: boolean }
 
-/** What a route opens. `update` runs after the store changed; `service` names the service that did, null for all. */
+/** What a route opens. `update` runs after the store changed; `changed` names the services that did, null for any. */
 interface View { title: string; element: HTMLElement; update(changed: string[] | null): void; close?(): void }
 
 interface Dygraph { updateOptions(options: object): void; destroy(): void; resize(): void; toDomYCoord(value: number): number }
