@@ -9,9 +9,9 @@
 
 namespace {
 
-enum Method { Ata, Smart, Ide, Predict };
+enum Method { Ata, Smart, SmartStatus, Ide, Predict };
 
-/// Reads S.M.A.R.T. data of drive 3.
+/// Reads S.M.A.R.T. data of drive 3, or its status.
 exchange::Outcome read(Method method, Drive &drive, MutableBytes data)
 {
     exchange::Registers registers = exchange::smartReadData();
@@ -20,6 +20,9 @@ exchange::Outcome read(Method method, Drive &drive, MutableBytes data)
         return exchange::ataPassThrough(drive, registers, data);
     case Smart:
         return exchange::smartDriveCommand(drive, 3, registers, data);
+    case SmartStatus:
+        registers[drive_request::registers::kFeatures] = ata::kSmartReturnStatus;
+        return exchange::smartDriveCommand(drive, 3, registers, {});
     case Ide:
         return exchange::idePassThrough(drive, registers, data);
     case Predict:
@@ -56,6 +59,8 @@ private Q_SLOTS:
             556);
         row("S.M.A.R.T. drive data", Smart, 0x0007C088U, hexAndZeros("00020000 d001014fc2b0b000 03", 19),
             528);
+        row("S.M.A.R.T. status, without data", SmartStatus, 0x0007C084U,
+            hexAndZeros("00000000 da01014fc2b0b000 03", 19), 24);
         row("IDE pass-through", Ide, 0x0004D028U, hexAndZeros("d001014fc200b000 00020000 cf", 511), 524);
         row("predict failure", Predict, 0x002D1100U, QByteArray(), 516);
     }

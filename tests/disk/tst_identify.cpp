@@ -4,6 +4,7 @@
 
 #include "rows.h"
 
+#include <QRegularExpression>
 #include <QtTest>
 
 namespace {
@@ -92,6 +93,24 @@ private Q_SLOTS:
         const identify::AtaVersion version = identify::ataVersion(ByteView(sector));
         QTEST(version.major, "number");
         QTEST(version.text, "text");
+    }
+
+    /// A number is negative if it is a draft's.
+    void versionsAreNumberedAsTheirTextsSay()
+    {
+        const QRegularExpression format(QStringLiteral("^ATA(/ATAPI)?-(\\d)"));
+        int named = 0;
+        for (int minor = 0; minor < 40; ++minor) {
+            QByteArray sector(512, '\0');
+            setWord(sector, 80, 0x8000);
+            setWord(sector, 81, minor);
+            const identify::AtaVersion version = identify::ataVersion(ByteView(sector));
+            const auto match = format.match(version.text);
+            if (match.hasMatch())
+                QCOMPARE(qAbs(version.major), match.captured(2).toInt());
+            named += match.hasMatch() ? 1 : 0;
+        }
+        QVERIFY(named > 25);
     }
 };
 

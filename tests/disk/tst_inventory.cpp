@@ -156,6 +156,9 @@ private Q_SLOTS:
         const auto keys = [](const char *text) { return QByteArray(text); };
         row("same drives", keys("{}"), false);
         row("another serial number", keys(R"({"serial": "OTHER"})"), true);
+        row("another serial number, without a descriptor",
+            keys(R"({"serial": "OTHER", "answers": ["geometry", "partition", "deviceNumber", "ata"]})"),
+            true);
         row("another model", keys(R"({"model": "OTHER"})"), true);
         row("another size", keys(R"({"capacity": 5000000000})"), true);
         row("swapped by one that hangs in IDENTIFY", keys(R"({"serial": "OTHER", "hangs": ["identify"]})"),

@@ -122,12 +122,13 @@ private Q_SLOTS:
         WebServer server;
         server.answer = answer;
         WebhookTransport webhook(server.url());
-        QTEST(outcomeOf(webhook, entryOf(QStringLiteral("hot"))), "outcome");
+        const QString text(100000, u'x'); // more than is sent at a time
+        QTEST(outcomeOf(webhook, entryOf(text)), "outcome");
         QCOMPARE(server.requests.size(), 1);
         const QByteArray request = server.requests.first();
         QVERIFY2(request.startsWith("POST /secret?key=secret HTTP/1.1\r\n"), request);
         QVERIFY2(request.contains("Content-Type: application/json\r\n"), request);
-        QVERIFY2(request.endsWith("\r\n\r\n{\"text\":\"hot\"}"), request);
+        QVERIFY2(request.endsWith("\r\n\r\n{\"text\":\"" + text.toLatin1() + "\"}"), request);
     }
 
     void webhookFailures()
@@ -166,6 +167,7 @@ private Q_SLOTS:
         OutboxEntry entry = entryOf(QStringLiteral("hot"));
         entry.level = Severity::Warning;
         QTEST(outcomeOf(program, entry), "outcome");
+        QTRY_VERIFY(program.findChildren<QProcess *>().isEmpty());
     }
 
     void programThatCannotBeStarted()
@@ -174,16 +176,32 @@ private Q_SLOTS:
         QCOMPARE(outcomeOf(program, entryOf({})), QStringLiteral("the program cannot be started"));
     }
 
+    void programThatHangsIsKilledWithItsChildren_data()
+    {
+        QTest::addColumn<bool>("isDestroyed"); // the transport, long before the program's time limit
+        row("at its time limit", false);
+        row("with its transport", true);
+    }
+
     /// The child holds the pipe open until it is killed with its parent.
     void programThatHangsIsKilledWithItsChildren()
     {
+        QFETCH(bool, isDestroyed);
         const QString fifo = m_folder.filePath(QStringLiteral("fifo"));
         QCOMPARE(QProcess::execute(QStringLiteral("mkfifo"), {fifo}), 0);
         QProcess reader;
         reader.start(QStringLiteral("cat"), {fifo});
-        ProgramTransport program(makeProgram(QStringLiteral("exec 5>'%1'; sleep 1000 & wait").arg(fifo)), 1s);
-        QCOMPARE(outcomeOf(program, entryOf({})), QStringLiteral("the program did not end within 1 s"));
+        const QString script = QStringLiteral("exec 5>'%1'; echo begun >&5; sleep 1000 & wait").arg(fifo);
+        auto program = std::make_unique<ProgramTransport>(makeProgram(script), isDestroyed ? 1h : 1s);
+        if (isDestroyed) {
+            program->send(entryOf({}), {});
+            QTRY_VERIFY_WITH_TIMEOUT(reader.bytesAvailable() > 0, kLimitMs);
+            program.reset();
+        } else {
+            QCOMPARE(outcomeOf(*program, entryOf({})), QStringLiteral("the program did not end within 1 s"));
+        }
         QVERIFY(reader.waitForFinished(kLimitMs));
+        QVERIFY(QFile::remove(fifo));
     }
 
     void channelRepeatsInOrder()

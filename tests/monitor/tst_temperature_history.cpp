@@ -6,6 +6,7 @@
 #include "rows.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -159,6 +160,16 @@ private Q_SLOTS:
 
         history.append({{0, 41}}, QDateTime(QDate(2026, 11, 16), QTime(0, 0)));
         QCOMPARE(textOf(history, kAlways[0], kAlways[1]), QLatin1String(log) + QLatin1String(";,1!!!!J"));
+    }
+
+    void logThatCannotBeReadIsReported()
+    {
+        QVERIFY(QDir().mkdir(m_path));
+        TemperatureHistory history(m_path, {}, m_workers);
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("has failed since .*temperature.log: ")));
+        QCOMPARE(textOf(history, kAlways[0], kAlways[1]), QString());
+        QVERIFY(QDir().rmdir(m_path));
     }
 
     void recordsAppendedWhileIndexing()

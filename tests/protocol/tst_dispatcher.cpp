@@ -158,6 +158,7 @@ private Q_SLOTS:
         row("temperatures without period", "GSTATR", "STATR]![;,0+!!!a", "");
 
         row("SET without list", "SET", unknown, "");
+        row("SMTPTEST of one item", "SMTPTEST]![25", unknown, "");
         row("SETSCANSCHED without schedule", "SETSCANSCHED", unknown, "");
         row("STARTSCAN with four fields", "STARTSCAN]![0]![512]![0", unknown, "");
 

@@ -108,6 +108,7 @@ private Q_SLOTS:
         row("range and blocks inside sectors of 4096", readsOf({1, 11}, 2560, 4096),
             "0+4096 0+8192 4096+4096: 40 90 100");
         row("block over two sectors of 4096", readsOf({7, 8}, 65536, 4096), "0+8192: 100");
+        row("the largest sectors", readsOf({0, 0}, 512, 65536), "0+65536: 100");
         row("sectors of no known size", readsOf({0, 1}, 512, 520), "cannot be read");
         row("beyond 32 bits", readsOf({5000000000, 5000000000}, 65536), "2560000000000+512: 100");
 

@@ -232,6 +232,7 @@ private Q_SLOTS:
         QCOMPARE(int(bench.script.started), 2);
         bench.script.reads.release(kPlenty);
         QTRY_VERIFY(!bench.threads.isBusy());
+        QCOMPARE(int(bench.script.started), 2); // the scan that timed out reads no more
         bench.scan(kThreeBlocks);
         QCOMPARE(bench.devices[1].scan.percent, 100);
     }
@@ -242,6 +243,7 @@ private Q_SLOTS:
         QVERIFY(bench.start(kThreeBlocks));
         bench.workers.abandonAll();
         QVERIFY(!bench.workers.isRunning(1));
+        bench.workers.requestStop(1); // of no scan
         bench.script.reads.release(kPlenty);
         QTRY_VERIFY(!bench.threads.isBusy());
         QCOMPARE(bench.ended, 0);

@@ -64,8 +64,7 @@ private Q_SLOTS:
         DeviceList devices(2);
         for (int i = 0; i < devices.size(); ++i) {
             devices[i].path = QString::number(i);
-            devices[i].schedule.kind = ScheduleKind::Daily;
-            devices[i].schedule.time = QTime(10, 0, 30);
+            applyScheduleChange({i, {ScheduleKind::Daily, 0, {}, QTime(10, 0, 30)}}, devices);
         }
         const QDateTime now(QDate(2026, 3, 4), QTime(10, 0, 0));
         ServedSchedules served;
