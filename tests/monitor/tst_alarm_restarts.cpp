@@ -4,10 +4,9 @@
 
 #include "monitor/alert_delivery.h"
 #include "monitor/smtp_sender.h"
+#include "monitor/webhook_server.h"
 #include "platform/event_log.h"
 
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -15,48 +14,6 @@ namespace {
 
 constexpr int kLimitMs = 60000;
 const QDateTime kStart(QDate(2026, 3, 1), QTime(0, 0), Qt::UTC);
-
-/// Takes each POST and keeps the event of its body. Each port is free again after the test.
-class Endpoint : public QTcpServer
-{
-public:
-    QStringList events;
-
-    Endpoint()
-    {
-        open();
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            QTcpSocket *const socket = nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { take(*socket); });
-        });
-    }
-
-    /// Listens on the port that it had, if any.
-    void open()
-    {
-        QVERIFY(listen(QHostAddress::LocalHost, m_port));
-        m_port = serverPort();
-    }
-
-    [[nodiscard]] QUrl url() const { return QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(m_port)); }
-
-private:
-    void take(QTcpSocket &socket)
-    {
-        QByteArray &request = m_received[&socket];
-        request += socket.readAll();
-        const QJsonObject document =
-            QJsonDocument::fromJson(request.mid(request.indexOf("\r\n\r\n") + 4)).object();
-        if (document.isEmpty())
-            return;
-        events << document.value(QStringLiteral("event")).toString();
-        socket.write("HTTP/1.1 204 No Content\r\n\r\n");
-        socket.disconnectFromHost();
-    }
-
-    quint16 m_port = 0;
-    QMap<QTcpSocket *, QByteArray> m_received;
-};
 
 /// The alarms of a machine with one drive, with a clock of their own and a file that restarts do not change.
 class Machine : public EventLog
@@ -158,7 +115,7 @@ private Q_SLOTS:
     /// in between.
     void endpointDownForAnHour()
     {
-        Endpoint endpoint;
+        WebhookServer endpoint;
         Machine machine;
         machine.options.alertWebhook = endpoint.url();
         endpoint.close();
@@ -178,7 +135,7 @@ private Q_SLOTS:
         machine.now = machine.now.addSecs(15 * 60);
         machine.poll(40);
         QTRY_COMPARE_WITH_TIMEOUT(machine.webhook(), QStringLiteral("0 up"), kLimitMs);
-        QCOMPARE(endpoint.events.join(u' '), QStringLiteral("alert recovery"));
+        QCOMPARE(endpoint.events().join(u','), QStringLiteral("alert warning,recovery fine"));
         machine.restart();
         machine.poll(40);
         QCOMPARE(machine.webhook(), QStringLiteral("0 up"));

@@ -2,12 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/alert_text.h"
 #include "monitor/program_transport.h"
+#include "monitor/webhook_server.h"
 #include "monitor/webhook_transport.h"
 #include "rows.h"
 
-#include <QJsonDocument>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 
 #include <limits>
@@ -39,44 +37,6 @@ QString outcomeOf(Transport &transport, const OutboxEntry &entry)
     });
     return QTest::qWaitFor([&outcome] { return !outcome.isEmpty(); }, kLimitMs) ? outcome : QString();
 }
-
-/// An HTTP server that answers every request with the same bytes; silent if there are none.
-class WebServer : public QTcpServer
-{
-public:
-    QByteArray answer;
-    bool closes = true; ///< after the answer
-    QByteArrayList requests;
-
-    WebServer()
-    {
-        listen(QHostAddress::LocalHost);
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            QTcpSocket *const socket = nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(*socket); });
-        });
-    }
-
-    [[nodiscard]] QUrl url() const
-    {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1/secret?key=secret").arg(serverPort()));
-    }
-
-private:
-    void read(QTcpSocket &socket)
-    {
-        QByteArray &request = m_received[&socket];
-        request += socket.readAll();
-        if (!request.endsWith("}"))
-            return;
-        requests << request;
-        socket.write(answer);
-        if (closes)
-            socket.disconnectFromHost();
-    }
-
-    QMap<QTcpSocket *, QByteArray> m_received;
-};
 
 /// A transport that delivers only on request.
 class HeldTransport : public Transport
@@ -119,9 +79,9 @@ private Q_SLOTS:
     void webhookAnswers()
     {
         QFETCH(QByteArray, answer);
-        WebServer server;
+        WebhookServer server;
         server.answer = answer;
-        WebhookTransport webhook(server.url());
+        WebhookTransport webhook(server.url(QStringLiteral("secret?key=secret")));
         const QString text(100000, u'x'); // more than is sent at a time
         QTEST(outcomeOf(webhook, entryOf(text)), "outcome");
         QCOMPARE(server.requests.size(), 1);
@@ -133,11 +93,12 @@ private Q_SLOTS:
 
     void webhookFailures()
     {
-        WebServer server;
+        WebhookServer server;
+        server.answer.clear();
         server.closes = false;
-        WebhookTransport silent(server.url(), 1s);
+        WebhookTransport silent(server.url(QStringLiteral("secret?key=secret")), 1s);
         QCOMPARE(outcomeOf(silent, entryOf({})), QStringLiteral("no answer within 1 s"));
-        const QUrl url = server.url();
+        const QUrl url = server.url(QStringLiteral("secret?key=secret"));
         server.close();
         WebhookTransport refused(url);
         QCOMPARE(outcomeOf(refused, entryOf({})), QStringLiteral("connection refused"));

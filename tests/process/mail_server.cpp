@@ -136,8 +136,7 @@ bool MailServer::startOn(quint16 port)
 
 QByteArray MailServer::file(const QString &name) const
 {
-    QFile file(m_folder.filePath(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return contentOf(m_folder.filePath(name));
 }
 
 TestAuthority::TestAuthority()
@@ -157,8 +156,7 @@ QByteArray TestAuthority::certificateFor(const QString &names, int days) const
         return {};
     QByteArray pem;
     for (const QString &part : {QString("certificate"), QString("key")}) {
-        QFile file(m_folder.filePath(part));
-        pem += file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        pem += contentOf(m_folder.filePath(part));
     }
     return pem;
 }

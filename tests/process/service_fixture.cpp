@@ -179,10 +179,9 @@ bool ServiceFixture::command(int code) const
     return program.waitForFinished(kPatienceMs) && program.exitCode() == 0;
 }
 
-QByteArray ServiceFixture::events() const
+QByteArray ServiceFixture::content(const QString &fileName) const
 {
-    QFile file(path("events.jsonl"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return contentOf(path(fileName));
 }
 
 quint16 ServiceFixture::reportedPort() const
@@ -195,6 +194,12 @@ QByteArray ServiceFixture::output()
 {
     m_output += m_process.readAll();
     return m_output;
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QJsonObject json(const QByteArray &text)

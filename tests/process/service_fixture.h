@@ -94,7 +94,9 @@ public:
     [[nodiscard]] bool command(int code) const;
 
     /// Returns the events written so far, one per line, as in the file.
-    [[nodiscard]] QByteArray events() const;
+    [[nodiscard]] QByteArray events() const { return content(QStringLiteral("events.jsonl")); }
+    /// Returns the content of a file in the home; empty if it cannot be read.
+    [[nodiscard]] QByteArray content(const QString &fileName) const;
     /// Returns the program's output; for failure messages.
     [[nodiscard]] QByteArray output();
 
@@ -112,6 +114,9 @@ private:
     std::unique_ptr<RawConsole> m_console;
     quint16 m_port = 0;
 };
+
+/// Returns the content of a file; empty if it cannot be read.
+[[nodiscard]] QByteArray contentOf(const QString &path);
 
 /// Parses a JSON object, usually a machine. Dumps of real drives are in "drives/".
 [[nodiscard]] QJsonObject json(const QByteArray &text);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "monitor/webhook_server.h"
 #include "process/mail_server.h"
 #include "process/service_fixture.h"
 #include "rows.h"
@@ -7,7 +8,6 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
-#include <QTcpServer>
 #include <QTest>
 
 namespace {
@@ -20,55 +20,12 @@ QJsonObject drive(int celsius)
         .object();
 }
 
-/// An HTTP server that answers every POST with 204 and stores the "event" of its body.
-class Webhook : public QTcpServer
-{
-public:
-    QStringList events;
-
-    /// Listens, on the former port if there was one.
-    void start()
-    {
-        QVERIFY(listen(QHostAddress::LocalHost, m_port));
-        m_port = serverPort();
-    }
-
-    [[nodiscard]] QString url() const { return QString("http://127.0.0.1:%1/hook-secret").arg(m_port); }
-
-    Webhook()
-    {
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            QTcpSocket *const socket = nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
-                const QByteArray request = socket->property("request").toByteArray() + socket->readAll();
-                socket->setProperty("request", request);
-                const QByteArray body = request.mid(request.indexOf("\r\n\r\n") + 4);
-                const QJsonObject document = QJsonDocument::fromJson(body).object();
-                if (document.isEmpty())
-                    return;
-                events << document.value("event").toString() + ' ' + document.value("level").toString();
-                socket->write("HTTP/1.1 204 No Content\r\n\r\n");
-                socket->disconnectFromHost();
-            });
-        });
-    }
-
-private:
-    quint16 m_port = 0;
-};
-
 QString settings(quint16 mailPort, int mail)
 {
     return QString("SET]![0~;180000~;300000~;1~;%2~;1~;disks@example.org~;admin@example.org~;Disk trouble~;"
                    "127.0.0.1~;0~;user~;mail-secret~;%1~;55~;65~;~;")
         .arg(mailPort)
         .arg(mail);
-}
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -141,11 +98,10 @@ private Q_SLOTS:
     {
         MailServer mail({});
         QVERIFY2(mail.start(), mail.output());
-        Webhook webhook;
-        webhook.start();
+        WebhookServer webhook;
         ServiceFixture service;
         service.setKeyValue("AlertPolicy", "changes");
-        service.setKeyValue("AlertWebhook", webhook.url());
+        service.setKeyValue("AlertWebhook", webhook.url("hook-secret").toString());
         service.setVariable("QT_LOGGING_RULES", "*=true");
         setHome(service);
         service.writeMachine(drive(30));
@@ -163,12 +119,12 @@ private Q_SLOTS:
         const QByteArray firstEvents = service.events();
         QCOMPARE(firstEvents.count("\"source\":\"Halvex\""), 1);
 
-        webhook.start();
+        QVERIFY(webhook.open());
         QVERIFY(mail.restart());
         QVERIFY2(service.serve(), service.output());
         service.writeMachine(drive(31));
         QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
-        QTRY_COMPARE_WITH_TIMEOUT(webhook.events, (QStringList{"alert critical", "recovery fine"}),
+        QTRY_COMPARE_WITH_TIMEOUT(webhook.events(), (QStringList{"alert critical", "recovery fine"}),
                                   kPatienceMs);
         QTRY_VERIFY_WITH_TIMEOUT(mail.mailbox().contains("RECOVERY from ("), kPatienceMs);
         QCOMPARE(mail.mailbox().count("ALARM from ("), 1);
@@ -242,7 +198,7 @@ private Q_SLOTS:
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{\"drives\": [") > 0);
         file.close();
         QVERIFY2(service.serve(), service.output());
-        QTRY_VERIFY_WITH_TIMEOUT(contents(file.fileName()).contains("WARM DRIVE"), kPatienceMs);
+        QTRY_VERIFY_WITH_TIMEOUT(contentOf(file.fileName()).contains("WARM DRIVE"), kPatienceMs);
         const QStringList aside = QDir(service.home()).entryList({"alerts.json.damaged-*"});
         QCOMPARE(aside.size(), 1);
         QTRY_VERIFY_WITH_TIMEOUT(service.output().contains(aside.first().toUtf8()), kPatienceMs);
@@ -261,8 +217,8 @@ private:
             {"log", service.output()},
             {"event log", service.events()},
             {"X-ALERTS", service.ask("X-ALERTS").toUtf8()},
-            {"alerts.json", contents(service.path("alerts.json"))},
-            {"process list", contents(QString("/proc/%1/cmdline").arg(service.processId()))}};
+            {"alerts.json", service.content("alerts.json")},
+            {"process list", contentOf(QString("/proc/%1/cmdline").arg(service.processId()))}};
         QStringList shown;
         for (auto place = places.cbegin(); place != places.cend(); ++place) {
             if (place.value().isEmpty())
@@ -278,10 +234,8 @@ private:
     /// Returns how many channels have a stored failure.
     static int channelFailures(const ServiceFixture &service)
     {
-        const QJsonObject channels = QJsonDocument::fromJson(contents(service.path("alerts.json")))
-                                         .object()
-                                         .value("channels")
-                                         .toObject();
+        const QJsonObject channels =
+            QJsonDocument::fromJson(service.content("alerts.json")).object().value("channels").toObject();
         int failures = 0;
         for (const QJsonValue &channel : channels)
             failures += channel.toObject().value("reason").toString().isEmpty() ? 0 : 1;

@@ -4,7 +4,6 @@
 #include "rows.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTest>
 
 namespace {
@@ -41,9 +40,7 @@ private Q_SLOTS:
         QJsonArray drives;
         QStringList expected;
         for (const QString &name : folder.entryList({"*.json"})) {
-            QFile file(folder.filePath(name));
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            const QJsonObject dump = json(file.readAll());
+            const QJsonObject dump = json(contentOf(folder.filePath(name)));
             expected << QString("DEVINFO_OK,%1,%2~;%3~;")
                             .arg(QString::number(drives.size()), dump["model"].toString(),
                                  dump["serial"].toString());

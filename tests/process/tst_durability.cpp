@@ -69,12 +69,6 @@ public:
         return settings.smtpSubj;
     }
 
-    [[nodiscard]] QByteArray content(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
     [[nodiscard]] QStringList damagedFiles() const { return QDir(home()).entryList({"*.damaged-*"}); }
 
     int restart()

@@ -4,7 +4,6 @@
 #include "rows.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QJsonDocument>
 #include <QTcpServer>
 #include <QTest>
@@ -32,8 +31,7 @@ QByteArray eventLine(int type, const QString &text)
 
 QByteArray temperatureLog(const ServiceFixture &service)
 {
-    QFile file(service.path("temperature.log"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return service.content("temperature.log");
 }
 
 } // namespace
@@ -104,9 +102,7 @@ private Q_SLOTS:
         QVERIFY(service.resume());
         QTRY_VERIFY_WITH_TIMEOUT(temperatureLog(service).size() > paused, kPatienceMs);
         QTRY_COMPARE_WITH_TIMEOUT(temperatureLog(service).right(1), QByteArray(1, 40 + 33), kPatienceMs);
-        QFile key(service.path("service-key.json"));
-        QVERIFY(key.open(QIODevice::ReadOnly));
-        QCOMPARE(json(key.readAll())["SMARTPollInterval"].toInt(), 360000);
+        QCOMPARE(json(service.content("service-key.json"))["SMARTPollInterval"].toInt(), 360000);
         QCOMPARE(service.stop(), 0);
     }
 
@@ -144,9 +140,7 @@ private Q_SLOTS:
         QVERIFY2(records <= 2 + timer.elapsed() / 1000, qPrintable(QString::number(records)));
         QCOMPARE(service.firstLine().split("]![").mid(3, 2), QStringList({interval, interval}));
         QCOMPARE(service.stop(), 0);
-        QFile key(service.path("service-key.json"));
-        QVERIFY(key.open(QIODevice::ReadOnly));
-        QTEST(json(key.readAll())["SMARTPollInterval"].toInt(), "seconds");
+        QTEST(json(service.content("service-key.json"))["SMARTPollInterval"].toInt(), "seconds");
     }
 
     void drivesAreCountedOnCommand()

@@ -3,7 +3,6 @@
 #include "monitor/scripted_peer.h"
 #include "process/service_fixture.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -60,9 +59,7 @@ private Q_SLOTS:
             QVERIFY(!service.ask(request).isNull());
         QCOMPARE(service.stop(), 0);
 
-        QFile file(service.path("category.log"));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray log = service.output() + file.readAll();
+        const QByteArray log = service.output() + service.content("category.log");
         QVERIFY2(log.contains("535 [31m***"), log);
         for (const char *secret :
              {"alert-s3cret", "alert-user", "test-s3cret", "test-user", "login-s3cret"}) {

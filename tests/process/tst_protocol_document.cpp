@@ -93,12 +93,7 @@ class TestProtocolDocument : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QFile file(HALVEX_PROTOCOL_DOCUMENT);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        m_lines = QString::fromUtf8(file.readAll()).split('\n');
-    }
+    void initTestCase() { m_lines = QString::fromUtf8(contentOf(HALVEX_PROTOCOL_DOCUMENT)).split('\n'); }
 
     /// A line of one repeated character, with offset 1, shows the whole key.
     void showsTheKey()
