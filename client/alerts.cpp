@@ -103,6 +103,13 @@ Cell okCell(const QJsonObject &outcome)
 
 } // namespace
 
+Result<Alerts> alertsOf(const Result<Alerts> &reply)
+{
+    if (reply || reply.failure().kind != FailureKind::Refused)
+        return reply;
+    return Alerts{{{QStringLiteral("supported"), false}}, {}, {}, false};
+}
+
 namespace requests {
 
 Request<Alerts> alerts()

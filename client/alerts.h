@@ -16,7 +16,11 @@ struct Alerts
     QJsonObject document;
     QVector<QJsonObject> findings;
     QVector<QJsonObject> channels;
+    bool isSupported = true; ///< false for a service without alarms; its document is {"supported": false}
 };
+
+/// Returns the alarms of a service without alarms if it refused the request, else `reply` itself.
+[[nodiscard]] Result<Alerts> alertsOf(const Result<Alerts> &reply);
 
 namespace requests {
 

@@ -24,16 +24,13 @@ QString driveName(Context &context)
 
 void alerts(Context &context)
 {
-    const auto reply = context.tryAsk(requests::alerts());
-    const bool isSupported = reply || reply.failure().kind != client::FailureKind::Refused;
-    if (!isSupported && !context.wantsJson())
-        context.refuse(QStringLiteral("the service does not report alarms"));
-    const auto alerts =
-        isSupported ? context.valueOf(reply) : client::Alerts{{{QStringLiteral("supported"), false}}, {}, {}};
+    const auto alerts = context.valueOf(client::alertsOf(context.tryAsk(requests::alerts())));
     if (context.wantsJson()) {
         context.output().print(QJsonDocument(alerts.document));
         return;
     }
+    if (!alerts.isSupported)
+        context.refuse(QStringLiteral("the service does not report alarms"));
     context.showText(client::findingColumns(), alerts.findings, QStringLiteral("there are no findings"));
     context.output().print(QString());
     context.showText(client::channelColumns(), alerts.channels, {});

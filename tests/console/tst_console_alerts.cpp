@@ -93,6 +93,16 @@ private Q_SLOTS:
         QTEST(client::requests::acknowledge({}, {}, {}).parse(reply).value_or(-1), "count");
     }
 
+    void serviceWithoutAlarms()
+    {
+        const auto failed = [](client::FailureKind kind) {
+            return client::alertsOf(client::Failure{kind, {}});
+        };
+        QCOMPARE(failed(client::FailureKind::Refused)->document, object(R"({"supported": false})"));
+        QVERIFY(!failed(client::FailureKind::Refused)->isSupported);
+        QVERIFY(!failed(client::FailureKind::TimedOut));
+    }
+
     void explanationsFitTheScreen()
     {
         const QString text =
