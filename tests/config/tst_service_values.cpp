@@ -33,7 +33,7 @@ private Q_SLOTS:
             "5000 180000 300000 C:\\Halv");
         row("path shorter than the name", "ImagePath", text("service.exe"), "5000 180000 300000 ");
         row("path as a number", "ImagePath", number(1), "5000 180000 300000 C:/");
-        row("text after the NUL", "ImagePath", KeyValue(QStringLiteral("D:\\HalvexLocalService.exe\0junk")),
+        row("text after the NUL", "ImagePath", KeyValue("D:\\HalvexLocalService.exe\0junk"),
             "5000 180000 300000 D:\\");
         row("path longer than is read", "ImagePath", KeyValue(QString(1024, u'x')), "5000 180000 300000 C:/");
     }
@@ -46,7 +46,7 @@ private Q_SLOTS:
         key.values[name] = value;
         Settings settings;
         QVERIFY(readServiceValues(key, settings));
-        const QString numbers = QStringLiteral("%1 %2 %3 ")
+        const QString numbers = QString("%1 %2 %3 ")
                                     .arg(settings.port)
                                     .arg(settings.smartPollInterval)
                                     .arg(settings.freeSpacePollInterval);
@@ -62,9 +62,9 @@ private Q_SLOTS:
         settings.freeSpacePollInterval = 999;
         QVERIFY(writeServiceValues(key, settings));
         const QMap<QString, KeyValue> expected{
-            {QStringLiteral("Port"), 5001U},
-            {QStringLiteral("SMARTPollInterval"), 61U},
-            {QStringLiteral("FreeSpacePollInterval"), 0U},
+            {"Port", 5001U},
+            {"SMARTPollInterval", 61U},
+            {"FreeSpacePollInterval", 0U},
         };
         QVERIFY(key.values == expected);
     }

@@ -110,7 +110,7 @@ private Q_SLOTS:
         const QStringList texts{settings.smtpFrom,    settings.smtpTo,     settings.smtpSubj,
                                 settings.smtpServer,  settings.smtpUser,   settings.smtpPass,
                                 settings.warnExtTask, settings.critExtTask};
-        QCOMPARE(texts.join(u' '), QStringLiteral("from to subject server user %1! warn crit"));
+        QCOMPARE(texts.join(u' '), "from to subject server user %1! warn crit");
         const DeviceRecord &device = devices[0];
         QCOMPARE(QDateTime(device.schedule.date, device.schedule.time).toSecsSinceEpoch(),
                  qint64(1772600767));
@@ -127,9 +127,9 @@ private Q_SLOTS:
         DeviceList devices(2);
         devices[0].capacity = 4096; // the other drive has none
         readDriveState({}, devices, kNow);
-        QCOMPARE(written(Settings(), devices).section(QStringLiteral("disk="), 1),
-                 QStringLiteral("0!0!7!0!0!%1\ndisk=1!0!0!0!0!%1\n"
-                                "scan=0;0;0;0;7;800101000000;\nscan=1;0;0;0;0;800101000000;\n")
+        QCOMPARE(written(Settings(), devices).section("disk=", 1),
+                 QString("0!0!7!0!0!%1\ndisk=1!0!0!0!0!%1\n"
+                         "scan=0;0;0;0;7;800101000000;\nscan=1;0;0;0;0;800101000000;\n")
                      .arg(kNow.toSecsSinceEpoch()));
         QCOMPARE(devices[0].scan.time.date().year(), 1980);
     }
@@ -153,13 +153,13 @@ private Q_SLOTS:
     {
         QFETCH(QString, line);
         DeviceList devices = twoDrives();
-        readDriveState(fileOf(QStringLiteral("scan=1;0;77;0;9;260304050607;8-9,\n") + line), devices, kNow);
-        QString state = QStringLiteral("%1 %2 %3 ")
+        readDriveState(fileOf("scan=1;0;77;0;9;260304050607;8-9,\n" + line), devices, kNow);
+        QString state = QString("%1 %2 %3 ")
                             .arg(int(devices[0].schedule.kind))
                             .arg(int(devices[1].schedule.kind))
                             .arg(devices[1].scan.percent);
         for (const SectorRange &range : devices[1].scan.badRanges)
-            state += QStringLiteral("%1-%2,").arg(range.first).arg(range.last);
+            state += QString("%1-%2,").arg(range.first).arg(range.last);
         QTEST(state, "state");
     }
 
@@ -194,9 +194,9 @@ private Q_SLOTS:
 
     void badRangesAreCapped()
     {
-        QString line = QStringLiteral("scan=0;0;1;0;0;260304050607;");
+        QString line = "scan=0;0;1;0;0;260304050607;";
         for (int i = 0; i < kMaxBadRanges + 5; ++i)
-            line += QStringLiteral("%1-%1,").arg(i);
+            line += QString("%1-%1,").arg(i);
         DeviceList devices = twoDrives();
         readDriveState(fileOf({line}), devices, kNow);
         QCOMPARE(devices[0].scan.badRanges.size(), kMaxBadRanges);

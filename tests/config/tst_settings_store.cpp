@@ -21,16 +21,15 @@ private Q_SLOTS:
         m_home = std::make_unique<QTemporaryDir>();
         QVERIFY(m_home->isValid());
         m_key = std::make_unique<FakeServiceKey>();
-        m_key->values[QStringLiteral("ImagePath")] =
-            m_home->filePath(QStringLiteral("halvex-monitor-service"));
+        m_key->values["ImagePath"] = m_home->filePath("halvex-monitor-service");
         m_settings = Settings();
     }
 
     void filePath()
     {
-        QCOMPARE(settingsFilePath(QStringLiteral("C:\\Program Files\\Halvex\\")),
-                 QStringLiteral("C:/Program Files/Halvex/HalvexService.ini"));
-        QCOMPARE(settingsFilePath(QStringLiteral("C:\\Halve")), QStringLiteral("C:/HalveHalvexService.ini"));
+        QCOMPARE(settingsFilePath("C:\\Program Files\\Halvex\\"),
+                 "C:/Program Files/Halvex/HalvexService.ini");
+        QCOMPARE(settingsFilePath("C:\\Halve"), "C:/HalveHalvexService.ini");
     }
 
     void fileIsWrittenWithoutAKeyAndNotRead()
@@ -53,7 +52,7 @@ private Q_SLOTS:
         SettingsStore store(m_settings, *m_key, offset);
         store.readSettings();
         m_settings.port = 6000;
-        m_settings.smtpServer = QStringLiteral("mail.example.org");
+        m_settings.smtpServer = "mail.example.org";
         DeviceList devices(1);
         devices[0].scan.percent = 57;
         QVERIFY(store.writeSettings(devices));
@@ -62,13 +61,13 @@ private Q_SLOTS:
         SettingsStore later(settings, *m_key, offset);
         later.readSettings();
         QCOMPARE(settings.port, 6000U);
-        QCOMPARE(settings.smtpServer, QStringLiteral("mail.example.org"));
+        QCOMPARE(settings.smtpServer, "mail.example.org");
         DeviceList read(1);
         later.readDriveState(read);
         QCOMPARE(read[0].scan.percent, 57);
         // The file holds a password. On Windows the folder's access list protects it.
         const auto others = QFileDevice::ReadGroup | QFileDevice::ReadOther;
-        const bool isWindows = QSysInfo::kernelType() == QLatin1String("winnt");
+        const bool isWindows = QSysInfo::kernelType() == "winnt";
         QVERIFY(isWindows || !(QFile(path()).permissions() & others));
 
         QVERIFY(QFile::remove(path()));
@@ -81,12 +80,11 @@ private Q_SLOTS:
     {
         SettingsStore store(m_settings, *m_key, offset);
         store.readSettings();
-        m_key->error = AccessError{AccessError::Kind::Failed, QStringLiteral("disk full")};
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("service's key has failed.*disk full")));
+        m_key->error = AccessError{AccessError::Kind::Failed, "disk full"};
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("service's key has failed.*disk full"));
         QVERIFY(!store.writeSettings({}));
         m_key->error.reset();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("works again")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("works again"));
         QVERIFY(store.writeSettings({}));
     }
 
@@ -100,21 +98,20 @@ private Q_SLOTS:
         SettingsStore store(m_settings, *m_key, offset);
         store.readSettings();
         QVERIFY(store.writeSettings(devices));
-        QVERIFY(QFile::remove(path()) && QDir().mkpath(path() + QStringLiteral("/content")));
+        QVERIFY(QFile::remove(path()) && QDir().mkpath(path() + "/content"));
 
         DeviceList detected(2);
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("Reading the settings file has failed")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Reading the settings file has failed"));
         store.readDriveState(detected);
         QCOMPARE(detected[1].scan.percent, 57);
         QCOMPARE(detected[1].schedule.kind, ScheduleKind::Daily);
         QVERIFY(QFileInfo(path()).isDir());
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("was kept as .*\\.damaged-")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("was kept as .*\\.damaged-"));
         QVERIFY(store.writeSettings(detected));
         QVERIFY(QFileInfo(path()).isFile());
-        const QStringList kept = QDir(m_home->path()).entryList({QStringLiteral("*.damaged-*")}, QDir::Dirs);
+        const QStringList kept = QDir(m_home->path()).entryList({"*.damaged-*"}, QDir::Dirs);
         QCOMPARE(kept.size(), 1);
-        QVERIFY(QFileInfo::exists(m_home->filePath(kept.first()) + QStringLiteral("/content")));
+        QVERIFY(QFileInfo::exists(m_home->filePath(kept.first()) + "/content"));
     }
 
     /// The last drive's line lies beyond 64 MiB.
@@ -169,15 +166,13 @@ private Q_SLOTS:
         const QString before = QDir::currentPath();
         QVERIFY(QDir::setCurrent(m_home->path()));
         m_settings.programDirectory.clear();
-        putFile(scramble(QStringLiteral("scan=0;0;57;0;0;260304050607;"), 1));
+        putFile(scramble("scan=0;0;57;0;0;260304050607;", 1));
         SettingsStore store(m_settings, *m_key, offset);
         DeviceList devices(1);
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("Reading .*not an absolute path")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Reading .*not an absolute path"));
         store.readDriveState(devices);
         QVERIFY(QFile::remove(path()));
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("Writing .*not an absolute path")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Writing .*not an absolute path"));
         QVERIFY(!store.writeSettings(devices));
         const bool written = QFile::exists(path());
         QVERIFY(QDir::setCurrent(before));
@@ -186,7 +181,7 @@ private Q_SLOTS:
     }
 
 private:
-    QString path() const { return m_home->filePath(QStringLiteral("HalvexService.ini")); }
+    QString path() const { return m_home->filePath("HalvexService.ini"); }
 
     void putFile(const QByteArray &bytes) const
     {

@@ -24,7 +24,7 @@ public:
 
     void change(const QJsonArray &drives, const QJsonArray &volumes = {}) const
     {
-        const QJsonObject machine{{QStringLiteral("drives"), drives}, {QStringLiteral("volumes"), volumes}};
+        const QJsonObject machine{{"drives", drives}, {"volumes", volumes}};
         QSaveFile file(fileName());
         if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(machine).toJson()) < 0 ||
             !file.commit())
@@ -35,7 +35,7 @@ public:
     [[nodiscard]] VolumeSystem &volumes() const { return *m_platform.volumes; }
 
 private:
-    [[nodiscard]] QString fileName() const { return m_folder.filePath(QStringLiteral("machine.json")); }
+    [[nodiscard]] QString fileName() const { return m_folder.filePath("machine.json"); }
 
     QTemporaryDir m_folder;
     Platform m_platform;

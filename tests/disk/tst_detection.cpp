@@ -20,7 +20,7 @@ QJsonObject drive(int number, const QByteArray &text = "{}")
         "ataMajor": 1020, "ataMinor": 41, "smart": {"enabled": true, "attributes": []},
         "descriptor": {"vendor": "ATA", "product": "PRODUCT", "revision": "REV", "serial": "  SER"}})";
     QJsonObject object = QJsonDocument::fromJson(kBase).object();
-    object[QStringLiteral("number")] = number;
+    object["number"] = number;
     const QJsonObject more = QJsonDocument::fromJson(text).object();
     for (auto it = more.begin(); it != more.end(); ++it)
         object[it.key()] = it.value();
@@ -86,9 +86,9 @@ private Q_SLOTS:
         Inventory inventory(machine.drives());
         const DeviceList devices = inventory.detect();
         QCOMPARE(devices.size(), 2);
-        QCOMPARE(devices.at(0).path, QStringLiteral("\\\\.\\PhysicalDrive3"));
+        QCOMPARE(devices.at(0).path, "\\\\.\\PhysicalDrive3");
         QCOMPARE(devices.at(0).deviceNumber, 40);
-        QCOMPARE(devices.at(1).path, QStringLiteral("\\\\.\\PhysicalDrive12"));
+        QCOMPARE(devices.at(1).path, "\\\\.\\PhysicalDrive12");
     }
 
     void geometryAndSize()
@@ -138,7 +138,7 @@ private Q_SLOTS:
         const SimulatedMachine machine({drive(4, keys)});
         Inventory inventory(machine.drives());
         const DeviceRecord device = inventory.detect().value(0);
-        const QString format = QStringLiteral("%1: '%2' '%3' '%4', ATA %5, S.M.A.R.T. %6");
+        const QString format = "%1: '%2' '%3' '%4', ATA %5, S.M.A.R.T. %6";
         QTEST(format.arg(int(device.accessMethod))
                   .arg(device.model, device.serial, device.firmware)
                   .arg(device.ataMajor)

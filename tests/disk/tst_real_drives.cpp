@@ -35,7 +35,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("dump");
         QTest::addColumn<QString>("answer");
         const QDir folder(QStringLiteral(HALVEX_FIXTURES "/drives"));
-        const QStringList files = folder.entryList({QStringLiteral("*.json")});
+        const QStringList files = folder.entryList({"*.json"});
         QCOMPARE(files.size(), 52);
         for (const QString &file : files) {
             for (const char *answer : kAnswers)
@@ -50,11 +50,8 @@ private Q_SLOTS:
         QFile file(dump);
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QJsonObject expected = QJsonDocument::fromJson(file.readAll()).object();
-        const QJsonArray answers{QStringLiteral("geometry"), QStringLiteral("partition"),
-                                 QStringLiteral("deviceNumber"), QStringLiteral("descriptor"), answer};
-        const SimulatedMachine machine({QJsonObject{{QStringLiteral("number"), 5},
-                                                    {QStringLiteral("dump"), dump},
-                                                    {QStringLiteral("answers"), answers}}});
+        const QJsonArray answers{"geometry", "partition", "deviceNumber", "descriptor", answer};
+        const SimulatedMachine machine({QJsonObject{{"number", 5}, {"dump", dump}, {"answers", answers}}});
         Inventory inventory(machine.drives());
         const DeviceList devices = inventory.detect();
         QCOMPARE(devices.size(), 1);

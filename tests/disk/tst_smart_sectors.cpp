@@ -61,8 +61,8 @@ private Q_SLOTS:
         QCOMPARE(device.smart.attributeCount, 2);
         QCOMPARE(device.smart.capability, 0x103);
         const AttributeEntry first = device.smart.attributes.value(0);
-        QCOMPARE(first.name, QStringLiteral("Raw read error rate"));
-        QVERIFY(first.description.startsWith(QStringLiteral("  Indicates the rate")));
+        QCOMPARE(first.name, "Raw read error rate");
+        QVERIFY(first.description.startsWith("  Indicates the rate"));
         QCOMPARE(first.threshold, 0x33U);
         QCOMPARE(first.notPrefailure, 1U);
         QCOMPARE(first.flagBit2, 0U);
@@ -75,9 +75,9 @@ private Q_SLOTS:
     void catalogueKeepsSpecialSpelling()
     {
         QCOMPARE(attribute_catalogue::description(191),
-                 QStringLiteral("  Fequency of mistakes as a result of impact loads."));
-        QCOMPARE(attribute_catalogue::name(100), QStringLiteral("Unknown attribute"));
-        QCOMPARE(attribute_catalogue::description(100), QStringLiteral(" Unknown attribute"));
+                 "  Fequency of mistakes as a result of impact loads.");
+        QCOMPARE(attribute_catalogue::name(100), "Unknown attribute");
+        QCOMPARE(attribute_catalogue::description(100), " Unknown attribute");
     }
 
     void tableEndsAtAGapOrAtThirty()

@@ -12,7 +12,7 @@ namespace {
 
 QString described(const VolumeEntry &entry)
 {
-    return QStringLiteral("%1 %2 %3 '%4' %5 '%6' disk %7: %8 of %9")
+    return QString("%1 %2 %3 '%4' %5 '%6' disk %7: %8 of %9")
         .arg(entry.ordinal)
         .arg(entry.volumeName, entry.root, entry.label, entry.fileSystem, entry.volumeSerial)
         .arg(entry.deviceNumber)
@@ -33,11 +33,11 @@ struct TwoVolumes : VolumeSystem
     quint64 freeBytes = 1;
     QSemaphore hung{1}; ///< taken while the second volume hangs
 
-    QStringList volumeNames() override { return {QStringLiteral("A"), QStringLiteral("B")}; }
+    QStringList volumeNames() override { return {"A", "B"}; }
     quint32 driveType(const QString & /*name*/) override { return kFixedDrive; }
     std::optional<VolumeSpace> space(const QString &name) override
     {
-        if (name == QLatin1String("B")) {
+        if (name == "B") {
             hung.acquire();
             hung.release();
         }
@@ -72,12 +72,11 @@ private Q_SLOTS:
         QStringList list;
         for (const VolumeEntry &entry : read(reader))
             list << described(entry);
-        QCOMPARE(
-            list.join(QLatin1Char('\n')),
-            QStringLiteral("1 One\\ D:\\ 'System' NTFS '0012-ABCD' disk 4: 120000000000 of 500000000000\n"
-                           "2 Silent\\ 1:\\ '' Unknown '' disk -1: 0 of 0\n"
-                           "4 Two\\ C:\\ ''  '0000-0000' disk 0: 0 of 0\n"
-                           "5 Folder\\ 2:\\ ''  '0000-0000' disk 0: 0 of 0"));
+        QCOMPARE(list.join(QLatin1Char('\n')),
+                 "1 One\\ D:\\ 'System' NTFS '0012-ABCD' disk 4: 120000000000 of 500000000000\n"
+                 "2 Silent\\ 1:\\ '' Unknown '' disk -1: 0 of 0\n"
+                 "4 Two\\ C:\\ ''  '0000-0000' disk 0: 0 of 0\n"
+                 "5 Folder\\ 2:\\ ''  '0000-0000' disk 0: 0 of 0");
     }
 
     void hungVolumeKeepsItsValues()

@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto kAgeLong = 1h;
-const QString kSubject = QStringLiteral("drive");
+const QString kSubject = "drive";
 
 /// The state that several workers share with the test that controls them.
 struct Script

@@ -68,7 +68,7 @@ inline void cancelling(Drive &drive)
 
 inline void check(DriveSystem &drives, const QString &path)
 {
-    const OpenReply missing = drives.open(QStringLiteral("\\\\.\\NoSuchDrive0"));
+    const OpenReply missing = drives.open("\\\\.\\NoSuchDrive0");
     QVERIFY(!missing.drive);
     QCOMPARE(missing.error, system_error::kFileNotFound);
     const OpenReply opened = drives.open(path);

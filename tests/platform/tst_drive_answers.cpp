@@ -53,7 +53,7 @@ DriveState drive(char threshold = '\x7E')
     drive.capacityBytes = 1000204886016;
     drive.geometry.cylinders = 121601;
     drive.deviceNumber = 11;
-    drive.descriptor = {QString(), QStringLiteral("Disk"), QString(), QStringLiteral("SER")};
+    drive.descriptor = {QString(), "Disk", QString(), "SER"};
     drive.answers =
         QStringList{answer_name::kGeometry,     answer_name::kPartition,  answer_name::kDeviceNumber,
                     answer_name::kSmartVersion, answer_name::kDescriptor, answer_name::kAta,

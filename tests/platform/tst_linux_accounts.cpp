@@ -46,7 +46,7 @@ private Q_SLOTS:
     {
         const QVector<Account> accounts = LinuxAccounts().accounts();
         QVERIFY(std::any_of(accounts.begin(), accounts.end(), [](const Account &account) {
-            return account.name == QLatin1String("root") && account.privilege == 2;
+            return account.name == "root" && account.privilege == 2;
         }));
     }
 };

@@ -142,7 +142,7 @@ private:
         buffer.setLe32(8, quint32(length));
         if (length > 0)
             buffer.setU8(44, 0xCF);
-        return sg_io::ataPassThrough(-1, QStringLiteral("/dev/sda"), buffer.view(), buffer);
+        return sg_io::ataPassThrough(-1, "/dev/sda", buffer.view(), buffer);
     }
 
     QByteArray m_buffer;

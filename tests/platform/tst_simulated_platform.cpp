@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-// The tables are made of texts: let them be plain literals.
-#undef QT_NO_CAST_FROM_ASCII
-
 #include "drive_contract.h"
 #include "platform/drive_requests.h"
 #include "platform/platform.h"

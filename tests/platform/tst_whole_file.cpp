@@ -27,21 +27,21 @@ private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_path = m_folder->filePath(QStringLiteral("state"));
+        m_path = m_folder->filePath("state");
     }
 
     void reading_data()
     {
         QTest::addColumn<QString>("what");
         QTest::addColumn<QString>("result");
-        row("missing file", QStringLiteral("nothing"), "missing");
-        row("missing folder", QStringLiteral("no folder"), "missing");
-        row("folder instead of a file → unreadable", QStringLiteral("folder"), "unreadable");
-        row("file of the size limit", QStringLiteral("0123456789"), "0123456789");
-        row("file above the size limit", QStringLiteral("0123456789a"), "unreadable");
+        row("missing file", "nothing", "missing");
+        row("missing folder", "no folder", "missing");
+        row("folder instead of a file → unreadable", "folder", "unreadable");
+        row("file of the size limit", "0123456789", "0123456789");
+        row("file above the size limit", "0123456789a", "unreadable");
         row("empty file", QString(), "");
 #ifndef Q_OS_WIN
-        row("pipe that nobody writes to", QStringLiteral("pipe"), "unreadable");
+        row("pipe that nobody writes to", "pipe", "unreadable");
 #endif
     }
 
@@ -54,22 +54,22 @@ private Q_SLOTS:
     void replacing()
     {
         QVERIFY(whole_file::replace(m_path, "old"));
-        put(m_path + QStringLiteral(".new"), "half"); // left by a killed process
+        put(m_path + ".new", "half"); // left by a killed process
         const auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
         QVERIFY(whole_file::replace(m_path, "secret", ownerOnly));
-        QCOMPARE(resultOf(m_path), QStringLiteral("secret"));
-        QCOMPARE(files(), QStringList(QStringLiteral("state")));
+        QCOMPARE(resultOf(m_path), "secret");
+        QCOMPARE(files(), QStringList("state"));
         QVERIFY(whole_file::replace(m_path, "again"));
-        if (QSysInfo::kernelType() != QLatin1String("winnt")) // uses the folder's access list
+        if (QSysInfo::kernelType() != "winnt") // uses the folder's access list
             QVERIFY(!(QFile::permissions(m_path) & (QFileDevice::ReadGroup | QFileDevice::ReadOther)));
     }
 
     void failedReplacement()
     {
-        const auto result = whole_file::replace(make(QStringLiteral("folder")), "new");
+        const auto result = whole_file::replace(make("folder"), "new");
         QVERIFY(!result && !result.failure().text.isEmpty());
         QCOMPARE(files(), QStringList()); // the folder is not a file, and no partial file remains
-        QVERIFY(!whole_file::replace(m_path + QStringLiteral("/no folder/state"), "new"));
+        QVERIFY(!whole_file::replace(m_path + "/no folder/state", "new"));
     }
 
     void settingAside()
@@ -79,9 +79,9 @@ private Q_SLOTS:
             put(m_path, content);
             QVERIFY(whole_file::setAside(m_path, now));
         }
-        const QString name = QStringLiteral("state.damaged-20261115-003607");
-        QCOMPARE(files(), (QStringList{name, name + QStringLiteral("-2")}));
-        QCOMPARE(resultOf(m_folder->filePath(name)), QStringLiteral("first"));
+        const QString name = "state.damaged-20261115-003607";
+        QCOMPARE(files(), (QStringList{name, name + "-2"}));
+        QCOMPARE(resultOf(m_folder->filePath(name)), "first");
         QVERIFY(!whole_file::setAside(m_path, now));
     }
 
@@ -89,15 +89,15 @@ private:
     /// Creates a file with the content `what`, or the named kind of object.
     QString make(const QString &what) const
     {
-        if (what == QLatin1String("no folder"))
-            return m_path + QStringLiteral("/state");
-        if (what == QLatin1String("folder"))
+        if (what == "no folder")
+            return m_path + "/state";
+        if (what == "folder")
             QDir().mkdir(m_path);
 #ifndef Q_OS_WIN
-        else if (what == QLatin1String("pipe"))
+        else if (what == "pipe")
             ::mkfifo(QFile::encodeName(m_path).constData(), S_IRUSR | S_IWUSR);
 #endif
-        else if (what != QLatin1String("nothing"))
+        else if (what != "nothing")
             put(m_path, what.toUtf8());
         return m_path;
     }

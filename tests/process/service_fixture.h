@@ -70,9 +70,9 @@ public:
     void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
 
     /// Starts the program.
-    void launch(const QStringList &arguments = {QStringLiteral("-exec")});
+    void launch(const QStringList &arguments = {"-exec"});
     /// Calls launch() and waits until the program has reported its port.
-    [[nodiscard]] bool start(const QStringList &arguments = {QStringLiteral("-exec")});
+    [[nodiscard]] bool start(const QStringList &arguments = {"-exec"});
     /// Waits until the first detection has ended.
     [[nodiscard]] bool waitUntilReady();
     /// Calls start() and waitUntilReady().
@@ -87,8 +87,8 @@ public:
     [[nodiscard]] int stop();
 
     /// Pauses or resumes the service by the program's own option, and waits until a console sees it.
-    [[nodiscard]] bool pause() { return control(QStringLiteral("-pause"), true); }
-    [[nodiscard]] bool resume() { return control(QStringLiteral("-resume"), false); }
+    [[nodiscard]] bool pause() { return control("-pause", true); }
+    [[nodiscard]] bool resume() { return control("-resume", false); }
 
     /// Sends the service a custom command (0 to 127) and returns whether it was delivered.
     [[nodiscard]] bool command(int code) const;

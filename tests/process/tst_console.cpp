@@ -29,7 +29,7 @@ Outcome halvexctl(const ServiceFixture &service, const QString &line)
     QProcess process;
     start(process, service, line);
     if (!process.waitForFinished(kPatienceMs) || process.exitStatus() != QProcess::NormalExit)
-        return {-1, QStringLiteral("did not end by itself")};
+        return {-1, "did not end by itself"};
     return {process.exitCode(),
             QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError())};
 }
@@ -127,7 +127,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, line);
         QFETCH(QString, reason);
-        EXPECT(m_service, line, 1, QStringLiteral("\\Ahalvexctl: [^\n]*%1[^\n]*\n\\z").arg(reason));
+        EXPECT(m_service, line, 1, QString("\\Ahalvexctl: [^\n]*%1[^\n]*\n\\z").arg(reason));
     }
 
     void changesSettings()

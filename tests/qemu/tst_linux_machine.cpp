@@ -20,7 +20,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         LinuxDrives drives(std::make_shared<DiskNumbers>());
         for (int number = 0; number < 99; ++number) {
-            const QString path = QStringLiteral("\\\\.\\PhysicalDrive%1").arg(number);
+            const QString path = QString("\\\\.\\PhysicalDrive%1").arg(number);
             if (drives.open(path).drive)
                 row(qPrintable(path), path);
         }
@@ -35,16 +35,15 @@ private Q_SLOTS:
 
     void eventLog()
     {
-        const Event event{
-            QStringLiteral("Halvex"), EventType::Warning, 3, 2, QStringLiteral("hot\ndrive"), "\x01"};
+        const Event event{"Halvex", EventType::Warning, 3, 2, "hot\ndrive", "\x01"};
         LinuxEventLog log;
-        const DatagramSocket syslog(QStringLiteral("/dev/log"));
+        const DatagramSocket syslog("/dev/log");
         log.report(event);
         const QByteArray line = syslog.receive();
         QVERIFY2(line.startsWith("<28>") && line.endsWith(": Halvex: hot\ndrive"), line);
 
-        QVERIFY(QDir().mkpath(QStringLiteral("/run/systemd/journal")));
-        const DatagramSocket journal(QStringLiteral("/run/systemd/journal/socket"));
+        QVERIFY(QDir().mkpath("/run/systemd/journal"));
+        const DatagramSocket journal("/run/systemd/journal/socket");
         log.report(event);
         // The journal's own format: the length, then a value of several lines.
         QCOMPARE(journal.receive(),

@@ -28,7 +28,7 @@ public:
 
     ReadReply readAt(quint64 offset, MutableBytes buffer) override
     {
-        reads.append(QStringLiteral("%1+%2").arg(offset).arg(buffer.size()));
+        reads.append(QString("%1+%2").arg(offset).arg(buffer.size()));
         if (reads.size() == stopAtRead)
             stop = true;
         if (offset % sector != 0 || quint32(buffer.size()) % sector != 0)
@@ -57,7 +57,7 @@ Run scan(FakeDrive &drive, const SectorRange &range, int blockSize)
     const ScanBlocks blocks{blockSize, driveSectorSize(drive.sector)};
     QByteArray buffer(scanBufferSize(blocks), '\0');
     const auto blockDone = [&run](const ScanBlock &block) {
-        run.blocks += QStringLiteral("%1-%2").arg(block.sectors.first).arg(block.sectors.last) +
+        run.blocks += QString("%1-%2").arg(block.sectors.first).arg(block.sectors.last) +
                       (block.readable ? QString() : QStringLiteral("!"));
         run.percents += QString::number(block.percent);
     };
@@ -72,7 +72,7 @@ QString readsOf(const SectorRange &range, int blockSize, quint32 driveSector = 5
     drive.sector = driveSector;
     const Run run = scan(drive, range, blockSize);
     const bool isReadable = run.blocks.join(u' ').count(u'!') == 0;
-    return isReadable ? drive.reads.join(u' ') + QStringLiteral(": ") + run.percents.join(u' ')
+    return isReadable ? drive.reads.join(u' ') + ": " + run.percents.join(u' ')
                       : QStringLiteral("cannot be read");
 }
 

@@ -206,7 +206,7 @@ private Q_SLOTS:
         Bench bench({1ms, kAgeLong, 0ms, 0ms});
         QVERIFY(bench.start(kThreeBlocks));
         QTRY_COMPARE(int(bench.script.started), 1);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("PhysicalDrive1.*not answer")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("PhysicalDrive1.*not answer"));
         bench.workers.requestStop(1);
         QTRY_COMPARE(bench.ended, 1);
         QTRY_VERIFY(!bench.threads.isBusy());
@@ -221,12 +221,12 @@ private Q_SLOTS:
         QVERIFY(bench.start(kThreeBlocks));
         bench.script.reads.release();
         QTRY_COMPARE(int(bench.script.started), 2);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("PhysicalDrive1.*not answer")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("PhysicalDrive1.*not answer"));
         QTRY_VERIFY(!bench.workers.isRunning(1));
         QCOMPARE(bench.devices[1].scan.current, quint64(1127));
 
         // The drive gets no second worker until it answers.
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("PhysicalDrive1.*not answer")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("PhysicalDrive1.*not answer"));
         bench.scan(kThreeBlocks);
         QVERIFY(bench.devices[1].scan.hasOpenFailed);
         QCOMPARE(int(bench.script.started), 2);

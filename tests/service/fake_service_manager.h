@@ -33,20 +33,20 @@ public:
     QVector<bool> carriedOut;       ///< the client's result for each control
     QVector<ServiceStatus> reports; ///< guarded by m_mutex until the dispatcher has ended
 
-    [[nodiscard]] QString programPath() const override { return QStringLiteral("/opt/halvex/service"); }
+    [[nodiscard]] QString programPath() const override { return "/opt/halvex/service"; }
     [[nodiscard]] bool isInstalled(const QString &) override { return m_script.installed; }
 
     ServiceOutcome install(const ServiceDefinition &service) override
     {
-        const QStringList definition{QStringLiteral("install"), service.name,    service.description,
-                                     service.programPath,       service.account, service.password};
+        const QStringList definition{"install",           service.name,    service.description,
+                                     service.programPath, service.account, service.password};
         requests << definition.join(QLatin1Char('|'));
         return m_script.outcome;
     }
 
     ServiceOutcome uninstall(const QString &name) override
     {
-        requests << QStringLiteral("uninstall|") + name;
+        requests << "uninstall|" + name;
         return m_script.outcome;
     }
 
@@ -63,7 +63,7 @@ public:
 
     ControlOutcome control(const QString &, quint32 code) override
     {
-        requests << QStringLiteral("control|") + QString::number(code);
+        requests << "control|" + QString::number(code);
         return m_script.controlling;
     }
 

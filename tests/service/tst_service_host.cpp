@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
-// The tables are made of texts: let them be plain literals.
-#undef QT_NO_CAST_FROM_ASCII
-
 #include "platform/event_log.h"
 #include "rows.h"
 #include "service/command_line.h"
@@ -13,8 +10,8 @@
 
 namespace {
 
-const ServiceOutcome kDenied{system_error::kAccessDenied, QStringLiteral("Access is denied")};
-const ServiceOutcome kFromConsole{system_error::kNotStartedByManager, QStringLiteral("from a console")};
+const ServiceOutcome kDenied{system_error::kAccessDenied, "Access is denied"};
+const ServiceOutcome kFromConsole{system_error::kNotStartedByManager, "from a console"};
 
 constexpr quint32 kStopPauseContinue = accepted_controls::kStop | accepted_controls::kPauseContinue;
 
