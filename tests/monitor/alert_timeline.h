@@ -88,8 +88,8 @@ inline AttributeEntry attribute(quint32 id, quint32 current, quint64 raw, bool i
 inline DriveEvaluation evaluationOf(const Step &step)
 {
     DriveEvaluation drive;
-    drive.model = QStringLiteral("MODEL");
-    drive.serial = QStringLiteral("S1");
+    drive.model = "MODEL";
+    drive.serial = "S1";
     drive.deviceNumber = 7;
     drive.read = step.read;
     drive.isEvaluated = true;

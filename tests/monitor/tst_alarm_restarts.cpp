@@ -29,8 +29,8 @@ public:
         settings.logSysEvLog = true;
         options.alertPolicy = AlertPolicy::Changes;
         DeviceRecord drive;
-        drive.model = QStringLiteral("MODEL");
-        drive.serial = QStringLiteral("S1");
+        drive.model = "MODEL";
+        drive.serial = "S1";
         drive.smart.fullRead = FullRead::Attributes;
         drive.smart.lastRead = LastRead::Answered;
         drive.smart.hasTemperature = true;
@@ -42,15 +42,15 @@ public:
 
     void report(const Event &event) override
     {
-        events << QStringLiteral("%1 %2").arg(double(kStart.secsTo(now)) / 3600).arg(event.id);
+        events << QString("%1 %2").arg(double(kStart.secsTo(now)) / 3600).arg(event.id);
     }
 
     /// Ends the alarms without any farewell, as a kill does, and starts them from their file.
     void restart()
     {
         alarms.reset();
-        alarms = std::make_unique<Alarms>(settings, options, *this, m_every,
-                                          m_folder.path() + QLatin1Char('/'), [this] { return now; });
+        alarms = std::make_unique<Alarms>(settings, options, *this, m_every, m_folder.path() + u'/',
+                                          [this] { return now; });
     }
 
     /// A poll, three minutes after the one before.
@@ -64,12 +64,10 @@ public:
     /// Returns what is pending for the webhook and whether it works: "1 down".
     [[nodiscard]] QString webhook() const
     {
-        const QJsonObject channel =
-            alarms->document().value(QStringLiteral("channels")).toArray().at(2).toObject();
-        return QStringLiteral("%1 %2")
-            .arg(channel.value(QStringLiteral("pending")).toInt())
-            .arg(channel.value(QStringLiteral("reason")).isNull() ? QLatin1String("up")
-                                                                  : QLatin1String("down"));
+        const QJsonObject channel = alarms->document().value("channels").toArray().at(2).toObject();
+        return QString("%1 %2")
+            .arg(channel.value("pending").toInt())
+            .arg(channel.value("reason").isNull() ? "up" : "down");
     }
 
     std::unique_ptr<Alarms> alarms;
@@ -108,7 +106,7 @@ private Q_SLOTS:
             machine.poll(57);
         }
         machine.poll(40);
-        QCOMPARE(machine.events.join(u','), QStringLiteral("0 2,24 2,48 2,72 2,96 2,120 2,144 2,168 1"));
+        QCOMPARE(machine.events.join(u','), "0 2,24 2,48 2,72 2,96 2,120 2,144 2,168 1");
     }
 
     /// The endpoint is down for an hour in which the drive heats up and cools down; the process is killed
@@ -119,26 +117,26 @@ private Q_SLOTS:
         Machine machine;
         machine.options.alertWebhook = endpoint.url();
         endpoint.close();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("webhook has failed")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("webhook has failed"));
         machine.restart();
         machine.poll(57);
-        QTRY_COMPARE_WITH_TIMEOUT(machine.webhook(), QStringLiteral("1 down"), kLimitMs);
+        QTRY_COMPARE_WITH_TIMEOUT(machine.webhook(), "1 down", kLimitMs);
         for (int poll = 1; poll < 20; ++poll) {
             if (poll == 10)
                 machine.restart();
             machine.poll(poll < 15 ? 57 : 40);
         }
-        QCOMPARE(machine.webhook(), QStringLiteral("2 down"));
+        QCOMPARE(machine.webhook(), "2 down");
         machine.restart();
         endpoint.open();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("webhook works again")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("webhook works again"));
         machine.now = machine.now.addSecs(15 * 60);
         machine.poll(40);
-        QTRY_COMPARE_WITH_TIMEOUT(machine.webhook(), QStringLiteral("0 up"), kLimitMs);
-        QCOMPARE(endpoint.events().join(u','), QStringLiteral("alert warning,recovery fine"));
+        QTRY_COMPARE_WITH_TIMEOUT(machine.webhook(), "0 up", kLimitMs);
+        QCOMPARE(endpoint.events().join(u','), "alert warning,recovery fine");
         machine.restart();
         machine.poll(40);
-        QCOMPARE(machine.webhook(), QStringLiteral("0 up"));
+        QCOMPARE(machine.webhook(), "0 up");
     }
 };
 

@@ -24,7 +24,7 @@ OutboxEntry entryOf(const QString &text)
     OutboxEntry entry;
     entry.text = text;
     entry.time = QDateTime(QDate(2026, 3, 1), QTime(0, 0), Qt::UTC);
-    entry.document = {{QStringLiteral("text"), text}};
+    entry.document = {{"text", text}};
     return entry;
 }
 
@@ -32,9 +32,8 @@ OutboxEntry entryOf(const QString &text)
 QString outcomeOf(Transport &transport, const OutboxEntry &entry)
 {
     QString outcome;
-    transport.send(entry, [&outcome](const Result<void> &result) {
-        outcome = result ? QStringLiteral("ok") : result.failure().text;
-    });
+    transport.send(
+        entry, [&outcome](const Result<void> &result) { outcome = result ? "ok" : result.failure().text; });
     return QTest::qWaitFor([&outcome] { return !outcome.isEmpty(); }, kLimitMs) ? outcome : QString();
 }
 
@@ -81,7 +80,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, answer);
         WebhookServer server;
         server.answer = answer;
-        WebhookTransport webhook(server.url(QStringLiteral("secret?key=secret")));
+        WebhookTransport webhook(server.url("secret?key=secret"));
         const QString text(100000, u'x'); // more than is sent at a time
         QTEST(outcomeOf(webhook, entryOf(text)), "outcome");
         QCOMPARE(server.requests.size(), 1);
@@ -96,12 +95,12 @@ private Q_SLOTS:
         WebhookServer server;
         server.answer.clear();
         server.closes = false;
-        WebhookTransport silent(server.url(QStringLiteral("secret?key=secret")), 1s);
-        QCOMPARE(outcomeOf(silent, entryOf({})), QStringLiteral("no answer within 1 s"));
-        const QUrl url = server.url(QStringLiteral("secret?key=secret"));
+        WebhookTransport silent(server.url("secret?key=secret"), 1s);
+        QCOMPARE(outcomeOf(silent, entryOf({})), "no answer within 1 s");
+        const QUrl url = server.url("secret?key=secret");
         server.close();
         WebhookTransport refused(url);
-        QCOMPARE(outcomeOf(refused, entryOf({})), QStringLiteral("connection refused"));
+        QCOMPARE(outcomeOf(refused, entryOf({})), "connection refused");
     }
 
     void programs_data()
@@ -125,7 +124,7 @@ private Q_SLOTS:
         QCOMPARE(::dup2(0, 77), 77);
         const auto closing = qScopeGuard([] { ::close(77); });
         ProgramTransport program(makeProgram(script));
-        OutboxEntry entry = entryOf(QStringLiteral("hot"));
+        OutboxEntry entry = entryOf("hot");
         entry.level = Severity::Warning;
         QTEST(outcomeOf(program, entry), "outcome");
         QTRY_VERIFY(program.findChildren<QProcess *>().isEmpty());
@@ -133,8 +132,8 @@ private Q_SLOTS:
 
     void programThatCannotBeStarted()
     {
-        ProgramTransport program(m_folder.filePath(QStringLiteral("none")));
-        QCOMPARE(outcomeOf(program, entryOf({})), QStringLiteral("the program cannot be started"));
+        ProgramTransport program(m_folder.filePath("none"));
+        QCOMPARE(outcomeOf(program, entryOf({})), "the program cannot be started");
     }
 
     void programThatHangsIsKilledWithItsChildren_data()
@@ -148,18 +147,18 @@ private Q_SLOTS:
     void programThatHangsIsKilledWithItsChildren()
     {
         QFETCH(bool, isDestroyed);
-        const QString fifo = m_folder.filePath(QStringLiteral("fifo"));
-        QCOMPARE(QProcess::execute(QStringLiteral("mkfifo"), {fifo}), 0);
+        const QString fifo = m_folder.filePath("fifo");
+        QCOMPARE(QProcess::execute("mkfifo", {fifo}), 0);
         QProcess reader;
-        reader.start(QStringLiteral("cat"), {fifo});
-        const QString script = QStringLiteral("exec 5>'%1'; echo begun >&5; sleep 1000 & wait").arg(fifo);
+        reader.start("cat", {fifo});
+        const QString script = QString("exec 5>'%1'; echo begun >&5; sleep 1000 & wait").arg(fifo);
         auto program = std::make_unique<ProgramTransport>(makeProgram(script), isDestroyed ? 1h : 1s);
         if (isDestroyed) {
             program->send(entryOf({}), {});
             QTRY_VERIFY_WITH_TIMEOUT(reader.bytesAvailable() > 0, kLimitMs);
             program.reset();
         } else {
-            QCOMPARE(outcomeOf(*program, entryOf({})), QStringLiteral("the program did not end within 1 s"));
+            QCOMPARE(outcomeOf(*program, entryOf({})), "the program did not end within 1 s");
         }
         QVERIFY(reader.waitForFinished(kLimitMs));
         QVERIFY(QFile::remove(fifo));
@@ -170,15 +169,14 @@ private Q_SLOTS:
         auto transport = std::make_unique<HeldTransport>();
         HeldTransport &peer = *transport;
         QDateTime now = entryOf({}).time;
-        AlertChannel channel(QStringLiteral("webhook"), std::move(transport), [&now] { return now; });
+        AlertChannel channel("webhook", std::move(transport), [&now] { return now; });
         channel.setOn(true);
-        channel.add(entryOf(QStringLiteral("1")));
-        channel.add(entryOf(QStringLiteral("2")));
+        channel.add(entryOf("1"));
+        channel.add(entryOf("2"));
         channel.resume();
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("webhook has failed since .*: down")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("webhook has failed since .*: down"));
         for (const int minutes : {1, 5, 15, 15}) {
-            peer.done(Error{QStringLiteral("down")});
+            peer.done(Error{"down"});
             now = now.addSecs(minutes * 60 - 1);
             const int before = peer.sent.size();
             channel.resume();
@@ -187,10 +185,10 @@ private Q_SLOTS:
             channel.resume();
             QCOMPARE(peer.sent.size(), before + 1);
         }
-        QCOMPARE(channel.outcome().reason, QStringLiteral("down"));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("webhook works again")));
+        QCOMPARE(channel.outcome().reason, "down");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("webhook works again"));
         peer.done({});
-        QCOMPARE(peer.sent.join(u' '), QStringLiteral("1 1 1 1 1 2"));
+        QCOMPARE(peer.sent.join(u' '), "1 1 1 1 1 2");
         peer.done({});
         QCOMPARE(channel.pending(), 0);
         QCOMPARE(channel.outcome().lastSuccess, now);
@@ -201,14 +199,14 @@ private Q_SLOTS:
         auto transport = std::make_unique<HeldTransport>();
         HeldTransport &peer = *transport;
         QDateTime now = entryOf({}).time;
-        AlertChannel channel(QStringLiteral("mail"), std::move(transport), [&now] { return now; });
+        AlertChannel channel("mail", std::move(transport), [&now] { return now; });
         channel.setOn(true);
-        channel.add(entryOf(QStringLiteral("1")));
+        channel.add(entryOf("1"));
         channel.resume();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("has failed")));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("drops 1 messages")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("has failed"));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("drops 1 messages"));
         now = now.addDays(1);
-        peer.done(Error{QStringLiteral("down")});
+        peer.done(Error{"down"});
         QCOMPARE(channel.pending(), 0);
     }
 
@@ -217,21 +215,20 @@ private Q_SLOTS:
     {
         auto transport = std::make_unique<HeldTransport>();
         HeldTransport &peer = *transport;
-        AlertChannel channel(QStringLiteral("mail"), std::move(transport), &QDateTime::currentDateTimeUtc);
+        AlertChannel channel("mail", std::move(transport), &QDateTime::currentDateTimeUtc);
         channel.setOn(true);
-        OutboxEntry entry = entryOf(QStringLiteral("1"));
+        OutboxEntry entry = entryOf("1");
         entry.time = QDateTime::currentDateTimeUtc();
         channel.add(entry);
         channel.resume();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("has failed")));
-        peer.done(Error{QStringLiteral("down")});
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("works again")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("has failed"));
+        peer.done(Error{"down"});
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("works again"));
         bool isDone = false;
-        channel.test(entryOf(QStringLiteral("test")),
-                     [&isDone](const Result<void> &result) { isDone = bool(result); });
+        channel.test(entryOf("test"), [&isDone](const Result<void> &result) { isDone = bool(result); });
         peer.done({});
         QVERIFY(isDone);
-        QCOMPARE(peer.sent.join(u' '), QStringLiteral("1 test"));
+        QCOMPARE(peer.sent.join(u' '), "1 test");
         QCOMPARE(channel.pending(), 1);
     }
 
@@ -241,12 +238,12 @@ private Q_SLOTS:
         for (int i = 1; i <= Outbox::kMaxEntries; ++i)
             QVERIFY(!outbox.add(entryOf(QString::number(i))));
         const quint64 inProgress = outbox.first().id;
-        QVERIFY(outbox.add(entryOf(QStringLiteral("101"))));
+        QVERIFY(outbox.add(entryOf("101")));
         outbox.delivered(inProgress); // dropped meanwhile
         const Outbox restored = Outbox::fromJson(outbox.toJson());
         QCOMPARE(restored.size(), Outbox::kMaxEntries);
-        QCOMPARE(restored.first().text, QStringLiteral("2"));
-        QCOMPARE(restored.first().document, entryOf(QStringLiteral("2")).document);
+        QCOMPARE(restored.first().text, "2");
+        QCOMPARE(restored.first().document, entryOf("2").document);
     }
 
     /// The clock was set back after the message was queued; the file holds the highest count of failures.
@@ -254,9 +251,9 @@ private Q_SLOTS:
     {
         const QDateTime now = entryOf({}).time;
         Outbox outbox;
-        outbox.add(entryOf(QStringLiteral("1")));
+        outbox.add(entryOf("1"));
         QJsonObject json = outbox.toJson();
-        json.insert(QStringLiteral("failures"), std::numeric_limits<int>::max());
+        json.insert("failures", std::numeric_limits<int>::max());
         outbox = Outbox::fromJson(json);
         outbox.failed(outbox.first().id, now);
         QCOMPARE(outbox.waitingTime(now), std::chrono::milliseconds(15min));
@@ -267,7 +264,7 @@ private Q_SLOTS:
 private:
     QString makeProgram(const QString &script)
     {
-        QFile file(m_folder.filePath(QStringLiteral("program")));
+        QFile file(m_folder.filePath("program"));
         file.open(QIODevice::WriteOnly | QIODevice::Truncate);
         file.write("#!/bin/sh\n" + script.toUtf8() + '\n');
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

@@ -20,7 +20,7 @@ struct EventList : EventLog
     void report(const Event &event) override
     {
         mailWasFirst = mailWasFirst || sender.isBusy();
-        events += QStringLiteral("%1 %2 %3 %4: ")
+        events += QString("%1 %2 %3 %4: ")
                       .arg(event.source)
                       .arg(int(event.type))
                       .arg(event.id)
@@ -37,7 +37,7 @@ HealthReport alert(qint32 alertLevel)
 {
     HealthReport report;
     report.alertLevel = alertLevel;
-    report.alertText = QStringLiteral("ID: 0 WDC\n   Parameter ID 5=10");
+    report.alertText = "ID: 0 WDC\n   Parameter ID 5=10";
     return report;
 }
 
@@ -84,15 +84,13 @@ private Q_SLOTS:
     void changesOfAFault()
     {
         const QDateTime ten(QDate(2026, 11, 15), QTime(10, 0, 0));
-        FaultState mail(QStringLiteral("Mail"));
+        FaultState mail("Mail");
         QCOMPARE(mail.succeeded(), QString());
-        QCOMPARE(mail.failed(QStringLiteral("mute"), ten),
-                 QStringLiteral("Mail has failed since 2026-11-15 10:00:00: mute"));
-        QCOMPARE(mail.failed(QStringLiteral("mute"), ten.addSecs(60)), QString());
-        QCOMPARE(mail.failed(QStringLiteral("refused"), ten.addSecs(120)),
-                 QStringLiteral("Mail has failed since 2026-11-15 10:00:00: refused"));
-        QCOMPARE(mail.succeeded(),
-                 QStringLiteral("Mail works again; it had failed since 2026-11-15 10:00:00"));
+        QCOMPARE(mail.failed("mute", ten), "Mail has failed since 2026-11-15 10:00:00: mute");
+        QCOMPARE(mail.failed("mute", ten.addSecs(60)), QString());
+        QCOMPARE(mail.failed("refused", ten.addSecs(120)),
+                 "Mail has failed since 2026-11-15 10:00:00: refused");
+        QCOMPARE(mail.succeeded(), "Mail works again; it had failed since 2026-11-15 10:00:00");
         QCOMPARE(mail.succeeded(), QString());
     }
 
@@ -103,7 +101,7 @@ private Q_SLOTS:
         Settings settings;
         settings.emailNotify = true;
         settings.logSysEvLog = true;
-        settings.smtpServer = QStringLiteral("127.0.0.1");
+        settings.smtpServer = "127.0.0.1";
         settings.smtpPort = peer.serverPort();
         smtp_sender sender;
         EventList log(sender);

@@ -26,38 +26,29 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
         Settings settings;
         settings.smtpNeedAuth = true;
-        settings.smtpServer = QStringLiteral("mail");
+        settings.smtpServer = "mail";
         settings.smtpPort = 2525;
-        settings.smtpUser = QStringLiteral("user");
-        settings.smtpPass = QStringLiteral("secret");
-        settings.smtpFrom = QStringLiteral("a@b");
-        settings.smtpTo = QStringLiteral("c@d");
-        settings.smtpSubj = QStringLiteral("Disk trouble");
+        settings.smtpUser = "user";
+        settings.smtpPass = "secret";
+        settings.smtpFrom = "a@b";
+        settings.smtpTo = "c@d";
+        settings.smtpSubj = "Disk trouble";
         row("warning",
-            shown(alertMail(QStringLiteral("WARNING"), QStringLiteral("ID: 0 WDC\n   Parameter ID 5=10"),
-                            settings, QStringLiteral("tower"),
+            shown(alertMail("WARNING", "ID: 0 WDC\n   Parameter ID 5=10", settings, "tower",
                             QDateTime(QDate(2026, 11, 15), QTime(0, 36, 7)))),
             "login mail 2525 user secret a@b c@d From: a@b\r\nTo: c@d\r\nSubject: Disk trouble\r\n"
             "WARNING from (tower) 2026-11-15 00:36:07\r\nID: 0 WDC\r\n   Parameter ID 5=10\r\n");
-        MailTest test{25,
-                      false,
-                      QStringLiteral("a\rX: 1"),
-                      QStringLiteral("b\r\nX: 2"),
-                      QStringLiteral("c"),
-                      QStringLiteral("d\nX: 3"),
-                      QStringLiteral("e"),
-                      QStringLiteral("f"),
-                      {}};
+        MailTest test{25, false, "a\rX: 1", "b\r\nX: 2", "c", "d\nX: 3", "e", "f", {}};
         row("test whose headers end at their first line end", shown(testMail(test)),
             "c 25 e f a\rX: 1 b\r\nX: 2 From: a\r\nTo: b\r\nSubject: d\r\n\r\n");
         test.needAuth = true;
-        test.text = QStringLiteral("first\nsecond");
+        test.text = "first\nsecond";
         row("test with login and text", shown(testMail(test)),
             "login c 25 e f a\rX: 1 b\r\nX: 2 From: a\r\nTo: b\r\nSubject: d\r\nfirst\r\nsecond\r\n");
 
         const auto text = [&test](const char *sent) {
             test.text = QLatin1String(sent);
-            return testMail(test).message.section(QStringLiteral("\r\n"), 3); // after the headers
+            return testMail(test).message.section("\r\n", 3); // after the headers
         };
         row("line of a single dot → doubled", text("ab\n.\ncd"), "ab\r\n..\r\ncd\r\n");
         row("line of one character becomes two dots", text("ab\nx\ncd"), "ab\r\n..\r\ncd\r\n");

@@ -121,8 +121,8 @@ private Q_SLOTS:
             for (const QString &message : machine.evaluate(celsius(hours, poll < kPolls ? 57 : 40)))
                 events << message.section(u' ', 0, 1);
         }
-        QCOMPARE(events.join(u','), QStringLiteral("0 alert,24 reminder,48 reminder,72 reminder,96 reminder,"
-                                                   "120 reminder,144 reminder,168 recovery"));
+        QCOMPARE(events.join(u','), "0 alert,24 reminder,48 reminder,72 reminder,96 reminder,"
+                                    "120 reminder,144 reminder,168 recovery");
     }
 
     /// The drive's level remains that of its attribute; only the growth is reported.
@@ -135,12 +135,11 @@ private Q_SLOTS:
             evaluation.drives[0].attributes[0].raw = sectors;
             return machine.evaluate(evaluation, hours).join(u';');
         };
-        QCOMPARE(evaluate(0, 2624), QStringLiteral("0 alert warning Parameter ID 5=10"));
+        QCOMPARE(evaluate(0, 2624), "0 alert warning Parameter ID 5=10");
         acknowledge(machine.state.drives[0], machine.state.drives[0].findings[0]);
         for (int day = 1; day <= 365; ++day)
             QCOMPARE(evaluate(day * 24, 2624), QString());
-        QCOMPARE(evaluate(9000, 2625),
-                 QStringLiteral("9000 alert warning Parameter ID 5 grew from 2624 to 2625"));
+        QCOMPARE(evaluate(9000, 2625), "9000 alert warning Parameter ID 5 grew from 2624 to 2625");
     }
 
     void alertListsAllFindingsOfAllDrives()
@@ -150,15 +149,15 @@ private Q_SLOTS:
         Step step = value(0, 4);
         step.celsius = 55;
         evaluation.drives << evaluationOf(step) << evaluationOf(celsius(0, 40));
-        evaluation.drives[1].serial = QStringLiteral("S2");
+        evaluation.drives[1].serial = "S2";
         evaluation.drives[1].deviceNumber = 8;
         machine.evaluate(evaluation, 0);
         evaluation.drives[0].temperatureCelsius = 53; // kept by hysteresis
         evaluation.drives[0].attributes[1].raw = 2;
         evaluation.drives.removeLast();
         QCOMPARE(machine.evaluate(evaluation, 1).join(u';'),
-                 QStringLiteral("1 alert critical Temperature=53 Celsius (127 Fahrengeit) Parameter ID 5=4 "
-                                "Parameter ID 197 grew from 0 to 2 ID: 8 MODEL Drive not readable"));
+                 "1 alert critical Temperature=53 Celsius (127 Fahrengeit) Parameter ID 5=4 "
+                 "Parameter ID 197 grew from 0 to 2 ID: 8 MODEL Drive not readable");
     }
 
     /// Two drives without a serial number are distinguished by their index.
@@ -170,9 +169,9 @@ private Q_SLOTS:
         machine.evaluate(evaluation, 0);
         evaluation.drives[1].attributes[1].raw = 10;
         QCOMPARE(machine.evaluate(evaluation, 1).join(u';'),
-                 QStringLiteral("1 alert warning Parameter ID 197 grew from 9 to 10"));
+                 "1 alert warning Parameter ID 197 grew from 9 to 10");
         std::swap(evaluation.drives[0], evaluation.drives[1]);
-        evaluation.drives[0].serial = QStringLiteral("S0"); // now unique: another drive
+        evaluation.drives[0].serial = "S0"; // now unique: another drive
         machine.evaluate(evaluation, 2);
         QCOMPARE(machine.state.drives.size(), 3);
         QVERIFY(!machine.latest.drives.last().isListed);
@@ -196,8 +195,7 @@ private Q_SLOTS:
         AlertMessage message;
         message.level = Severity::Warning;
         message.drives = machine.latest.drives;
-        const QJsonObject document =
-            messageDocument(message, QStringLiteral("text"), QStringLiteral("host"), kStart);
+        const QJsonObject document = messageDocument(message, "text", "host", kStart);
         const char expected[] = R"({"event": "alert", "time": "2026-03-01T00:00:00Z", "host": "host",
             "level": "warning", "text": "text", "drives": [{"number": 0, "model": "MODEL", "serial": "S1",
             "level": "fine", "healthPercent": 100, "temperatureCelsius": 30, "findings": [{"kind": "growth",

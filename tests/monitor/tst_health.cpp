@@ -59,15 +59,13 @@ private Q_SLOTS:
         row("worst of several values", Attributes{attribute(1, 90), attribute(2, 60), attribute(3, 80)}, 1,
             60, none);
         row("one above the threshold", Attributes{attribute(5, 37, 36)}, 1, 37, none);
-        row("at the threshold", Attributes{attribute(5, 36, 36)}, 2, 36,
-            QStringLiteral("   Parameter ID 5=36\n"));
+        row("at the threshold", Attributes{attribute(5, 36, 36)}, 2, 36, "   Parameter ID 5=36\n");
         row("value 11 → fine", Attributes{attribute(5, 11)}, 1, 11, none);
-        row("value 10 → warning", Attributes{attribute(5, 10)}, 2, 10,
-            QStringLiteral("   Parameter ID 5=10\n"));
-        row("value 6 → warning", Attributes{attribute(5, 6)}, 2, 6, QStringLiteral("   Parameter ID 5=6\n"));
-        row("value 5 → critical", Attributes{attribute(5, 5)}, 3, 5, QStringLiteral("   Parameter ID 5=5\n"));
+        row("value 10 → warning", Attributes{attribute(5, 10)}, 2, 10, "   Parameter ID 5=10\n");
+        row("value 6 → warning", Attributes{attribute(5, 6)}, 2, 6, "   Parameter ID 5=6\n");
+        row("value 5 → critical", Attributes{attribute(5, 5)}, 3, 5, "   Parameter ID 5=5\n");
         row("critical stays", Attributes{attribute(5, 1), attribute(7, 30, 30)}, 3, 1,
-            QStringLiteral("   Parameter ID 5=1\n   Parameter ID 7=30\n"));
+            "   Parameter ID 5=1\n   Parameter ID 7=30\n");
         row("not pre-failure", Attributes{attribute(5, 1, 0, 1)}, 1, 100, none);
     }
 
@@ -91,16 +89,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("detail");
         const QString none;
         row("below the warning limit → level 1", 54, 55, 65, 1, none);
-        row("at the warning limit → level 2", 55, 55, 65, 2,
-            QStringLiteral("   Temperature=55 Celsius (131 Fahrengeit)\n"));
+        row("at the warning limit → level 2", 55, 55, 65, 2, "   Temperature=55 Celsius (131 Fahrengeit)\n");
         row("below the critical limit → level 2", 64, 55, 65, 2,
-            QStringLiteral("   Temperature=64 Celsius (147 Fahrengeit)\n"));
-        row("at the critical limit → level 3", 65, 55, 65, 3,
-            QStringLiteral("   Temperature=65 Celsius (149 Fahrengeit)\n"));
-        row("Fahrenheit truncates", 37, 1, 65, 2,
-            QStringLiteral("   Temperature=37 Celsius (98 Fahrengeit)\n"));
+            "   Temperature=64 Celsius (147 Fahrengeit)\n");
+        row("at the critical limit → level 3", 65, 55, 65, 3, "   Temperature=65 Celsius (149 Fahrengeit)\n");
+        row("Fahrenheit truncates", 37, 1, 65, 2, "   Temperature=37 Celsius (98 Fahrengeit)\n");
         row("temperature beyond an int → level 3", 2147483647, 55, 65, 3,
-            QStringLiteral("   Temperature=2147483647 Celsius (3865470596 Fahrengeit)\n"));
+            "   Temperature=2147483647 Celsius (3865470596 Fahrengeit)\n");
         row("between swapped limits → level 3", 50, 60, 40, 3, none);
     }
 
@@ -128,10 +123,8 @@ private Q_SLOTS:
     /// A model that contains a placeholder is reported unchanged.
     void evaluates()
     {
-        DeviceList devices{warmDrive(0, QStringLiteral("WARM %3"), 55),
-                           warmDrive(1, QStringLiteral("not read"), 90),
-                           warmDrive(2, QStringLiteral("FINE"), 20), drive(4, QStringLiteral("DYING")),
-                           warmDrive(5, QStringLiteral("not watched"), 90)};
+        DeviceList devices{warmDrive(0, "WARM %3", 55), warmDrive(1, "not read", 90),
+                           warmDrive(2, "FINE", 20), drive(4, "DYING"), warmDrive(5, "not watched", 90)};
         devices[1].smart.fullRead = FullRead::NoAttributes;
         devices[1].rating.level = 1;
         devices[3].smart.attributes = {attribute(5, 8), attribute(9, 90, 0, 1), attribute(10, 3)};
@@ -141,11 +134,11 @@ private Q_SLOTS:
         const HealthReport report = evaluateHealth(devices, Settings());
 
         QCOMPARE(report.alertLevel, 3);
-        QCOMPARE(report.alertText, QStringLiteral("ID: 0 WARM %3\n"
-                                                  "   Temperature=55 Celsius (131 Fahrengeit)\n"
-                                                  "ID: 4 DYING\n"
-                                                  "   Parameter ID 5=8\n"
-                                                  "   Parameter ID 10=3"));
+        QCOMPARE(report.alertText, "ID: 0 WARM %3\n"
+                                   "   Temperature=55 Celsius (131 Fahrengeit)\n"
+                                   "ID: 4 DYING\n"
+                                   "   Parameter ID 5=8\n"
+                                   "   Parameter ID 10=3");
         QVector<int> levels;
         for (const DeviceRecord &device : devices)
             levels += device.rating.level;
@@ -161,7 +154,7 @@ private Q_SLOTS:
         swapped.wTemp = 60;
         swapped.cTemp = 50;
         QCOMPARE(evaluateHealth(devices, swapped).alertText,
-                 QStringLiteral("ID: 0 WARM %3\n\nID: 4 DYING\n   Parameter ID 5=8\n   Parameter ID 10=3"));
+                 "ID: 0 WARM %3\n\nID: 4 DYING\n   Parameter ID 5=8\n   Parameter ID 10=3");
     }
 
     /// Only a drive that reported attributes gets new previous values.

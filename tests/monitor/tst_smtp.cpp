@@ -18,13 +18,13 @@ SmtpMail mailTo(quint16 port, bool needAuth)
 {
     SmtpMail mail;
     mail.needAuth = needAuth;
-    mail.from = QStringLiteral("disks@example.org");
-    mail.to = QStringLiteral("admin@example.org");
-    mail.server = QStringLiteral("127.0.0.1");
+    mail.from = "disks@example.org";
+    mail.to = "admin@example.org";
+    mail.server = "127.0.0.1";
     mail.port = port;
     mail.user = QString::fromUtf8("us\xc3\xa9r"); // one byte in Latin-1
-    mail.password = QStringLiteral("secret");
-    mail.message = QStringLiteral("Subject: Hello\r\ntext\r\n");
+    mail.password = "secret";
+    mail.message = "Subject: Hello\r\ntext\r\n";
     return mail;
 }
 
@@ -96,7 +96,7 @@ private Q_SLOTS:
         QFETCH(Lines, replies);
         QFETCH(QByteArray, sent);
         for (int size = 1; size <= 40; ++size) {
-            SmtpDialogue dialogue(mailTo(25, needAuth), QStringLiteral("tower"));
+            SmtpDialogue dialogue(mailTo(25, needAuth), "tower");
             QByteArray allSent;
             for (const QByteArray &reply : replies) {
                 for (int i = 0; i < reply.size(); i += size)
@@ -110,9 +110,9 @@ private Q_SLOTS:
     void envelopeAddressEndsAtItsFirstLineEnd_data()
     {
         QTest::addColumn<QString>("to");
-        row("CR LF", QStringLiteral("c@d\r\nRCPT TO: <evil@e"));
-        row("carriage return in the address", QStringLiteral("c@d\rRCPT TO: <evil@e"));
-        row("line feed in the address", QStringLiteral("c@d\nRCPT TO: <evil@e"));
+        row("CR LF", "c@d\r\nRCPT TO: <evil@e");
+        row("carriage return in the address", "c@d\rRCPT TO: <evil@e");
+        row("line feed in the address", "c@d\nRCPT TO: <evil@e");
     }
 
     void envelopeAddressEndsAtItsFirstLineEnd()
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QFETCH(QString, to);
         SmtpMail mail = mailTo(25, false);
         mail.to = to;
-        SmtpDialogue dialogue(mail, QStringLiteral("tower"));
+        SmtpDialogue dialogue(mail, "tower");
         const QByteArray sent = dialogue.receive("220 \r\n250 \r\n250 \r\n");
         QCOMPARE(sent.mid(sent.indexOf("RCPT")), QByteArray("RCPT TO: <c@d>\r\n"));
     }
@@ -128,12 +128,12 @@ private Q_SLOTS:
     /// If a server repeats the credentials, in pieces or encoded, logs do not show them.
     void lastReplyWithoutCredentials()
     {
-        SmtpDialogue dialogue(mailTo(25, true), QStringLiteral("tower"));
+        SmtpDialogue dialogue(mailTo(25, true), "tower");
         const QByteArray login = "220 \r\n250 \r\n334 \r\n334 \r\n";
         (void)dialogue.receive(login + "535 \x1b[31mSecret c2VjcmV0 se\x07"
                                        "cret dXPpcg us\xe9r us\xc3\xa9r\r\n");
         QCOMPARE(dialogue.outcome(), SmtpDialogue::Outcome::Failed);
-        QCOMPARE(dialogue.lastReply(), QStringLiteral("535 [31m*** *** *** *** *** ***"));
+        QCOMPARE(dialogue.lastReply(), "535 [31m*** *** *** *** *** ***");
     }
 
     void sendsTheMail()
@@ -160,13 +160,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<Lines>("script");
         QTest::addColumn<QString>("error"); // the beginning of the error
-        const QString unexpected = QStringLiteral("SMTP error: Unexpected reply from SMTP server.\n");
-        const QString closed = QStringLiteral("SMTP error: RemoteHostClosedError. Check Your SMTP Settings.");
+        const QString unexpected = "SMTP error: Unexpected reply from SMTP server.\n";
+        const QString closed = "SMTP error: RemoteHostClosedError. Check Your SMTP Settings.";
         row("closed instead of an answer to QUIT", kPlainScript.mid(0, 6) + Lines{""}, closed);
-        row("nobody listens", Lines{},
-            QStringLiteral("SMTP error: ConnectionRefusedError. Check Your SMTP Settings."));
+        row("nobody listens", Lines{}, "SMTP error: ConnectionRefusedError. Check Your SMTP Settings.");
         row("HTTP server", Lines{"HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"},
-            unexpected + QStringLiteral("HTTP/1.1 400 Bad Request\nConnection: close\n\n"));
+            unexpected + "HTTP/1.1 400 Bad Request\nConnection: close\n\n");
         row("endless line", Lines{QByteArray(1 << 20, '2')}, unexpected);
         row("endless reply", Lines{QByteArray("220-more\r\n").repeated(1 << 17)}, unexpected);
         row("empty lines", Lines{QByteArray(1 << 20, '\n')}, unexpected);
@@ -205,7 +204,7 @@ private Q_SLOTS:
         sender.setTimeouts({std::chrono::milliseconds(1050), {}});
         sender.start(mailTo(full.serverPort(), false));
         QVERIFY(sender.errors.wait());
-        QCOMPARE(sender.errorText(), QStringLiteral("SMTP error: Time Out 1s."));
+        QCOMPARE(sender.errorText(), "SMTP error: Time Out 1s.");
         QVERIFY(!sender.isBusy());
     }
 
@@ -216,7 +215,7 @@ private Q_SLOTS:
         sender.setTimeouts({std::chrono::seconds(30), std::chrono::milliseconds(1050)});
         sender.start(mailTo(peer.serverPort(), false));
         QVERIFY(sender.errors.wait());
-        QCOMPARE(sender.errorText(), QStringLiteral("SMTP error: Time Out 1s."));
+        QCOMPARE(sender.errorText(), "SMTP error: Time Out 1s.");
         QVERIFY(peer.received().endsWith("MAIL FROM: <disks@example.org>\r\n"));
         QTRY_VERIFY(!peer.isConnected());
     }
@@ -231,7 +230,7 @@ private Q_SLOTS:
         QTRY_VERIFY(peer.received().contains("MAIL FROM"));
         QVERIFY(!sender->errors.wait(200));
         QVERIFY(sender->isBusy());
-        QVERIFY(sender->activity().startsWith(QStringLiteral("waiting for a reply of 127.0.0.1 port ")));
+        QVERIFY(sender->activity().startsWith("waiting for a reply of 127.0.0.1 port "));
         sender.reset();
         QTRY_VERIFY(!peer.isConnected());
     }
@@ -242,11 +241,11 @@ private Q_SLOTS:
         ScriptedPeer peer(Lines{"554 busy\r\n"} + kPlainScript);
         Sender sender;
         SmtpMail mail = mailTo(peer.serverPort(), false);
-        mail.server = QStringLiteral("localhost"); // ::1 as well, where nobody listens
+        mail.server = "localhost"; // ::1 as well, where nobody listens
         connect(&sender, &smtp_sender::smtpSenderError, &sender, [&] { sender.start(mail); });
         sender.start(mail);
         QVERIFY(sender.ok.wait());
-        QVERIFY(sender.transcript().startsWith(QStringLiteral("220 mail ready\n")));
+        QVERIFY(sender.transcript().startsWith("220 mail ready\n"));
         QCOMPARE(peer.connectionCount(), 2);
     }
 };

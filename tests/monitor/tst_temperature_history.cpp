@@ -16,7 +16,7 @@ namespace {
 /// Records of 2026-11-15 at 10:00, 11:00 and 12:00.
 const QByteArray kThree = ";,0+!!!a;,0,!!!b;,0-!!!c";
 
-const QString kAlways[] = {QStringLiteral("000101000000"), QStringLiteral("991231235959")};
+const QString kAlways[] = {"000101000000", "991231235959"};
 
 /// Sizes so small that a few records make several blocks and slices.
 TemperatureHistory::Sizes smallSizes()
@@ -87,7 +87,7 @@ private Q_SLOTS:
         row("31 February is before any date", ";#@!!!!x" + kThree, "260101000000", "261115235959", "abc");
         row("25 o'clock is midnight", ";,0:!!!x" + kThree, "261115000000", "261115103000", "xab");
         row("temperature beyond ASCII", kThree.left(7) + char(0xE9) + kThree, "261115100000", "261115235959",
-            QStringLiteral("\uFFFDabc"));
+            "\uFFFDabc");
         row("year beyond ASCII ends it", char(0xE9) + kThree.mid(1), "261115100000", "261115235959", "a");
         row("more than is read at a time", kThree.left(8).repeated(4000) + kThree.mid(8), "261115100000",
             "261115110000", QString(4000, u'a') + u'b' + u'c');
@@ -149,17 +149,17 @@ private Q_SLOTS:
         QFETCH(bool, isReplaced);
         write(kThree);
         TemperatureHistory history(m_path, smallSizes(), m_workers);
-        QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), QStringLiteral("abc"));
+        QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), "abc");
         const FileStamp before = fileStamp(m_path);
         if (isReplaced)
-            QVERIFY(QFile::rename(m_path, m_folder.filePath(QStringLiteral("old"))));
+            QVERIFY(QFile::rename(m_path, m_folder.filePath("old")));
         if (!log.isEmpty())
             QTRY_VERIFY(write(log) && fileStamp(m_path) != before); // a file system's clock is coarse
-        QFile::remove(m_folder.filePath(QStringLiteral("old")));
+        QFile::remove(m_folder.filePath("old"));
         QCOMPARE(textOf(history, kAlways[0], kAlways[1]), QString::fromLatin1(log));
 
         history.append({{0, 41}}, QDateTime(QDate(2026, 11, 16), QTime(0, 0)));
-        QCOMPARE(textOf(history, kAlways[0], kAlways[1]), QLatin1String(log) + QLatin1String(";,1!!!!J"));
+        QCOMPARE(textOf(history, kAlways[0], kAlways[1]), QLatin1String(log) + ";,1!!!!J");
     }
 
     void logThatCannotBeReadIsReported()
@@ -178,7 +178,7 @@ private Q_SLOTS:
         TemperatureHistory history(m_path, smallSizes(), m_workers);
         history.prepare();
         history.append({{0, 41}}, QDateTime(QDate(2026, 11, 16), QTime(0, 0)));
-        QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), QStringLiteral("abcabcJ"));
+        QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), "abcabcJ");
     }
 
     /// The text becomes shorter than announced: a reader must not add other bytes.
@@ -199,7 +199,7 @@ private Q_SLOTS:
         TemperatureHistory::Sizes sizes = smallSizes();
         sizes.maxTextBytes = 40; // the newest three blocks, of which the last has one record
         TemperatureHistory history(m_path, sizes, m_workers);
-        QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), QStringLiteral("bcabc"));
+        QCOMPARE(temperatures(textOf(history, kAlways[0], kAlways[1])), "bcabc");
     }
 
 private:
@@ -211,7 +211,7 @@ private:
 
     Workers m_workers;
     QTemporaryDir m_folder;
-    const QString m_path = m_folder.filePath(QStringLiteral("temperature.log"));
+    const QString m_path = m_folder.filePath("temperature.log");
 };
 
 QTEST_GUILESS_MAIN(TestTemperatureHistory)

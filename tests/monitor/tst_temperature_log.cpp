@@ -61,7 +61,7 @@ private Q_SLOTS:
     {
         const QString before = QDir::currentPath();
         QVERIFY(QDir::setCurrent(m_folder.path()));
-        const auto appended = appendTemperatures(QStringLiteral("temperature.log"), {{0, 41}}, kMoment);
+        const auto appended = appendTemperatures("temperature.log", {{0, 41}}, kMoment);
         QVERIFY(QDir::setCurrent(before));
         QVERIFY(!appended);
         QVERIFY(!QFile::exists(m_path));

@@ -37,7 +37,7 @@ public:
 
     [[nodiscard]] QUrl url(const QString &path = {}) const
     {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(m_port) + path);
+        return QUrl(QString("http://127.0.0.1:%1/").arg(m_port) + path);
     }
 
     /// Returns "EVENT LEVEL" of each document.
@@ -46,8 +46,7 @@ public:
         QStringList list;
         for (const QByteArray &request : requests) {
             const QJsonObject document = documentOf(request);
-            list << document.value(QLatin1String("event")).toString() + QLatin1Char(' ') +
-                        document.value(QLatin1String("level")).toString();
+            list << document.value("event").toString() + u' ' + document.value("level").toString();
         }
         return list;
     }
