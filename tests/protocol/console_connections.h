@@ -34,7 +34,7 @@ struct Servers
         , local(tcp.consoles())
     {
         QVERIFY(tcp.listenOn(0));
-        QVERIFY(local.listen(directory.filePath(QStringLiteral("socket"))));
+        QVERIFY(local.listen(directory.filePath("socket")));
     }
 
     FakeTarget target;

@@ -32,7 +32,7 @@ public:
     /// Makes the temperature log consist of `records`.
     void setTemperatures(const QByteArray &records)
     {
-        QFile log(m_logFolder.filePath(QStringLiteral("log")));
+        QFile log(m_logFolder.filePath("log"));
         if (!log.open(QIODevice::WriteOnly) || log.write(records) != records.size())
             qFatal("the temperature log cannot be written");
     }
@@ -52,19 +52,19 @@ public:
 
     void changeSettings(const ServiceSettings &change) override
     {
-        calls << QStringLiteral("changeSettings");
+        calls << "changeSettings";
         settingsRecord.set(change);
     }
 
     void changeSchedule(const ScheduleChange &change) override
     {
-        calls << QStringLiteral("changeSchedule");
+        calls << "changeSchedule";
         applyScheduleChange(change, deviceList);
     }
 
     void publishScanProgress() override {}
-    void reset(Completion started) override { finish(QStringLiteral("reset"), started); }
-    void refresh(Completion finished) override { finish(QStringLiteral("refresh"), finished); }
+    void reset(Completion started) override { finish("reset", started); }
+    void refresh(Completion finished) override { finish("refresh", finished); }
 
     void startScan(const ScanRequest &request) override
     {
@@ -74,7 +74,7 @@ public:
 
     void stopScan(int device, Completion finished) override
     {
-        finish(QStringLiteral("stopScan %1").arg(device), finished);
+        finish(QString("stopScan %1").arg(device), finished);
     }
 
     void findTemperatures(const HistoryPeriod &period, TemperatureHistory::Found found) override
@@ -84,25 +84,22 @@ public:
 
     bool startMailTest(const MailTest &test, std::function<void(const QString &)> finished) override
     {
-        calls << QStringLiteral("startMailTest ") + test.text;
+        calls << "startMailTest " + test.text;
         mailTestFinished = std::move(finished);
         return startsMailTest;
     }
     [[nodiscard]] const ServiceOptions &options() const override { return serviceOptions; }
-    [[nodiscard]] QJsonObject alerts() const override
-    {
-        return {{QStringLiteral("policy"), QStringLiteral("every")}};
-    }
+    [[nodiscard]] QJsonObject alerts() const override { return {{"policy", "every"}}; }
     Result<int> acknowledgeFindings(const FindingName &finding) override
     {
-        calls << QStringLiteral("acknowledge ") + finding.drive + finding.kind + finding.id;
+        calls << "acknowledge " + finding.drive + finding.kind + finding.id;
         if (finding.drive.isEmpty())
-            return Error{QStringLiteral("reason")};
+            return Error{"reason"};
         return 2;
     }
     Result<void> forgetDrive(const QString &drive) override
     {
-        calls << QStringLiteral("forget ") + drive;
+        calls << "forget " + drive;
         return {};
     }
     void testAlarms(std::function<void(const Result<QJsonArray> &)> finished) override
@@ -122,5 +119,5 @@ private:
 
     QTemporaryDir m_logFolder;
     Workers m_workers;
-    TemperatureHistory m_temperatures{m_logFolder.filePath(QStringLiteral("log")), {}, m_workers};
+    TemperatureHistory m_temperatures{m_logFolder.filePath("log"), {}, m_workers};
 };

@@ -26,20 +26,20 @@ inline int nextPosition(int position, int offset)
 
 inline QString scramble(const QString &text, int offset)
 {
-    QString line = QStringLiteral("%1").arg(offset, 2, 16, QLatin1Char('0'));
+    QString line = QString("%1").arg(offset, 2, 16, QLatin1Char('0'));
     int position = offset;
     const QByteArray base64 = text.toUtf8().toBase64();
     for (const char c : base64) {
-        line += QStringLiteral("%1").arg(c ^ keyByte(position), 2, 16, QLatin1Char('0'));
+        line += QString("%1").arg(c ^ keyByte(position), 2, 16, QLatin1Char('0'));
         position = nextPosition(position, offset);
     }
-    return QStringLiteral("%1").arg(line.length() + 8, 8, 16, QLatin1Char('0')) + line;
+    return QString("%1").arg(line.length() + 8, 8, 16, QLatin1Char('0')) + line;
 }
 
 inline QString unscramble(const QString &line)
 {
     if (line.length() < 8 || line.leftRef(8).toInt(nullptr, 16) != line.length())
-        return QStringLiteral("~ERR");
+        return "~ERR";
     const int offset = line.midRef(8, 2).toInt(nullptr, 16);
     QByteArray base64;
     int position = offset;

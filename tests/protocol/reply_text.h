@@ -10,7 +10,7 @@
 /// Returns the whole reply to the request of a console at `peer`, null for the local socket.
 inline QString replyTo(const QString &request, FakeTarget &target, const QHostAddress &peer = {})
 {
-    Reply reply = Dispatcher(target).answer(scramble(request, 7), {QStringLiteral("42"), peer});
+    Reply reply = Dispatcher(target).answer(scramble(request, 7), {"42", peer});
     if (reply.start)
         reply.start([&reply](std::unique_ptr<ReplySource> source) { reply.source = std::move(source); });
     if (!reply.source)

@@ -55,7 +55,7 @@ private Q_SLOTS:
         QVERIFY2(client.firstLine.contains(QRegularExpression(first)), qPrintable(client.firstLine));
 
         const QStringList auth = client.ask("AUTH").split(QLatin1Char('.'));
-        QCOMPARE(auth.first(), QLatin1String("AUTH,111,") + peer);
+        QCOMPARE(auth.first(), "AUTH,111," + peer);
         const qint64 time = auth.last().toLongLong();
         QVERIFY(time >= before && time <= QDateTime::currentSecsSinceEpoch());
         QTEST(client.ask("DIS"), "last");
@@ -69,15 +69,15 @@ private Q_SLOTS:
         servers.target.paused = true;
         Client client(servers);
         servers.target.startsMailTest = false;
-        QCOMPARE(client.ask(kMailTest), QStringLiteral("UNKNOWN COMMAND - Command list:"));
-        QCOMPARE(servers.target.calls, QStringList(QStringLiteral("startMailTest Hi")));
+        QCOMPARE(client.ask(kMailTest), "UNKNOWN COMMAND - Command list:");
+        QCOMPARE(servers.target.calls, QStringList("startMailTest Hi"));
 
         servers.target.startsMailTest = true;
         client.send(kMailTest);
         QTRY_COMPARE(servers.target.calls.size(), 2);
-        QCOMPARE(client.ask("DEVCOUNT"), QStringLiteral("PAUSED"));
-        servers.target.mailTestFinished(QStringLiteral("SMTP error: no."));
-        QCOMPARE(client.receive(), QStringLiteral("SMTPTEST_OK]![SMTP error: no."));
+        QCOMPARE(client.ask("DEVCOUNT"), "PAUSED");
+        servers.target.mailTestFinished("SMTP error: no.");
+        QCOMPARE(client.receive(), "SMTPTEST_OK]![SMTP error: no.");
     }
 
     void deferredReplyHoldsItsConsoleOnly_data() { transports(); }
@@ -92,11 +92,11 @@ private Q_SLOTS:
         client->send("REFRESH");
         QTRY_COMPARE(servers.target.calls.size(), 1);
         client->send("DEVCOUNT");
-        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(other.ask("DEVCOUNT"), "DEVCOUNT,0");
         QVERIFY(!client->hasUnread());
         servers.target.unfinished();
-        QCOMPARE(client->receive(), QStringLiteral("REFRESH_OK"));
-        QCOMPARE(client->receive(), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(client->receive(), "REFRESH_OK");
+        QCOMPARE(client->receive(), "DEVCOUNT,0");
 
         client->send(kMailTest);
         QTRY_COMPARE(servers.target.calls.size(), 2);
@@ -105,8 +105,8 @@ private Q_SLOTS:
         client.reset();
         QTRY_COMPARE(connections(servers).size(), 1);
         servers.target.unfinished();
-        servers.target.mailTestFinished(QStringLiteral("transcript"));
-        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        servers.target.mailTestFinished("transcript");
+        QCOMPARE(other.ask("DEVCOUNT"), "DEVCOUNT,0");
     }
 
     void longLineCloses_data()
@@ -127,7 +127,7 @@ private Q_SLOTS:
         Servers servers(limits);
         Client client(servers, transport);
         client.write(QByteArray(lineBytes - 1, '0') + '\n');
-        QCOMPARE(client.receive(), QStringLiteral("ERR"));
+        QCOMPARE(client.receive(), "ERR");
         client.write(QByteArray(lineBytes + 1, '0'));
         QTRY_VERIFY(client.isClosed());
     }
@@ -139,10 +139,10 @@ private Q_SLOTS:
         client.write(Client::line("DEVCOUNT").left(15));
         Client other(servers);
         client.write(Client::line("DEVCOUNT").mid(15) + Client::line("USERCOUNT"));
-        QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
-        QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(client.receive(), "DEVCOUNT,0");
+        QCOMPARE(other.ask("DEVCOUNT"), "DEVCOUNT,0");
         QVERIFY(!client.hasUnread());
-        QCOMPARE(client.ask("DIS"), QStringLiteral("USERCOUNT,0"));
+        QCOMPARE(client.ask("DIS"), "USERCOUNT,0");
         QVERIFY(!client.isClosed());
     }
 
@@ -151,11 +151,11 @@ private Q_SLOTS:
         Servers servers;
         Client client(servers, Local);
         client.write(Client::line("DEVCOUNT") + Client::line("DEVCOUNT"));
-        QCOMPARE(client.receive(), QStringLiteral("ERR"));
+        QCOMPARE(client.receive(), "ERR");
         client.write(Client::line("DEVCOUNT").left(15));
-        QCOMPARE(client.receive(), QStringLiteral("ERR"));
+        QCOMPARE(client.receive(), "ERR");
         client.write(Client::line("DEVCOUNT").chopped(2)); // needs no line end
-        QCOMPARE(client.receive(), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(client.receive(), "DEVCOUNT,0");
     }
 
     void newLocalConsoleReplacesTheFormer()
@@ -166,9 +166,9 @@ private Q_SLOTS:
         auto first = std::make_unique<Client>(servers, Local);
         Client second(servers, Local);
         first->send("RESET");
-        QCOMPARE(second.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(second.ask("DEVCOUNT"), "DEVCOUNT,0");
         first->write(QByteArray(1000, '0'));
-        QCOMPARE(second.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(second.ask("DEVCOUNT"), "DEVCOUNT,0");
         first.reset();
         QTRY_COMPARE(connections(servers).size(), 1);
         QCOMPARE(servers.target.calls, QStringList());
@@ -185,11 +185,11 @@ private Q_SLOTS:
         for (const bool isFull : {false, true}) {
             while (isFull && (queue.empty() || queue.back().state() == QLocalSocket::ConnectedState))
                 queue.emplace_back().connectToServer(servers.local.fullServerName());
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot listen under .*")));
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot listen under .*"));
             QVERIFY(!second.listen(servers.local.fullServerName()));
         }
         queue.clear();
-        QVERIFY(Client(servers, Local).firstLine.startsWith(QLatin1String("VER")));
+        QVERIFY(Client(servers, Local).firstLine.startsWith("VER"));
     }
 
     /// Qt closes the listener like this when the process runs out of descriptors.
@@ -197,9 +197,9 @@ private Q_SLOTS:
     {
         Servers servers;
         servers.local.close();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Listening again under .*")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Listening again under .*"));
         QTRY_VERIFY(servers.local.isListening());
-        QVERIFY(Client(servers, Local).firstLine.startsWith(QLatin1String("VER")));
+        QVERIFY(Client(servers, Local).firstLine.startsWith("VER"));
     }
 
     void changedPortWaitsForADisconnect()
@@ -216,11 +216,11 @@ private Q_SLOTS:
         QCOMPARE(servers.tcp.serverPort(), oldPort);
 
         servers.tcp.setRebindPending();
-        QCOMPARE(other->ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(other->ask("DEVCOUNT"), "DEVCOUNT,0");
         QCOMPARE(servers.tcp.serverPort(), oldPort);
         other.reset();
         QTRY_COMPARE(servers.tcp.serverPort(), newPort);
-        QVERIFY(Client(servers).firstLine.startsWith(QLatin1String("VER")));
+        QVERIFY(Client(servers).firstLine.startsWith("VER"));
     }
 
     /// At the limit a new connection replaces the longest idle one of the address that has the most.
@@ -233,12 +233,12 @@ private Q_SLOTS:
         Client local(servers, Local);
         Client first(servers);
         Client second(servers);
-        QCOMPARE(first.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+        QCOMPARE(first.ask("DEVCOUNT"), "DEVCOUNT,0");
         const Client third(servers);
-        QVERIFY(third.firstLine.startsWith(QLatin1String("VER")));
+        QVERIFY(third.firstLine.startsWith("VER"));
         QTRY_VERIFY(second.isClosed());
         for (Client *kept : {&first, &other, &local})
-            QCOMPARE(kept->ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+            QCOMPARE(kept->ask("DEVCOUNT"), "DEVCOUNT,0");
     }
 
     /// Consoles that arrive while the service is busy are not dropped.
@@ -255,12 +255,12 @@ private Q_SLOTS:
     void refusedAddress()
     {
         ListenRules rules;
-        rules.allowFrom = *AddressFilter::parse(QStringLiteral("::1"));
+        rules.allowFrom = *AddressFilter::parse("::1");
         Servers servers({}, rules);
         const Client refused(servers, Tcp4);
-        QVERIFY(refused.isClosed() && refused.firstLine == QLatin1String("<nothing>"));
-        QVERIFY(Client(servers, Tcp6).firstLine.startsWith(QLatin1String("VER")));
-        QVERIFY(Client(servers, Local).firstLine.startsWith(QLatin1String("VER")));
+        QVERIFY(refused.isClosed() && refused.firstLine == "<nothing>");
+        QVERIFY(Client(servers, Tcp6).firstLine.startsWith("VER"));
+        QVERIFY(Client(servers, Local).firstLine.startsWith("VER"));
     }
 };
 

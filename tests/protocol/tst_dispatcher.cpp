@@ -25,14 +25,13 @@ DeviceRecord neverRead()
 /// Returns a drive whose fields differ where the drive in docs/protocol.md has equal or missing values.
 DeviceRecord fullDevice()
 {
-    const VolumeEntry volumeC{
-        3, {}, QStringLiteral("C:\\"), QStringLiteral("%1"), {}, QStringLiteral("1-A"), 4, kHugest, 120};
-    const VolumeEntry volumeD{4, {}, QStringLiteral("D:\\"), {}, QStringLiteral("NTFS"), {}, 4, 0, 0};
+    const VolumeEntry volumeC{3, {}, "C:\\", "%1", {}, "1-A", 4, kHugest, 120};
+    const VolumeEntry volumeD{4, {}, "D:\\", {}, "NTFS", {}, 4, 0, 0};
     DeviceRecord device = neverRead();
-    device.model = QStringLiteral("Model");
+    device.model = "Model";
     device.capacity = kHugest;
     device.ataMajor = -3;
-    device.ataVersion = QStringLiteral("ATA8");
+    device.ataVersion = "ATA8";
     device.smart.fullRead = FullRead::Attributes;
     device.cylinders = -9000000000LL;
     device.smart.offlineStatus = 130;
@@ -56,10 +55,7 @@ DeviceRecord fullDevice()
 void fill(FakeTarget &target)
 {
     target.deviceList = {neverRead(), fullDevice()};
-    target.accountList = {{QStringLiteral("Operator"), 2},
-                          {QStringLiteral("Visitor"), 0},
-                          {QStringLiteral("Smith, J."), 1},
-                          {QStringLiteral("Robot"), 3}};
+    target.accountList = {{"Operator", 2}, {"Visitor", 0}, {"Smith, J.", 1}, {"Robot", 3}};
     target.runningScan = 0;
 }
 
@@ -74,7 +70,7 @@ private:
     mutable bool m_hasEnded = false;
 };
 
-const QString kSchedules = QStringLiteral("SCANSCHED]![0~;0~;0~;~;]![1~;3~;6~;090201~;230005");
+const QString kSchedules = "SCANSCHED]![0~;0~;0~;~;]![1~;3~;6~;090201~;230005";
 
 } // namespace
 
@@ -88,23 +84,20 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("request");
         QTest::addColumn<QString>("reply");
-        const QString bare =
-            QStringLiteral("~;~;~;0~;-1~;~;-1~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;3~;0~;1");
-        const QString full =
-            QStringLiteral("Model~;~;~;18446744073709551615~;-3~;ATA8~;1~;-9000000000~;0~;0~;0~;130~;"
-                           "0~;0~;5~;2~;1~;4~;4711~;-2~;1~;-5~;2~;97~;1");
-        const QString volumeC = QStringLiteral("C:\\~;%1~;~;1-A~;18446744073709551615~;120");
-        const QString volumeD = QStringLiteral("D:\\~;~;NTFS~;~;0~;0");
-        row("device without index", "DEVINFO", QLatin1String("DEVINFO_OK,0,") + bare);
-        row("device by a number too large", "DEVINFO]![4294967297", QLatin1String("DEVINFO_OK,0,") + bare);
-        row("device by number", "DEVINFO]![01", QLatin1String("DEVINFO_OK,1,") + full);
+        const QString bare = "~;~;~;0~;-1~;~;-1~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;0~;3~;0~;1";
+        const QString full = "Model~;~;~;18446744073709551615~;-3~;ATA8~;1~;-9000000000~;0~;0~;0~;130~;"
+                             "0~;0~;5~;2~;1~;4~;4711~;-2~;1~;-5~;2~;97~;1";
+        const QString volumeC = "C:\\~;%1~;~;1-A~;18446744073709551615~;120";
+        const QString volumeD = "D:\\~;~;NTFS~;~;0~;0";
+        row("device without index", "DEVINFO", "DEVINFO_OK,0," + bare);
+        row("device by a number too large", "DEVINFO]![4294967297", "DEVINFO_OK,0," + bare);
+        row("device by number", "DEVINFO]![01", "DEVINFO_OK,1," + full);
         row("device beyond the last", "DEVINFO]![02", "DEVINFO_ERR,[2]");
-        row("all devices", "ALLDEVINFO", QStringLiteral("ALLDEVINFO_OK]![%1]~[%2").arg(bare, full));
-        row("volume of a device", "VOLINFO]![1]![1", QLatin1String("VOLINFO_OK,1,1,") + volumeD);
+        row("all devices", "ALLDEVINFO", QString("ALLDEVINFO_OK]![%1]~[%2").arg(bare, full));
+        row("volume of a device", "VOLINFO]![1]![1", "VOLINFO_OK,1,1," + volumeD);
         row("negative volume", "VOLINFO]![1]![-1", "VOLINFO_ERR,[1,-1]");
         row("volume of no device", "VOLINFO]![2]![0", "VOLINFO_ERR,[2]");
-        row("all volumes", "ALLVOLINFO",
-            QLatin1String("ALLVOLINFO_OK]![1~;") + volumeC + QLatin1String("]~[1~;") + volumeD);
+        row("all volumes", "ALLVOLINFO", "ALLVOLINFO_OK]![1~;" + volumeC + "]~[1~;" + volumeD);
         row("attributes of a device", "SMARTINFO]![1",
             "SMARTINFO_OK,1,{9~0~1~100~4711~99~6;194~1~0~40~-2~39~5}");
         row("S.M.A.R.T. values", "SMARTVALUE]![1", "SMARTVALUE_OK,1,{9~;100194~;4}");
@@ -131,16 +124,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("request");
         QTest::addColumn<QString>("reply");
         QTest::addColumn<QString>("calls");
-        const QString unknown = QStringLiteral("UNKNOWN COMMAND - Command list:");
+        const QString unknown = "UNKNOWN COMMAND - Command list:";
 
         row("text of a line not unscrambled", "~ERR", "ERR", "");
         row("empty line", "", unknown, "");
         row("command followed by a blank", "DIS ", unknown, "");
         row("further fields", "DEVCOUNT]![ignored", "DEVCOUNT,2", "");
         row("version", "VER",
-            QLatin1String("VER]![Halvex Service v 5.0.5]![5000]![180000]![300000]![") +
-                QHostInfo::localHostName(),
-            "");
+            "VER]![Halvex Service v 5.0.5]![5000]![180000]![300000]![" + QHostInfo::localHostName(), "");
 
         row("user without index", "USERINFO", "USERINFO,0,Operator,Admin", "");
         row("guest", "USERINFO]![1", "USERINFO,1,Visitor,Guest", "");
@@ -189,7 +180,7 @@ private Q_SLOTS:
         fill(target);
         Dispatcher dispatcher(target);
         const auto ask = [&dispatcher] {
-            return dispatcher.answer(scramble(QStringLiteral("ALLSMARTINFO"), 7), {}).source->next(1000);
+            return dispatcher.answer(scramble("ALLSMARTINFO", 7), {}).source->next(1000);
         };
         const QByteArray before = ask();
         QCOMPARE(ask(), before);
@@ -207,9 +198,9 @@ private Q_SLOTS:
         target.deviceList[1].scan.badRanges.clear();
         for (quint64 first = 0; first < 2000000; first += 1000) {
             target.deviceList[1].scan.badRanges.append({first, first + 9});
-            ranges += QStringLiteral(",%1-%2").arg(first).arg(first + 9);
+            ranges += QString(",%1-%2").arg(first).arg(first + 9);
         }
-        const QString reply = replyTo(QStringLiteral("GSTATSCAN"), target);
+        const QString reply = replyTo("GSTATSCAN", target);
         QCOMPARE(reply.section(u';', -1), ranges.mid(1));
     }
 
@@ -217,7 +208,7 @@ private Q_SLOTS:
     {
         EndingScanTarget target;
         fill(target);
-        QVERIFY(replyTo(QStringLiteral("GSTATSCAN"), target).contains(QLatin1String("![0;1;100;")));
+        QVERIFY(replyTo("GSTATSCAN", target).contains("![0;1;100;"));
     }
 
     void withoutDevices_data()
@@ -272,9 +263,9 @@ private Q_SLOTS:
         QFETCH(QString, greeted);
         FakeTarget target;
         target.settingsRecord.alertLevel = 3;
-        QCOMPARE(replyTo(QLatin1String("SET]![") + list, target), QStringLiteral("SET_OK"));
-        QCOMPARE(greeting(target.settingsRecord, QStringLiteral("host"), QStringLiteral("42"), 1700000000),
-                 QLatin1String("VER]![Halvex Service v 5.0.5]!") + greeted);
+        QCOMPARE(replyTo("SET]![" + list, target), "SET_OK");
+        QCOMPARE(greeting(target.settingsRecord, "host", "42", 1700000000),
+                 "VER]![Halvex Service v 5.0.5]!" + greeted);
         QTEST(target.calls.join(QLatin1Char('|')), "calls");
     }
 };

@@ -35,17 +35,15 @@ private Q_SLOTS:
         target.serviceOptions.remoteAcknowledge = option;
         const auto expected = [isAllowed](const char *word, const char *reply) {
             return isAllowed ? QLatin1String(word) + QLatin1String(reply)
-                             : QLatin1String(word) + QStringLiteral("_ERR,only consoles of the service's "
-                                                                    "machine may do this, unless "
-                                                                    "RemoteAcknowledge is 1");
+                             : QLatin1String(word) + "_ERR,only consoles of the service's "
+                                                     "machine may do this, unless "
+                                                     "RemoteAcknowledge is 1";
         };
-        QCOMPARE(replyTo(QStringLiteral("X-ACK]![S1]![]!["), target, address), expected("X-ACK", "_OK,2"));
-        QCOMPARE(replyTo(QStringLiteral("X-FORGET]![S1"), target, address), expected("X-FORGET", "_OK"));
-        QCOMPARE(replyTo(QStringLiteral("X-ALERTTEST"), target, address),
-                 expected("X-ALERTTEST", "_OK]![[]"));
+        QCOMPARE(replyTo("X-ACK]![S1]![]![", target, address), expected("X-ACK", "_OK,2"));
+        QCOMPARE(replyTo("X-FORGET]![S1", target, address), expected("X-FORGET", "_OK"));
+        QCOMPARE(replyTo("X-ALERTTEST", target, address), expected("X-ALERTTEST", "_OK]![[]"));
         QCOMPARE(target.calls.size(), isAllowed ? 2 : 0);
-        QVERIFY(
-            replyTo(QStringLiteral("X-ALERTS"), target, address).startsWith(QLatin1String("X-ALERTS_OK]![")));
+        QVERIFY(replyTo("X-ALERTS", target, address).startsWith("X-ALERTS_OK]!["));
     }
 
     void protectedMail_data()
@@ -69,18 +67,16 @@ private Q_SLOTS:
         FakeTarget target;
         target.serviceOptions.protectMail = true;
         target.settingsRecord.emailNotify = true;
-        target.settingsRecord.smtpServer = QStringLiteral("old.example");
-        target.settingsRecord.smtpPass = QStringLiteral("old");
-        const QString set =
-            QStringLiteral("SET]![5000~;1~;1~;1~;0~;0~;f~;t~;s~;new.example~;1~;u~;%1~;26~;50~;"
-                           "60~;w~;c");
-        QCOMPARE(replyTo(set.arg(sentPassword), target, QHostAddress(peer)), QStringLiteral("SET_OK"));
+        target.settingsRecord.smtpServer = "old.example";
+        target.settingsRecord.smtpPass = "old";
+        const QString set = "SET]![5000~;1~;1~;1~;0~;0~;f~;t~;s~;new.example~;1~;u~;%1~;26~;50~;"
+                            "60~;w~;c";
+        QCOMPARE(replyTo(set.arg(sentPassword), target, QHostAddress(peer)), "SET_OK");
         QTEST(target.settingsRecord.smtpPass, "password");
         QTEST(target.settingsRecord.smtpServer, "server");
         QTEST(target.settingsRecord.emailNotify, "emailNotify");
         QCOMPARE(target.settingsRecord.wTemp, 50);
-        const QStringList greeted =
-            Dispatcher(target).firstLine({QStringLiteral("42"), {}}).split(kRequestSeparator);
+        const QStringList greeted = Dispatcher(target).firstLine({"42", {}}).split(kRequestSeparator);
         QCOMPARE(greeted.value(17), QString());
         QVERIFY(!greeted.contains(target.settingsRecord.smtpPass));
     }

@@ -8,7 +8,7 @@ namespace {
 
 request::Fields fields(const QString &items)
 {
-    return request::Fields({QStringLiteral("WORD"), items});
+    return request::Fields({"WORD", items});
 }
 
 } // namespace
@@ -37,9 +37,9 @@ private Q_SLOTS:
     {
         QFETCH(QString, items);
         const auto change = request::scheduleChange(fields(items));
-        QString shown = QStringLiteral("refused");
+        QString shown = "refused";
         if (change)
-            shown = QStringLiteral("%1 %2 %3 ")
+            shown = QString("%1 %2 %3 ")
                         .arg(change->device)
                         .arg(int(change->schedule.kind))
                         .arg(change->schedule.weekday) +
@@ -50,17 +50,17 @@ private Q_SLOTS:
 
     void mailTest()
     {
-        const QString items = QStringLiteral("2525~;1~;a@b~;c@d~;mail~;Hello~;user~;secret~;first\nsecond");
-        for (const QString &accepted : {items, items + QStringLiteral("~;not sent")}) {
+        const QString items = "2525~;1~;a@b~;c@d~;mail~;Hello~;user~;secret~;first\nsecond";
+        for (const QString &accepted : {items, items + "~;not sent"}) {
             const auto test = request::mailTest(fields(accepted)).value();
             QCOMPARE(test.port, quint16(2525));
             QVERIFY(test.needAuth);
             QCOMPARE(QStringList(
                          {test.from, test.to, test.server, test.subject, test.user, test.password, test.text})
                          .join(u'|'),
-                     QStringLiteral("a@b|c@d|mail|Hello|user|secret|first\nsecond"));
+                     "a@b|c@d|mail|Hello|user|secret|first\nsecond");
         }
-        QVERIFY(!request::mailTest(fields(items.section(QStringLiteral("~;"), 0, 7))));
+        QVERIFY(!request::mailTest(fields(items.section("~;", 0, 7))));
     }
 };
 

@@ -15,7 +15,7 @@ private Q_SLOTS:
     /// A line longer than several rounds of the walk, with every value of the offset's byte.
     void walkOfEveryOffset()
     {
-        QString text = QString(2, QChar(QChar::ByteOrderMark)) + QStringLiteral("]~[ Größe Δ\r\n") +
+        QString text = QString(2, QChar(QChar::ByteOrderMark)) + "]~[ Größe Δ\r\n" +
                        QString::fromUtf8("\xF0\x9F\x96\xB4") + QChar(QChar::Null);
         for (int i = 0; i < 1000; ++i)
             text += QString::number(i);

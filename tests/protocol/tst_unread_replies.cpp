@@ -38,14 +38,14 @@ private Q_SLOTS:
         QTRY_VERIFY(silentConnection.bytesToWrite() > 0);
         silent.send("RESET");
         for (int i = 0; i < 5; ++i) {
-            QCOMPARE(other.ask("DEVCOUNT"), QStringLiteral("DEVCOUNT,0"));
+            QCOMPARE(other.ask("DEVCOUNT"), "DEVCOUNT,0");
             QVERIFY(silentConnection.bytesToWrite() <= ReplyLine::kMaxChunkBytes);
         }
         QCOMPARE(servers.target.calls, QStringList());
 
         silent.setReading(true);
         QCOMPARE(silent.receive().size(), 8 + 8 * kManyRecords);
-        QCOMPARE(silent.receive(), QStringLiteral("RESET_OK"));
+        QCOMPARE(silent.receive(), "RESET_OK");
     }
 
     /// Rows: with and without an earlier reply that is not read.
@@ -82,9 +82,9 @@ private Q_SLOTS:
         last.write(QByteArray(150000, '0'));
         QTRY_VERIFY(large.isClosed());
         small.write("\n");
-        QCOMPARE(small.receive(), QStringLiteral("ERR"));
+        QCOMPARE(small.receive(), "ERR");
         last.write("\n");
-        QCOMPARE(last.receive(), QStringLiteral("ERR"));
+        QCOMPARE(last.receive(), "ERR");
     }
 
     /// The size of a line is announced before it is complete.
@@ -98,9 +98,9 @@ private Q_SLOTS:
         client.send("GSTATD]![]![991231000000");
         QTRY_VERIFY(connections(servers).first()->bytesToWrite() > 0);
         servers.target.setTemperatures({});
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot be completed")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot be completed"));
         client.setReading(true);
-        QCOMPARE(client.receive(), QStringLiteral("<nothing>"));
+        QCOMPARE(client.receive(), "<nothing>");
         QVERIFY(client.isClosed());
     }
 };
