@@ -52,10 +52,9 @@ private Q_SLOTS:
     void parsesOptions()
     {
         QFETCH(QString, line);
-        const auto parsed =
-            parseArguments(line.split(u' ', Qt::SkipEmptyParts), QStringLiteral("/home/HalvexService001"));
+        const auto parsed = parseArguments(line.split(u' ', Qt::SkipEmptyParts), "/home/HalvexService001");
         QString asked;
-        QString command = QStringLiteral("refused");
+        QString command = "refused";
         if (const auto *arguments = std::get_if<Arguments>(&parsed)) {
             asked = displayName(arguments->endpoints.first());
             command = (QStringList{arguments->command->name + u':'} + arguments->positionals).join(u' ');
@@ -67,19 +66,19 @@ private Q_SLOTS:
     void refusesSetting_data()
     {
         QTest::addColumn<QString>("assignment");
-        row("no value", QStringLiteral("wTemp"));
-        row("unknown name", QStringLiteral("temp=1"));
-        row("above the range", QStringLiteral("cTemp=100"));
-        row("padded number", QStringLiteral("cTemp=065"));
-        row("interval above the limit of the service key", QStringLiteral("smartPollInterval=101h"));
-        row("neither on nor off", QStringLiteral("emailNotify=maybe"));
-        row("separator of items", QStringLiteral("smtpSubj=a~;b"));
-        row("separator of fields", QStringLiteral("smtpSubj=a]![b"));
-        row("line end", QStringLiteral("smtpSubj=a\nb"));
-        row("placeholder of the greeting", QStringLiteral("smtpSubj=100%1"));
-        row("key of the settings file", QStringLiteral("smtpSubj=a smtpTo=b"));
-        row("warning limit above the critical one", QStringLiteral("wTemp=66"));
-        row("password on the command line", QStringLiteral("smtpPass=secret"));
+        row("no value", "wTemp");
+        row("unknown name", "temp=1");
+        row("above the range", "cTemp=100");
+        row("padded number", "cTemp=065");
+        row("interval above the limit of the service key", "smartPollInterval=101h");
+        row("neither on nor off", "emailNotify=maybe");
+        row("separator of items", "smtpSubj=a~;b");
+        row("separator of fields", "smtpSubj=a]![b");
+        row("line end", "smtpSubj=a\nb");
+        row("placeholder of the greeting", "smtpSubj=100%1");
+        row("key of the settings file", "smtpSubj=a smtpTo=b");
+        row("warning limit above the critical one", "wTemp=66");
+        row("password on the command line", "smtpPass=secret");
     }
 
     void refusesSetting()
@@ -91,15 +90,13 @@ private Q_SLOTS:
     void changesSettings()
     {
         const QStringList assignments{
-            QStringLiteral("WTEMP=50"),          QStringLiteral("smartPollInterval=5m"),
-            QStringLiteral("popupNotify=off"),   QStringLiteral("emailNotify=ON"),
-            QStringLiteral("warnExtTask=a b=c"), QStringLiteral("smtpPass="),
+            "WTEMP=50",       "smartPollInterval=5m", "popupNotify=off",
+            "emailNotify=ON", "warnExtTask=a b=c",    "smtpPass=",
         };
         const auto changed = client::changeSettings(exampleSettings(), assignments);
         QVERIFY2(changed, qPrintable(changed.failure().text));
-        QCOMPARE(
-            client::requests::setSettings(*changed).line,
-            QStringLiteral("SET]![5000~;300000~;300000~;0~;1~;0~;f~;t~;s~;h~;1~;u~;~;25~;50~;65~;a b=c~;c"));
+        QCOMPARE(client::requests::setSettings(*changed).line,
+                 "SET]![5000~;300000~;300000~;0~;1~;0~;f~;t~;s~;h~;1~;u~;~;25~;50~;65~;a b=c~;c");
     }
 
     void changesSettingsByDocument_data()
@@ -124,7 +121,7 @@ private Q_SLOTS:
             return;
         QCOMPARE(changed->smartPollInterval, 60000);
         QCOMPARE(changed->emailNotify, true);
-        QCOMPARE(changed->smtpPass, QStringLiteral("new"));
+        QCOMPARE(changed->smtpPass, "new");
     }
 
 private:

@@ -73,8 +73,7 @@ private Q_SLOTS:
             render::tableLines(client::findingColumns(), QVector<QJsonObject>{finding}, {false, true, 80});
         const QString line = lines.value(1);
         QVERIFY2(line.size() <= 80, qPrintable(line));
-        QVERIFY2(line.contains(QLatin1String("WD-WCC7K5ABCDEF  acknowledged  197 from 3 to 7")),
-                 qPrintable(line));
+        QVERIFY2(line.contains("WD-WCC7K5ABCDEF  acknowledged  197 from 3 to 7"), qPrintable(line));
     }
 
     void replies_data()
@@ -105,13 +104,12 @@ private Q_SLOTS:
 
     void explanationsFitTheScreen()
     {
-        const QString text =
-            help::explanations({{QStringLiteral("Name: text"), QStringLiteral("word ").repeated(20)}});
+        const QString text = help::explanations({{"Name: text", QString("word ").repeated(20)}});
         const QStringList lines = text.split(u'\n');
         QCOMPARE(lines.size(), 3);
-        QCOMPARE(lines.first(), QStringLiteral("Name: text"));
-        QVERIFY(lines.at(1).startsWith(QLatin1String("      word")) && lines.at(1).size() <= 80);
-        QVERIFY(lines.at(2).startsWith(QLatin1String("      word")));
+        QCOMPARE(lines.first(), "Name: text");
+        QVERIFY(lines.at(1).startsWith("      word") && lines.at(1).size() <= 80);
+        QVERIFY(lines.at(2).startsWith("      word"));
     }
 };
 

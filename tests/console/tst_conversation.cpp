@@ -32,7 +32,7 @@ const QByteArray kDrive =
 
 client::Endpoint endpointOf(const ScriptedPeer &peer)
 {
-    return {QStringLiteral("127.0.0.1"), peer.serverPort(), {}};
+    return {"127.0.0.1", peer.serverPort(), {}};
 }
 
 } // namespace
@@ -50,9 +50,9 @@ private Q_SLOTS:
         Conversation conversation(endpointOf(peer), kLimit);
         const auto drive = await(conversation, client::requests::drive(7));
         QVERIFY2(drive, qPrintable(drive.failure().text));
-        QCOMPARE(drive->model, QStringLiteral("X"));
-        QCOMPARE(conversation.greeting().value().hostName, QStringLiteral("server-1"));
-        QCOMPARE(unscramble(peer.received().trimmed()), QStringLiteral("DEVINFO]![7"));
+        QCOMPARE(drive->model, "X");
+        QCOMPARE(conversation.greeting().value().hostName, "server-1");
+        QCOMPARE(unscramble(peer.received().trimmed()), "DEVINFO]![7");
     }
 
     /// The handlers are called in the order of the requests, and a failed connection fails all that wait.
@@ -67,7 +67,7 @@ private Q_SLOTS:
         for (int i = 0; i < 3; ++i)
             conversation.ask(client::requests::driveCount(), record);
         QVERIFY(outcomes.isEmpty());
-        QTRY_COMPARE(outcomes.join(u' '), QStringLiteral("3 failed failed"));
+        QTRY_COMPARE(outcomes.join(u' '), "3 failed failed");
         QCOMPARE(peer.received().count('\n'), 2);
     }
 

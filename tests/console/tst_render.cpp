@@ -53,8 +53,7 @@ private Q_SLOTS:
         row("beyond the first plane", padded("💾💾💾"), "💾… ");
         row("combining marks", padded("a\u0308b\u0308"), "a\u0308b\u0308  ");
 
-        row("in colour", render::painted(QStringLiteral("x"), client::Tone::Warning, {true, true, 80}),
-            "\033[33mx\033[0m");
+        row("in colour", render::painted("x", client::Tone::Warning, {true, true, 80}), "\033[33mx\033[0m");
 
         row("rounds into the next unit", client::sizeText(999600000), "1.00 GB");
         row("rounds to three digits", client::sizeText(99950), "100 kB");
@@ -124,7 +123,7 @@ private Q_SLOTS:
         state.answered = QDateTime(QDate(2026, 11, 15), QTime(8, 0));
         state.problem = problem;
         client::Drive drive;
-        drive.model = QStringLiteral("M");
+        drive.model = "M";
         drive.monitored = 1;
         for (const client::Level level : levels) {
             drive.number = state.drives.size();
@@ -139,22 +138,22 @@ private Q_SLOTS:
     void followsRunningScansFirst()
     {
         client::Drive drive;
-        drive.model = QStringLiteral("M");
+        drive.model = "M";
         drive.capacity = 512 * 1000;
         QVector<ScanReport> reports;
         for (drive.number = 0; drive.number < 30; ++drive.number)
             reports.append({{}, drive, {}});
         reports[29].status = runningScan(50, 0, 499);
         const QStringList lines = scanLines(reports, {false, false, 80}, true);
-        QCOMPARE(lines.first(), QStringLiteral("29  M, 512 kB"));
+        QCOMPARE(lines.first(), "29  M, 512 kB");
         QCOMPARE(lines.size(), 3); // without the drives that were never scanned
         reports[29].status.badRanges = QVector<client::SectorRange>(200, {1000000, 1000007});
         const QStringList all = scanLines(reports, {false, true, 80});
         for (const QString &line : all)
             QVERIFY2(render::columns(line) <= 80, qPrintable(line));
-        QVERIFY(all.last().endsWith(QStringLiteral("27, 28"))); // no drive is cut off
+        QVERIFY(all.last().endsWith("27, 28")); // no drive is cut off
         const QString piped = scanLines(reports, {}).join(u'\n');
-        QCOMPARE(piped.count(QStringLiteral("1000000-1000007")), 200);
+        QCOMPARE(piped.count("1000000-1000007"), 200);
     }
 
     void powerOnHours_data()
@@ -182,39 +181,33 @@ private Q_SLOTS:
     void documentsOfColumns()
     {
         client::Volume volume;
-        volume.root = QStringLiteral("a,\"b\"\033");
+        volume.root = "a,\"b\"\033";
         volume.totalBytes = ~quint64(0);
         volume.freeBytes = 5;
         const QJsonObject object = toObject(client::volumeColumns(), volume);
-        QCOMPARE(object.value(QStringLiteral("totalBytes")),
-                 QJsonValue(QStringLiteral("18446744073709551615")));
-        QCOMPARE(object.value(QStringLiteral("freeBytes")), QJsonValue(5));
+        QCOMPARE(object.value("totalBytes"), QJsonValue("18446744073709551615"));
+        QCOMPARE(object.value("freeBytes"), QJsonValue(5));
         QCOMPARE(toCsv(client::volumeColumns(), {volume}).last(),
-                 QStringLiteral("0,\"a,\"\"b\"\"\\u{1b}\",,,,18446744073709551615,5"));
+                 "0,\"a,\"\"b\"\"\\u{1b}\",,,,18446744073709551615,5");
         client::ScanStatus scan = runningScan(50, 0, 100);
         scan.time = QDateTime(QDate(2026, 7, 15), QTime(3, 30), Qt::UTC);
         const QJsonObject running = toObject(client::scanColumns(QTimeZone("Europe/Berlin")), scan);
-        QCOMPARE(running.value(QStringLiteral("started")),
-                 QJsonValue(QStringLiteral("2026-07-15T03:30:00+02:00")));
-        QVERIFY(!running.contains(QStringLiteral("ended")));
-        QVERIFY(toObject(client::driveColumns(), client::Drive()).value(QStringLiteral("level")).isNull());
+        QCOMPARE(running.value("started"), QJsonValue("2026-07-15T03:30:00+02:00"));
+        QVERIFY(!running.contains("ended"));
+        QVERIFY(toObject(client::driveColumns(), client::Drive()).value("level").isNull());
     }
 
     void cutsShrinkingColumns()
     {
-        const QVector<render::Heading> headings{{QStringLiteral("No"), client::Layout::Right},
-                                                {QStringLiteral("Model"), client::Layout::Shrinking},
-                                                {QStringLiteral("Size"), client::Layout::Right}};
-        const QVector<QVector<client::Cell>> rows{
-            {{QStringLiteral("0")}, {QStringLiteral("A drive with a long name")}, {QStringLiteral("1 TB")}}};
-        QCOMPARE(
-            render::tableLines(headings, rows, {false, false, 20}),
-            QStringList({QStringLiteral("No  Model       Size"), QStringLiteral(" 0  A drive w…  1 TB")}));
-        QCOMPARE(render::tableLines(headings, rows, {}).last(),
-                 QStringLiteral(" 0  A drive with a long name  1 TB"));
+        const QVector<render::Heading> headings{{"No", client::Layout::Right},
+                                                {"Model", client::Layout::Shrinking},
+                                                {"Size", client::Layout::Right}};
+        const QVector<QVector<client::Cell>> rows{{{"0"}, {"A drive with a long name"}, {"1 TB"}}};
+        QCOMPARE(render::tableLines(headings, rows, {false, false, 20}),
+                 QStringList({"No  Model       Size", " 0  A drive w…  1 TB"}));
+        QCOMPARE(render::tableLines(headings, rows, {}).last(), " 0  A drive with a long name  1 TB");
         // Too narrow: the line is longer than the screen, and numbers are complete.
-        QCOMPARE(render::tableLines(headings, rows, {false, false, 5}).last(),
-                 QStringLiteral(" 0  A dri…  1 TB"));
+        QCOMPARE(render::tableLines(headings, rows, {false, false, 5}).last(), " 0  A dri…  1 TB");
     }
 
     void chartShowsGaps()
@@ -227,9 +220,9 @@ private Q_SLOTS:
             records.append({start.addSecs(60 * minute), 0, temperature});
         const QStringList lines = render::temperatureChart(records, 8 + 6, 2);
         QCOMPARE(lines.size(), 3);
-        QCOMPARE(lines.at(0), QStringLiteral("  34 °C     █ "));
-        QCOMPARE(lines.at(1), QStringLiteral("  30 °C ▁▄  █▁"));
-        QVERIFY(lines.at(2).contains(QStringLiteral("2026-11-15 08:00:00")));
+        QCOMPARE(lines.at(0), "  34 °C     █ ");
+        QCOMPARE(lines.at(1), "  30 °C ▁▄  █▁");
+        QVERIFY(lines.at(2).contains("2026-11-15 08:00:00"));
         QVERIFY(render::temperatureChart({}, 80, 10).isEmpty());
     }
 
@@ -267,8 +260,8 @@ private Q_SLOTS:
         QFETCH(int, firstRow);
         render::WatchState state;
         client::Drive drive;
-        drive.model = QStringLiteral("A model with a name of forty characters.");
-        drive.serial = QStringLiteral("A serial number of 20");
+        drive.model = "A model with a name of forty characters.";
+        drive.serial = "A serial number of 20";
         drive.capacity = 1000204886016;
         for (drive.number = 0; drive.number < drives; ++drive.number)
             state.drives.append(drive);
@@ -280,11 +273,11 @@ private Q_SLOTS:
         QStringList numbers;
         for (const QString &line : lines) {
             QVERIFY2(render::columns(line) <= columns, qPrintable(line));
-            if (line.contains(QStringLiteral("A mod")))
+            if (line.contains("A mod"))
                 numbers.append(line.trimmed().section(u' ', 0, 0));
         }
-        QTEST(numbers.value(0) + QStringLiteral(" to ") + numbers.value(numbers.size() - 1), "shown");
-        QCOMPARE(lines.join(u'\n').contains(QLatin1String("1 bad")), numbers.value(0) == QLatin1String("0"));
+        QTEST(numbers.value(0) + " to " + numbers.value(numbers.size() - 1), "shown");
+        QCOMPARE(lines.join(u'\n').contains("1 bad"), numbers.value(0) == "0");
     }
 };
 

@@ -60,7 +60,7 @@ private Q_SLOTS:
             QVERIFY(!reader.takeLine());
             reader.append(QByteArray(1, byte));
         }
-        QCOMPARE(client::plainText(*reader.takeLine()).value_or(QString()), QStringLiteral("VER"));
+        QCOMPARE(client::plainText(*reader.takeLine()).value_or(QString()), "VER");
         reader.append(wire);
         const auto line = reader.takeLine();
         QVERIFY(line ? !client::plainText(*line) : reader.isBroken());
@@ -70,10 +70,10 @@ private Q_SLOTS:
     {
         const auto greeting = client::parseGreeting(kGreeting);
         QVERIFY(greeting.has_value());
-        QCOMPARE(greeting->version, QStringLiteral("Halvex Service v 5.0.5"));
-        QCOMPARE(greeting->hostName, QStringLiteral("box"));
+        QCOMPARE(greeting->version, "Halvex Service v 5.0.5");
+        QCOMPARE(greeting->hostName, "box");
         QCOMPARE(greeting->level, client::Level::Critical);
-        QCOMPARE(greeting->peer, QStringLiteral("2130706433"));
+        QCOMPARE(greeting->peer, "2130706433");
         QCOMPARE(greeting->time.toSecsSinceEpoch(), 1794873600);
         const ServiceSettings &settings = greeting->settings;
         QCOMPARE(settings.port, 5001);
@@ -89,7 +89,7 @@ private Q_SLOTS:
         const QStringList texts{settings.smtpFrom,    settings.smtpTo,     settings.smtpSubj,
                                 settings.smtpServer,  settings.smtpUser,   settings.smtpPass,
                                 settings.warnExtTask, settings.critExtTask};
-        QCOMPARE(texts.join(u' '), QStringLiteral("f t s h u p warn crit"));
+        QCOMPARE(texts.join(u' '), "f t s h u p warn crit");
     }
 
     void readsDrive()
@@ -97,12 +97,12 @@ private Q_SLOTS:
         const auto drive = client::parseDrive(kDrive, 1);
         QVERIFY(drive.has_value());
         QCOMPARE(drive->number, 1);
-        QCOMPARE(drive->model, QStringLiteral("WDC"));
-        QCOMPARE(drive->serial, QStringLiteral("WD-1"));
-        QCOMPARE(drive->firmware, QStringLiteral("01.01A01"));
+        QCOMPARE(drive->model, "WDC");
+        QCOMPARE(drive->serial, "WD-1");
+        QCOMPARE(drive->firmware, "01.01A01");
         QCOMPARE(drive->capacity, 1000204886016U);
         QCOMPARE(drive->ataMajor, 10);
-        QCOMPARE(drive->ataVersion, QStringLiteral("ATA8-ACS"));
+        QCOMPARE(drive->ataVersion, "ATA8-ACS");
         QCOMPARE(drive->smartState, client::SmartState::Read);
         QCOMPARE(drive->cylinders, 121601);
         QCOMPARE(drive->tracksPerCylinder, 255U);
@@ -132,21 +132,21 @@ private Q_SLOTS:
         QCOMPARE(drives->at(1).level(), client::Level::NotRated); // not monitored
         QVERIFY(!drives->at(0).temperature);
         QVERIFY(!drives->at(0).powerOn.hours());
-        QVERIFY(client::parseAllDrives(QStringLiteral("ALLDEVINFO_OK]![0")).value().isEmpty());
+        QVERIFY(client::parseAllDrives("ALLDEVINFO_OK]![0").value().isEmpty());
     }
 
     void readsVolumes()
     {
-        const auto volumes = client::parseAllVolumes(
-            QStringLiteral("ALLVOLINFO_OK]![0~;C:\\~;System~;NTFS~;1234-5678~;500~;120]~["
-                           "2~;1:\\~;~;Unknown~;~;18446744073709551615~;0"));
+        const auto volumes =
+            client::parseAllVolumes("ALLVOLINFO_OK]![0~;C:\\~;System~;NTFS~;1234-5678~;500~;120]~["
+                                    "2~;1:\\~;~;Unknown~;~;18446744073709551615~;0");
         QCOMPARE(volumes.value().size(), 2);
         const client::Volume &first = volumes->first();
         QCOMPARE(first.drive, 0);
-        QCOMPARE(first.root, QStringLiteral("C:\\"));
-        QCOMPARE(first.label, QStringLiteral("System"));
-        QCOMPARE(first.fileSystem, QStringLiteral("NTFS"));
-        QCOMPARE(first.serial, QStringLiteral("1234-5678"));
+        QCOMPARE(first.root, "C:\\");
+        QCOMPARE(first.label, "System");
+        QCOMPARE(first.fileSystem, "NTFS");
+        QCOMPARE(first.serial, "1234-5678");
         QCOMPARE(first.totalBytes, 500U);
         QCOMPARE(first.freeBytes, 120U);
         QCOMPARE(volumes->last().totalBytes, ~quint64(0));
@@ -155,8 +155,7 @@ private Q_SLOTS:
     void readsAttributes()
     {
         const auto attributes = client::parseAttributes(
-            QStringLiteral("SMARTINFO_OK,1,{5~0~1~10~7~9~3;194~1~0~3~281474976710655~2~0;9~0~0~11~1~1~11}"),
-            1);
+            "SMARTINFO_OK,1,{5~0~1~10~7~9~3;194~1~0~3~281474976710655~2~0;9~0~0~11~1~1~11}", 1);
         QCOMPARE(attributes.value().size(), 3);
         const client::Attribute &first = attributes->first();
         QCOMPARE(first.id, 5U);
@@ -168,7 +167,7 @@ private Q_SLOTS:
         QVERIFY(first.isFailing());              // 10, above its threshold
         QVERIFY(!attributes->at(1).isFailing()); // advisory
         QVERIFY(attributes->at(2).isFailing());  // at its threshold
-        QVERIFY(client::parseAttributes(QStringLiteral("SMARTINFO_OK,1,{}"), 1).value().isEmpty());
+        QVERIFY(client::parseAttributes("SMARTINFO_OK,1,{}", 1).value().isEmpty());
         const auto all = client::parseAllAttributes(QStringLiteral(
             "ALLSMARTINFO_OK]![0~;9~;50~;1~;0~;0~;67~;24619~;66~;1]~[3~;5~;51~;0~;1~;0~;8~;2~;7~;36"));
         QCOMPARE(all.value().size(), 2);
@@ -197,7 +196,7 @@ private Q_SLOTS:
         QCOMPARE(running.badRanges.last().first, 300U);
         QCOMPARE(scans->at(1).state, client::ScanState::Failed);
         QVERIFY(!scans->at(2).hasRun());
-        QVERIFY(client::parseScanStatus(QStringLiteral("STATSCAN]![")).value().isEmpty());
+        QVERIFY(client::parseScanStatus("STATSCAN]![").value().isEmpty());
     }
 
     void recognizesCompleteScan_data()
@@ -230,8 +229,8 @@ private Q_SLOTS:
     void readsSchedule()
     {
         const auto schedule = client::parseSchedule(
-            QStringLiteral("SCANSCHED]![0~;3~;6~;261115~;033000]![1~;0~;0~;~;]![2~;1~;0~;260230~;000000]!["
-                           "3~;4~;0~;~;"));
+            "SCANSCHED]![0~;3~;6~;261115~;033000]![1~;0~;0~;~;]![2~;1~;0~;260230~;000000]!["
+            "3~;4~;0~;~;");
         QCOMPARE(schedule.value().size(), 4);
         const client::ScheduleEntry &weekly = schedule->first();
         QCOMPARE(weekly.kind, client::ScheduleKind::Weekly);
@@ -241,7 +240,7 @@ private Q_SLOTS:
         QCOMPARE(schedule->at(1).kind, client::ScheduleKind::None);
         QVERIFY(!schedule->at(2).date.isValid()); // 30 February
         QCOMPARE(schedule->at(3).kind, client::ScheduleKind::Unknown);
-        QVERIFY(client::parseSchedule(QStringLiteral("SCANSCHED")).value().isEmpty());
+        QVERIFY(client::parseSchedule("SCANSCHED").value().isEmpty());
     }
 
     void readsHistory()
@@ -291,10 +290,9 @@ private Q_SLOTS:
         row("drive: fields missing", Kind::Drive, drive("~;92~;1", ""));
         row("greeting: separator in a text", Kind::Greeting, greeting("[s]", "[a]![b]"));
         row("greeting: no peer", Kind::Greeting, greeting("2130706433.", "%6."));
-        row("attributes: another drive", Kind::Attributes, QStringLiteral("SMARTINFO_OK,2,{}"));
-        row("scans: end of a range before its start", Kind::Scans,
-            QStringLiteral("STATSCAN]![0;0;0;0;0;261115003607;9-1"));
-        row("history: part of a record", Kind::History, QStringLiteral("STATD]![;,0!E"));
+        row("attributes: another drive", Kind::Attributes, "SMARTINFO_OK,2,{}");
+        row("scans: end of a range before its start", Kind::Scans, "STATSCAN]![0;0;0;0;0;261115003607;9-1");
+        row("history: part of a record", Kind::History, "STATD]![;,0!E");
     }
 
     void refusesReply()
