@@ -8,18 +8,18 @@
 inline std::shared_ptr<web::ServiceData> fakeData()
 {
     auto data = std::make_shared<web::ServiceData>();
-    data->greeting.version = QStringLiteral("Halvex Service v 5.0.5");
-    data->greeting.hostName = QStringLiteral("server-1");
+    data->greeting.version = "Halvex Service v 5.0.5";
+    data->greeting.hostName = "server-1";
     data->greeting.level = client::Level::Warning;
     data->greeting.time = QDateTime(QDate(2026, 11, 15), QTime(12, 0), Qt::UTC);
-    data->greeting.settings.smtpPass = QStringLiteral("*");
+    data->greeting.settings.smtpPass = "*";
     data->greeting.settings.wTemp = 55;
     data->greeting.settings.cTemp = 65;
     for (qint32 i = 0; i < 2; ++i) {
         client::Drive drive;
         drive.number = i;
-        drive.model = QStringLiteral("MODEL %1").arg(i);
-        drive.serial = QStringLiteral("S%1").arg(i);
+        drive.model = QString("MODEL %1").arg(i);
+        drive.serial = QString("S%1").arg(i);
         drive.capacity = 1000204886016;
         drive.bytesPerSector = 512;
         drive.smartState = client::SmartState::Read;
@@ -35,8 +35,7 @@ inline std::shared_ptr<web::ServiceData> fakeData()
         data->scans.last().drive = i;
         data->temperatures.append(web::HourlyMeans());
     }
-    data->volumes.append(
-        {1, QStringLiteral("C:\\"), QStringLiteral("Sys"), QStringLiteral("NTFS"), {}, 1000, 250});
+    data->volumes.append({1, "C:\\", "Sys", "NTFS", {}, 1000, 250});
     return data;
 }
 
@@ -45,7 +44,7 @@ inline std::shared_ptr<web::ServiceSnapshot> fakeService(const QString &name,
 {
     auto service = std::make_shared<web::ServiceSnapshot>();
     service->name = name;
-    service->host = QStringLiteral("192.0.2.1");
+    service->host = "192.0.2.1";
     service->port = 5000;
     service->state = data ? web::ServiceState::Ready : web::ServiceState::Unreachable;
     service->error = data ? QString() : QStringLiteral("connection refused");

@@ -36,13 +36,12 @@ protected:
     void reset()
     {
         m_configuration = web::Configuration();
-        m_configuration.hosts = QStringList{QStringLiteral("disks.example.org")};
+        m_configuration.hosts = QStringList{"disks.example.org"};
         m_sessions = std::make_unique<web::Sessions>();
         m_limit = std::make_unique<web::LoginLimit>();
         m_gateway = std::make_unique<FakeGateway>();
         m_history = std::make_unique<web::HistoryStore>(m_folder.path());
-        m_snapshot.services = {fakeService(QStringLiteral("files"), fakeData()),
-                               fakeService(QStringLiteral("silent"), nullptr)};
+        m_snapshot.services = {fakeService("files", fakeData()), fakeService("silent", nullptr)};
     }
 
     web::HttpRequest parse(const QByteArray &text, const QByteArray &cookie = {}) const
@@ -62,9 +61,9 @@ protected:
 
     web::HttpRequest operatorRequest(const QByteArray &text)
     {
-        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator, {}}};
+        m_configuration.users = {{"ann", web::Role::Operator, {}}};
         const QByteArray token =
-            m_sessions->start({QStringLiteral("ann"), web::Role::Operator}, {}, m_now.toSecsSinceEpoch());
+            m_sessions->start({"ann", web::Role::Operator}, {}, m_now.toSecsSinceEpoch());
         return parse(text + "\nContent-Type: application/json", token);
     }
 
@@ -73,7 +72,7 @@ protected:
     {
         const web::Site site{m_configuration,
                              8643,
-                             QStringLiteral("1.0"),
+                             "1.0",
                              *m_sessions,
                              *m_limit,
                              *m_history,

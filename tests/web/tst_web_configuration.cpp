@@ -77,10 +77,10 @@ private Q_SLOTS:
             "{'host': 'nas'}]}"));
         QVERIFY2(read, qPrintable(read.failure().text));
         QCOMPARE(read->listen.address, QHostAddress(QHostAddress::LocalHostIPv6));
-        QCOMPARE(read->basePath, QStringLiteral("/disks/"));
-        QCOMPARE(read->hosts, QStringList{QStringLiteral("disks.example.org")});
+        QCOMPARE(read->basePath, "/disks/");
+        QCOMPARE(read->hosts, QStringList{"disks.example.org"});
         QCOMPARE(read->services.at(0).endpoint.port, quint16(65535));
-        QCOMPARE(read->services.at(1).name, QStringLiteral("nas"));
+        QCOMPARE(read->services.at(1).name, "nas");
         QCOMPARE(read->services.at(1).endpoint.port, quint16(5000));
         QCOMPARE(read->retentionDays, 730);
     }
@@ -113,21 +113,19 @@ private Q_SLOTS:
     void optionsOverrideTheFile()
     {
         QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("web.json"));
+        const QString path = folder.filePath("web.json");
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(quoted("{'listen': '127.0.0.1:1', 'services': [{'host': 'a'}], 'pollSeconds': 7}"));
         file.close();
-        const auto line = web::parseCommandLine({QStringLiteral("--config=") + path,
-                                                 QStringLiteral("--listen"), QStringLiteral("127.0.0.1:2"),
-                                                 QStringLiteral("--service"), QStringLiteral("b=[::1]:3"),
-                                                 QStringLiteral("--service"), QStringLiteral("c")});
+        const auto line = web::parseCommandLine(
+            {"--config=" + path, "--listen", "127.0.0.1:2", "--service", "b=[::1]:3", "--service", "c"});
         QVERIFY2(line, qPrintable(line.failure().text));
         const auto configuration = web::loadConfiguration(*line);
         QVERIFY2(configuration, qPrintable(configuration.failure().text));
         QCOMPARE(configuration->listen.port, quint16(2));
         QCOMPARE(configuration->services.size(), 2);
-        QCOMPARE(configuration->services.at(0).endpoint.host, QStringLiteral("::1"));
+        QCOMPARE(configuration->services.at(0).endpoint.host, "::1");
         QCOMPARE(configuration->services.at(1).endpoint.port, quint16(5000));
         QCOMPARE(configuration->pollSeconds, 7);
     }
@@ -135,10 +133,10 @@ private Q_SLOTS:
     void refusesOptions_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        row("unknown option", QStringList{QStringLiteral("--serve")});
-        row("value missing", QStringList{QStringLiteral("--state")});
-        row("IPv6 service without a name", QStringList{QStringLiteral("--service"), QStringLiteral("::1")});
-        row("listening port too large", QStringList{QStringLiteral("--listen=127.0.0.1:65536")});
+        row("unknown option", QStringList{"--serve"});
+        row("value missing", QStringList{"--state"});
+        row("IPv6 service without a name", QStringList{"--service", "::1"});
+        row("listening port too large", QStringList{"--listen=127.0.0.1:65536"});
     }
 
     void refusesOptions()
@@ -149,11 +147,10 @@ private Q_SLOTS:
 
     void namedFileMustExist()
     {
-        const auto line =
-            web::parseCommandLine({QStringLiteral("--config"), QStringLiteral("/nowhere/web.json")});
+        const auto line = web::parseCommandLine({"--config", "/nowhere/web.json"});
         const auto configuration = web::loadConfiguration(*line);
         QVERIFY(!configuration);
-        QVERIFY(configuration.failure().text.startsWith(QLatin1String("/nowhere/web.json: ")));
+        QVERIFY(configuration.failure().text.startsWith("/nowhere/web.json: "));
     }
 
     /// The hash comes from Python's hashlib: pbkdf2_hmac("sha256", "secret ü", b"0123456789abcdef", 10000).
@@ -161,12 +158,12 @@ private Q_SLOTS:
     {
         const QByteArray hash =
             "pbkdf2-sha256:10000:MDEyMzQ1Njc4OWFiY2RlZg==:W9aZYnOGw6LvPCA1+HVLy4u1uR5cUzJzEGbuq5r64qw=";
-        QVERIFY(web::verifyPassword(QStringLiteral("secret ü"), hash));
-        QVERIFY(!web::verifyPassword(QStringLiteral("secret u"), hash));
+        QVERIFY(web::verifyPassword("secret ü", hash));
+        QVERIFY(!web::verifyPassword("secret u", hash));
         QVERIFY(!web::verifyPassword(QString(), QByteArray()));
-        const QByteArray own = web::hashPassword(QStringLiteral("x"));
+        const QByteArray own = web::hashPassword("x");
         QVERIFY(web::isPasswordHash(own));
-        QVERIFY(web::hashPassword(QStringLiteral("x")) != own); // each has a salt of its own
+        QVERIFY(web::hashPassword("x") != own); // each has a salt of its own
     }
 };
 

@@ -20,7 +20,7 @@ using web::Timestamp;
 namespace {
 
 constexpr Timestamp kStart = 1794744000;
-const QString kService = QStringLiteral("files");
+const QString kService = "files";
 
 QVector<int> kinds(const HistoryChanges &changes)
 {
@@ -51,8 +51,7 @@ int writeForEver(const QString &folder)
         return 1;
     HistoryChanges changes = firstPoll(*fakeData());
     for (Timestamp time = kStart;; ++time) {
-        changes.events = {
-            {time, kService, 0, {}, {}, EventKind::Level, QStringLiteral("event %1").arg(time)}};
+        changes.events = {{time, kService, 0, {}, {}, EventKind::Level, QString("event %1").arg(time)}};
         for (auto &attribute : changes.attributes)
             attribute.value.raw = time;
         if (!store.add(changes, time))
@@ -109,7 +108,7 @@ private Q_SLOTS:
         *data = all;
         QCOMPARE(kinds(poll()), listOf({EventKind::Returned}));
 
-        data->drives[0].serial = QStringLiteral("NEW"); // swapped
+        data->drives[0].serial = "NEW"; // swapped
         QCOMPARE(kinds(poll()), listOf({EventKind::Appeared, EventKind::Lost}));
     }
 
@@ -133,7 +132,7 @@ private Q_SLOTS:
         data->drives[1].serial = data->drives[0].serial;
         const auto keys = web::driveKeys(kService, data->drives);
         QCOMPARE(keys.at(1).slot, 1);
-        data->drives[1].serial = QStringLiteral("S1");
+        data->drives[1].serial = "S1";
         QCOMPARE(web::driveKeys(kService, data->drives).at(1).slot, -1);
     }
 
@@ -160,13 +159,13 @@ private Q_SLOTS:
         QVERIFY(changes.attributes.isEmpty());
         const auto former = store.formerDrives();
         QCOMPARE(former.size(), 1);
-        QCOMPARE(former.first().key.serial, QStringLiteral("S1"));
+        QCOMPARE(former.first().key.serial, "S1");
         QCOMPARE(former.first().lastSeen, kStart);
         QCOMPARE(*former.first().healthPercent, 98);
         const auto events = store.events({}, kStart, kStart + 60, 10);
         QCOMPARE(events.size(), 1);
         QCOMPARE(events.first().kind, EventKind::Lost);
-        QVERIFY(store.events(QStringLiteral("other"), 0, kStart + 60, 10).isEmpty());
+        QVERIFY(store.events("other", 0, kStart + 60, 10).isEmpty());
     }
 
     void removesOldRecords()
@@ -178,8 +177,7 @@ private Q_SLOTS:
         for (const Timestamp time : {kStart, kStart + 10, kStart + 20}) {
             for (auto &attribute : changes.attributes)
                 attribute.value.raw = time;
-            changes.events = {
-                {time, kService, -1, {}, {}, EventKind::Service, QStringLiteral("service is ready")}};
+            changes.events = {{time, kService, -1, {}, {}, EventKind::Service, "service is ready"}};
             QVERIFY(store.add(changes, time));
         }
         QVERIFY(store.removeBefore(kStart + 100));
@@ -206,7 +204,7 @@ private Q_SLOTS:
             QVERIFY(store.open());
             QVERIFY(store.add(changes, kStart));
         }
-        QFile file(folder.filePath(QStringLiteral("history.db")));
+        QFile file(folder.filePath("history.db"));
         QVERIFY(file.open(QIODevice::ReadWrite));
         file.seek(offset);
         file.write(QByteArray(int(offset == 0 ? 4096 : file.size() - offset), 'x'));
@@ -216,7 +214,7 @@ private Q_SLOTS:
         HistoryChanges again = firstPoll(*fakeData());
         (void)store.add(again, kStart); // detects the damage at the latest
         QVERIFY(store.add(again, kStart));
-        const QStringList aside = QDir(folder.path()).entryList({QStringLiteral("history.db.damaged-*")});
+        const QStringList aside = QDir(folder.path()).entryList({"history.db.damaged-*"});
         QVERIFY(!aside.isEmpty());
     }
 
@@ -246,7 +244,7 @@ private Q_SLOTS:
     {
         QTemporaryDir folder;
         QProcess writer;
-        writer.start(QCoreApplication::applicationFilePath(), {QStringLiteral("write"), folder.path()});
+        writer.start(QCoreApplication::applicationFilePath(), {"write", folder.path()});
         QByteArray output;
         while (output.count('\n') < 500) {
             QVERIFY(writer.waitForReadyRead());
@@ -268,7 +266,7 @@ private Q_SLOTS:
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
-    if (QCoreApplication::arguments().value(1) == QLatin1String("write"))
+    if (QCoreApplication::arguments().value(1) == "write")
         return writeForEver(QCoreApplication::arguments().value(2));
     TestWebHistory test;
     return QTest::qExec(&test, argc, argv);

@@ -14,12 +14,12 @@ private Q_SLOTS:
     void writesMetrics()
     {
         auto data = fakeData();
-        data->drives[0].model = QStringLiteral("A\"B\\C\n<b>");
+        data->drives[0].model = "A\"B\\C\n<b>";
         data->drives[1] = data->drives[0]; // same model and serial
         data->drives[1].temperature.reset();
         data->drives[1].powerOn.unit = PowerOnCounter::Unit::Unknown;
         data->attributes[0].append(data->attributes[0].first());
-        m_snapshot.services = {fakeService(QStringLiteral("files"), data)};
+        m_snapshot.services = {fakeService("files", data)};
         const QByteArray metrics = text("GET /metrics");
         const QByteArray device = "device=\"ata-A_B_C__b__S0-0\"";
         QVERIFY(metrics.contains("smartctl_device_temperature{" + device +
@@ -71,14 +71,14 @@ private Q_SLOTS:
         QFETCH(QByteArray, status);
         auto data = fakeData();
         data->attributes[0] = {{5, isPrefailure, true, current, current, threshold, 0, 0x33}};
-        m_snapshot.services = {fakeService(QStringLiteral("files"), data)};
+        m_snapshot.services = {fakeService("files", data)};
         QVERIFY(text("GET /metrics")
                     .contains("smartctl_device_smart_status{device=\"ata-MODEL_0_S0\"} " + status + '\n'));
     }
 
     void discoversTargets()
     {
-        m_configuration.basePath = QStringLiteral("/disks/");
+        m_configuration.basePath = "/disks/";
         const QByteArray targets = text("GET /disks/targets");
         QVERIFY2(targets.startsWith(quoted(
                      "[{'labels':{'__metrics_path__':'/disks/"

@@ -45,7 +45,7 @@ protected:
 web::ServiceAddress addressOf(const QTcpServer &server)
 {
     const quint16 port = server.serverPort();
-    return {QString::number(port), {QStringLiteral("127.0.0.1"), port, {}}, {}};
+    return {QString::number(port), {"127.0.0.1", port, {}}, {}};
 }
 
 } // namespace

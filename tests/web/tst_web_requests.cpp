@@ -35,8 +35,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("status");
         const QByteArray json = "\nContent-Type: application/json";
         const QByteArray refresh = "POST /api/v1/services/files/refresh";
-        const QString reader = QStringLiteral("reader");
-        const QString op = QStringLiteral("operator");
+        const QString reader = "reader";
+        const QString op = "operator";
         row("foreign host name", QByteArray("GET /\nHost: evil.example"), op, 403);
         row("host name that ends like ours", QByteArray("GET /\nHost: disks.example.org.evil.example"), op,
             403);
@@ -80,12 +80,12 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, request);
         QFETCH(QString, role);
-        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator, {}}};
+        m_configuration.users = {{"ann", web::Role::Operator, {}}};
         m_configuration.metricsToken = "tok";
         QByteArray cookie;
         if (!role.isEmpty()) {
-            const auto value = role == QLatin1String("operator") ? web::Role::Operator : web::Role::Reader;
-            cookie = m_sessions->start({QStringLiteral("ann"), value}, {}, m_now.toSecsSinceEpoch());
+            const auto value = role == "operator" ? web::Role::Operator : web::Role::Reader;
+            cookie = m_sessions->start({"ann", value}, {}, m_now.toSecsSinceEpoch());
         }
         QTEST(respond(parse(request, cookie)).status, "status");
     }
@@ -120,16 +120,16 @@ private Q_SLOTS:
         const QJsonArray services =
             QJsonDocument::fromJson(respond(parse("GET /api/v1/overview")).body).array();
         const QJsonObject files = services.at(0).toObject();
-        QCOMPARE(files.value(QStringLiteral("state")).toString(), QStringLiteral("ready"));
-        QCOMPARE(files.value(QStringLiteral("level")).toString(), QStringLiteral("warning"));
-        QCOMPARE(files.value(QStringLiteral("drives")).toInt(), 2);
-        const QJsonObject drive = files.value(QStringLiteral("driveList")).toArray().at(1).toObject();
-        QCOMPARE(drive.value(QStringLiteral("serial")).toString(), QStringLiteral("S1"));
-        QCOMPARE(drive.value(QStringLiteral("temperatures")).toArray().size(), 24);
+        QCOMPARE(files.value("state").toString(), "ready");
+        QCOMPARE(files.value("level").toString(), "warning");
+        QCOMPARE(files.value("drives").toInt(), 2);
+        const QJsonObject drive = files.value("driveList").toArray().at(1).toObject();
+        QCOMPARE(drive.value("serial").toString(), "S1");
+        QCOMPARE(drive.value("temperatures").toArray().size(), 24);
         const QJsonObject silent = services.at(1).toObject();
-        QCOMPARE(silent.value(QStringLiteral("state")).toString(), QStringLiteral("unreachable"));
-        QVERIFY(silent.value(QStringLiteral("lastAnswer")).isNull());
-        QCOMPARE(silent.value(QStringLiteral("error")).toString(), QStringLiteral("connection refused"));
+        QCOMPARE(silent.value("state").toString(), "unreachable");
+        QVERIFY(silent.value("lastAnswer").isNull());
+        QCOMPARE(silent.value("error").toString(), "connection refused");
     }
 
     void refusesBodies_data()
@@ -168,10 +168,10 @@ private Q_SLOTS:
         HttpRequest scan = operatorRequest("POST /api/v1/services/files/drives/1/scan");
         scan.body = quoted("{'serial': 'S1', 'first': 10, 'last': null}");
         QCOMPARE(respond(scan).status, 200);
-        QCOMPARE(m_gateway->m_service, QStringLiteral("files"));
+        QCOMPARE(m_gateway->m_service, "files");
         const auto &work = std::get<web::work::StartScan>(*m_gateway->m_work);
         QCOMPARE(work.drive.number, 1);
-        QCOMPARE(work.drive.serial, QStringLiteral("S1"));
+        QCOMPARE(work.drive.serial, "S1");
         QCOMPARE(*work.first, quint64(10));
         QVERIFY(!work.last);
         QCOMPARE(work.block, 262144);
@@ -179,8 +179,8 @@ private Q_SLOTS:
 
     void logsInAndOut()
     {
-        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator,
-                                  lightHash("6umsHhz0yhb+YIJ/FUgCrsOB+tK+gGdB+tvI2KPIHns=")}};
+        m_configuration.users = {
+            {"ann", web::Role::Operator, lightHash("6umsHhz0yhb+YIJ/FUgCrsOB+tK+gGdB+tvI2KPIHns=")}};
         HttpRequest login = parse("POST /login\nContent-Type: application/json", "chosen-by-another");
         login.body = quoted("{'name': 'ann', 'password': 'secret'}");
         login.isSecure = true;
@@ -198,14 +198,14 @@ private Q_SLOTS:
 
     void limitsFailedLogins()
     {
-        m_configuration.users = {{QStringLiteral("ann"), web::Role::Operator,
-                                  lightHash("6umsHhz0yhb+YIJ/FUgCrsOB+tK+gGdB+tvI2KPIHns=")}};
+        m_configuration.users = {
+            {"ann", web::Role::Operator, lightHash("6umsHhz0yhb+YIJ/FUgCrsOB+tK+gGdB+tvI2KPIHns=")}};
         HttpRequest login = parse("POST /login\nContent-Type: application/json");
         login.body = quoted("{'name': 'ann', 'password': 'wrong'}");
         for (int i = 0; i < 5; ++i)
             QCOMPARE(respond(login).status, 401);
         QCOMPARE(respond(login).status, 429);
-        login.peer = QHostAddress(QStringLiteral("192.0.2.9"));
+        login.peer = QHostAddress("192.0.2.9");
         QCOMPARE(respond(login).status, 401); // each address has attempts of its own
         m_now = m_now.addSecs(60);
         login.peer = QHostAddress(QHostAddress::LocalHost);
@@ -215,10 +215,10 @@ private Q_SLOTS:
     void endsSessions()
     {
         const web::Seconds start = m_now.toSecsSinceEpoch();
-        const QByteArray token = m_sessions->start({QStringLiteral("ann"), web::Role::Reader}, {}, start);
+        const QByteArray token = m_sessions->start({"ann", web::Role::Reader}, {}, start);
         QVERIFY(m_sessions->find(token, start + 12 * 3600 - 1));
         QVERIFY(!m_sessions->find(token, start + 12 * 3600));
-        const QByteArray next = m_sessions->start({QStringLiteral("ann"), web::Role::Reader}, token, start);
+        const QByteArray next = m_sessions->start({"ann", web::Role::Reader}, token, start);
         QVERIFY(!m_sessions->find(token, start)); // replaced by the new login
         QVERIFY(m_sessions->find(next, start));
     }

@@ -17,8 +17,7 @@ client::TemperatureHistory history(const QVector<QPair<QString, int>> &records)
 {
     client::TemperatureHistory result;
     for (const auto &[time, celsius] : records) {
-        QDateTime moment =
-            QDateTime::fromString(QStringLiteral("2026") + time, QStringLiteral("yyyyMMddHHmmss"));
+        QDateTime moment = QDateTime::fromString("2026" + time, "yyyyMMddHHmmss");
         moment.setTimeSpec(Qt::UTC);
         result.records.append({moment, 0, celsius});
     }
@@ -39,14 +38,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("reply");
         QTest::addColumn<QByteArray>("configured");
         QTest::addColumn<int>("offset"); // on 2026-07-01, seconds east of UTC
-        const QString prefix = QStringLiteral("X-TIME_OK]![1794744000]![");
-        row("zone name", prefix + QStringLiteral("3600]![Europe/Berlin"), QByteArray("UTC"), 7200);
-        row("name of Windows", prefix + QStringLiteral("3600]![W. Europe Standard Time"), QByteArray(), 7200);
-        row("unknown name → offset", prefix + QStringLiteral("3600]![CET?"), QByteArray(), 3600);
-        row("name that contradicts the offset → offset", prefix + QStringLiteral("7200]![Europe/Berlin"),
-            QByteArray(), 7200);
-        row("no such command → configured", QStringLiteral("UNKNOWN COMMAND - Command list:"), kBerlin, 7200);
-        row("offset out of range → configured", prefix + QStringLiteral("90000]![UTC"), kBerlin, 7200);
+        const QString prefix = "X-TIME_OK]![1794744000]![";
+        row("zone name", prefix + "3600]![Europe/Berlin", QByteArray("UTC"), 7200);
+        row("name of Windows", prefix + "3600]![W. Europe Standard Time", QByteArray(), 7200);
+        row("unknown name → offset", prefix + "3600]![CET?", QByteArray(), 3600);
+        row("name that contradicts the offset → offset", prefix + "7200]![Europe/Berlin", QByteArray(), 7200);
+        row("no such command → configured", "UNKNOWN COMMAND - Command list:", kBerlin, 7200);
+        row("offset out of range → configured", prefix + "90000]![UTC", kBerlin, 7200);
     }
 
     void readsServiceTime()
@@ -74,20 +72,18 @@ private Q_SLOTS:
 
     void dividesASeries()
     {
-        const auto records = history({{QStringLiteral("1115000000"), 20},
-                                      {QStringLiteral("1115000100"), 30},
-                                      {QStringLiteral("1115000900"), 50},
-                                      {QStringLiteral("1115001000"), 99}});
+        const auto records =
+            history({{"1115000000", 20}, {"1115000100", 30}, {"1115000900", 50}, {"1115001000", 99}});
         web::TemperatureQuery query{0, 0, records.records.at(2).time.toSecsSinceEpoch(), 2};
         const web::ServiceClock utc(QTimeZone::utc());
-        QJsonArray points = web::temperatureSeries(records, query, utc)[QStringLiteral("points")].toArray();
+        QJsonArray points = web::temperatureSeries(records, query, utc)["points"].toArray();
         QCOMPARE(points.size(), 2);
-        QCOMPARE(points.at(0)[QStringLiteral("min")].toInt(), 20);
-        QCOMPARE(points.at(0)[QStringLiteral("mean")].toDouble(), 25.0);
-        QCOMPARE(points.at(0)[QStringLiteral("max")].toInt(), 30);
-        QCOMPARE(points.at(1)[QStringLiteral("time")].toString(), QStringLiteral("2026-11-15T00:09:00Z"));
+        QCOMPARE(points.at(0)["min"].toInt(), 20);
+        QCOMPARE(points.at(0)["mean"].toDouble(), 25.0);
+        QCOMPARE(points.at(0)["max"].toInt(), 30);
+        QCOMPARE(points.at(1)["time"].toString(), "2026-11-15T00:09:00Z");
         query.drive = 1;
-        points = web::temperatureSeries(records, query, utc)[QStringLiteral("points")].toArray();
+        points = web::temperatureSeries(records, query, utc)["points"].toArray();
         QVERIFY(points.isEmpty());
         QCOMPARE(web::temperatureCsv(records, {0, 0, query.to, 1}, utc).count('\n'), 4);
     }
@@ -109,16 +105,15 @@ private Q_SLOTS:
 
     void exportsWithoutTheRepeatedHour()
     {
-        const auto records =
-            history({{QStringLiteral("1025025000"), 20},
-                     {QStringLiteral("1025020500"), 21}, // the same hour again
-                     {QStringLiteral("1025025500"), 22},
-                     {QStringLiteral("1025030500"), 23},
-                     {QStringLiteral("0601000000"), 24}}); // the clock was set back by months
+        const auto records = history({{"1025025000", 20},
+                                      {"1025020500", 21}, // the same hour again
+                                      {"1025025500", 22},
+                                      {"1025030500", 23},
+                                      {"0601000000", 24}}); // the clock was set back by months
         client::Drive drive;
-        drive.model = QStringLiteral("M");
-        drive.serial = QStringLiteral("S");
-        const QByteArray text = web::metrics::exportTemperatures(records, {drive}, QStringLiteral("files"),
+        drive.model = "M";
+        drive.serial = "S";
+        const QByteArray text = web::metrics::exportTemperatures(records, {drive}, "files",
                                                                  web::ServiceClock(QTimeZone(kBerlin)));
         QVector<int> celsius;
         qint64 last = 0;
@@ -138,26 +133,24 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("line");
         QTest::addColumn<bool>("isShown");
-        const QString password = QStringLiteral("geheim");
-        row("server's greeting", QStringLiteral("220 mail ready"), true);
+        const QString password = "geheim";
+        row("server's greeting", "220 mail ready", true);
         row("AUTH LOGIN", QString::fromLatin1(password.toUtf8().toBase64()), false);
-        row("AUTH PLAIN",
-            QStringLiteral("AUTH PLAIN ") + QString::fromLatin1(QByteArray("\0ann\0geheim", 11).toBase64()),
+        row("AUTH PLAIN", "AUTH PLAIN " + QString::fromLatin1(QByteArray("\0ann\0geheim", 11).toBase64()),
             false);
-        row("plain", QStringLiteral("535 'geheim' is wrong"), false);
+        row("plain", "535 'geheim' is wrong", false);
     }
 
     void hidesCredentials()
     {
         QFETCH(QString, line);
-        QTEST(web::withoutCredentials(line + QLatin1Char('\r'), QStringLiteral("geheim")).contains(line),
-              "isShown");
+        QTEST(web::withoutCredentials(line + QLatin1Char('\r'), "geheim").contains(line), "isShown");
     }
 
     void limitsConnectionsOfOneAddress()
     {
-        const QHostAddress client(QStringLiteral("192.0.2.1"));
-        const QHostAddress proxy(QStringLiteral("10.0.0.1"));
+        const QHostAddress client("192.0.2.1");
+        const QHostAddress proxy("10.0.0.1");
         web::ConnectionWatch watch({proxy}, true);
         for (quintptr socket = 1; socket <= 31; ++socket)
             QVERIFY(watch.opened(socket, client, 0));
@@ -177,20 +170,19 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("forwarded");
         QTest::addColumn<QString>("client"); // of a request from 10.0.0.1
-        row("no header", QByteArray(), QStringLiteral("10.0.0.1"));
-        row("one hop", QByteArray("192.0.2.1"), QStringLiteral("192.0.2.1"));
-        row("client that invents hops", QByteArray("127.0.0.1, 192.0.2.1"), QStringLiteral("192.0.2.1"));
-        row("two proxies", QByteArray("192.0.2.1, 10.0.0.2"), QStringLiteral("192.0.2.1"));
-        row("header that is not an address", QByteArray("unknown"), QStringLiteral("10.0.0.1"));
+        row("no header", QByteArray(), "10.0.0.1");
+        row("one hop", QByteArray("192.0.2.1"), "192.0.2.1");
+        row("client that invents hops", QByteArray("127.0.0.1, 192.0.2.1"), "192.0.2.1");
+        row("two proxies", QByteArray("192.0.2.1, 10.0.0.2"), "192.0.2.1");
+        row("header that is not an address", QByteArray("unknown"), "10.0.0.1");
     }
 
     void findsTheClientBehindProxies()
     {
         QFETCH(QByteArray, forwarded);
-        const QVector<QHostAddress> proxies{QHostAddress(QStringLiteral("10.0.0.1")),
-                                            QHostAddress(QStringLiteral("10.0.0.2"))};
+        const QVector<QHostAddress> proxies{QHostAddress("10.0.0.1"), QHostAddress("10.0.0.2")};
         QTEST(web::clientAddress(proxies.first(), forwarded, proxies).toString(), "client");
-        const QHostAddress stranger(QStringLiteral("203.0.113.5")); // its header is ignored
+        const QHostAddress stranger("203.0.113.5"); // its header is ignored
         QCOMPARE(web::clientAddress(stranger, forwarded, proxies), stranger);
     }
 };
