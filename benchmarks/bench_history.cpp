@@ -166,7 +166,7 @@ void throughTheService(benchmark::State &state)
         console.send(kWholeFile);
         size = takeLine(console);
     }
-    const double peak = procStatusKiB(service.process().processId(), "VmHWM") * 1024;
+    const double peak = procStatus(service.process().processId(), "VmHWM") * 1024;
     state.counters["reply_MB"] = double(size) / 1e6;
     state.counters["peak_memory_per_reply"] = peak / double(size);
 }

@@ -163,8 +163,8 @@ void idleMemory(benchmark::State &state)
     if (!RawConsole(bare.port()).isConnected())
         return state.SkipWithError("the bare server does not start");
     for (auto _ : state) {
-        const double ours = procStatusKiB(service->process().processId(), "VmRSS");
-        const double bareKiB = procStatusKiB(bare.processId(), "VmRSS");
+        const double ours = procStatus(service->process().processId(), "VmRSS");
+        const double bareKiB = procStatus(bare.processId(), "VmRSS");
         state.counters["service_KiB"] = ours;
         state.counters["bare_KiB"] = bareKiB;
         state.counters["ratio"] = ours / bareKiB;

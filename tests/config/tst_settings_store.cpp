@@ -3,6 +3,7 @@
 #include "config/fake_service_key.h"
 #include "config/settings_file.h"
 #include "config/settings_store.h"
+#include "files.h"
 #include "rows.h"
 
 #include <QDeadlineTimer>
@@ -156,9 +157,7 @@ private Q_SLOTS:
         reader.join();
         QVERIFY(isWritten);
         QCOMPARE(seen, QByteArray("the old file"));
-        QFile written(path());
-        QVERIFY(written.open(QIODevice::ReadOnly));
-        QCOMPARE(written.readAll(), settingsFileText(m_settings, {}, offset));
+        QCOMPARE(contentOf(path()), settingsFileText(m_settings, {}, offset));
     }
 
     void relativeDirectoryIsLeftAlone()
@@ -183,12 +182,7 @@ private Q_SLOTS:
 private:
     QString path() const { return m_home->filePath("HalvexService.ini"); }
 
-    void putFile(const QByteArray &bytes) const
-    {
-        QFile file(path());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), qint64(bytes.size()));
-    }
+    void putFile(const QByteArray &bytes) const { writeFile(path(), bytes); }
 
     static int offset() { return 5; }
 

@@ -2,13 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "files.h"
 #include "platform/platform.h"
 #include "platform/simulated/simulated_platform.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <QTemporaryDir>
 
 /// Returns a simulated machine with the given drives and volumes (docs/simulated-machine.md).
@@ -25,9 +25,7 @@ public:
     void change(const QJsonArray &drives, const QJsonArray &volumes = {}) const
     {
         const QJsonObject machine{{"drives", drives}, {"volumes", volumes}};
-        QSaveFile file(fileName());
-        if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(machine).toJson()) < 0 ||
-            !file.commit())
+        if (!replaceFile(fileName(), QJsonDocument(machine).toJson()))
             qFatal("no machine file");
     }
 

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "disk/inventory.h"
 #include "disk/simulated_machine.h"
+#include "files.h"
 #include "rows.h"
 
 #include <QDir>
@@ -47,9 +48,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, dump);
         QFETCH(QString, answer);
-        QFile file(dump);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QJsonObject expected = QJsonDocument::fromJson(file.readAll()).object();
+        const QJsonObject expected = QJsonDocument::fromJson(contentOf(dump)).object();
         const QJsonArray answers{"geometry", "partition", "deviceNumber", "descriptor", answer};
         const SimulatedMachine machine({QJsonObject{{"number", 5}, {"dump", dump}, {"answers", answers}}});
         Inventory inventory(machine.drives());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "monitor/alert_text.h"
 #include "monitor/program_transport.h"
 #include "monitor/webhook_server.h"
@@ -264,11 +265,10 @@ private Q_SLOTS:
 private:
     QString makeProgram(const QString &script)
     {
-        QFile file(m_folder.filePath("program"));
-        file.open(QIODevice::WriteOnly | QIODevice::Truncate);
-        file.write("#!/bin/sh\n" + script.toUtf8() + '\n');
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        return file.fileName();
+        const QString path = m_folder.filePath("program");
+        writeFile(path, "#!/bin/sh\n" + script.toUtf8() + '\n');
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return path;
     }
 
     QTemporaryDir m_folder;

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/temperature_history.h"
 
+#include "files.h"
 #include "monitor/plain_history.h"
 #include "rows.h"
 
@@ -154,7 +155,7 @@ private Q_SLOTS:
         if (isReplaced)
             QVERIFY(QFile::rename(m_path, m_folder.filePath("old")));
         if (!log.isEmpty())
-            QTRY_VERIFY(write(log) && fileStamp(m_path) != before); // a file system's clock is coarse
+            QTRY_VERIFY((write(log), fileStamp(m_path) != before)); // a file system's clock is coarse
         QFile::remove(m_folder.filePath("old"));
         QCOMPARE(textOf(history, kAlways[0], kAlways[1]), QString::fromLatin1(log));
 
@@ -203,11 +204,7 @@ private Q_SLOTS:
     }
 
 private:
-    bool write(const QByteArray &bytes)
-    {
-        QFile file(m_path);
-        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-    }
+    void write(const QByteArray &bytes) const { writeFile(m_path, bytes); }
 
     Workers m_workers;
     QTemporaryDir m_folder;

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "monitor/temperature_log.h"
 
+#include "files.h"
 #include "rows.h"
 
 #include <QDir>
@@ -51,9 +52,9 @@ private Q_SLOTS:
         QFETCH(int, device);
         QFETCH(int, celsius);
         if (!before.isEmpty())
-            write(before);
+            writeFile(m_path, before);
         QVERIFY(appendTemperatures(m_path, {{device, celsius}}, kMoment));
-        QTEST(read(), "after");
+        QTEST(contentOf(m_path), "after");
     }
 
     /// "C:/" is not absolute on a system without drive letters; no log is written to the current directory.
@@ -68,19 +69,6 @@ private Q_SLOTS:
     }
 
 private:
-    void write(const QByteArray &bytes)
-    {
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), qint64(bytes.size()));
-    }
-
-    [[nodiscard]] QByteArray read() const
-    {
-        QFile file(m_path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
     QTemporaryDir m_folder;
     QString m_path;
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/linux_service_manager.h"
 #include "platform/linux/systemd_unit.h"
@@ -107,8 +108,7 @@ private Q_SLOTS:
                       (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)));
         }
 
-        QFile settings(m_folder->filePath("HalvexService.ini"));
-        QVERIFY(settings.open(QIODevice::WriteOnly));
+        writeFile(m_folder->filePath("HalvexService.ini"), {});
         QVERIFY(m_manager->uninstall({}).ok());
         QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList{"HalvexService.ini"});
         QVERIFY(!m_manager->uninstall({}).ok());

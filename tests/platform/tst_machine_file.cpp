@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "platform/simulated/machine_file.h"
 #include "rows.h"
 
@@ -141,9 +142,7 @@ private Q_SLOTS:
     /// The documented example must be a valid machine.
     void documentedExample()
     {
-        QFile page(HALVEX_SOURCE_DIR "/docs/simulated-machine.md");
-        QVERIFY(page.open(QIODevice::ReadOnly));
-        const QByteArray text = page.readAll();
+        const QByteArray text = contentOf(HALVEX_SOURCE_DIR "/docs/simulated-machine.md");
         const int start = text.indexOf("\n    {\n", text.indexOf("## An example"));
         const int end = text.indexOf("\n    }\n", start) + 7;
         const MachineReply reply =

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "platform/linux/linux_service_key.h"
 #include "rows.h"
 
@@ -93,17 +94,8 @@ private Q_SLOTS:
     }
 
 private:
-    void write(const QByteArray &contents) const
-    {
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(contents), qint64(contents.size()));
-    }
-    [[nodiscard]] QByteArray read() const
-    {
-        QFile file(m_path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    void write(const QByteArray &contents) const { writeFile(m_path, contents); }
+    [[nodiscard]] QByteArray read() const { return contentOf(m_path); }
 
     QTemporaryDir m_folder;
     const QString m_path = m_folder.filePath("service-key.json");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "drive_contract.h"
+#include "files.h"
 #include "platform/drive_requests.h"
 #include "platform/platform.h"
 #include "platform/simulated/machine.h"
@@ -9,7 +10,6 @@
 
 #include <QDateTime>
 #include <QFile>
-#include <QSaveFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -36,12 +36,7 @@ public:
     [[nodiscard]] QString path(const char *name) const { return m_folder.filePath(name); }
 
     /// Overwrites the file in place, so that it keeps its inode.
-    void write(const char *name, const QByteArray &content) const
-    {
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        QCOMPARE(file.write(content), qint64(content.size()));
-    }
+    void write(const char *name, const QByteArray &content) const { writeFile(path(name), content); }
 
     [[nodiscard]] Platform &platform() { return m_platform; }
     /// Opens drive 0.
@@ -212,12 +207,9 @@ private Q_SLOTS:
             });
         }
         // Repeats until it succeeds: Windows refuses while another program reads the file.
-        const auto replace = [&](const QByteArray &content) {
-            QSaveFile file(folder.path("m.json"));
-            return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
-        };
         for (int change = 0; change < 20; ++change)
-            QTRY_VERIFY(replace(change % 2 == 0 ? oneDrive(R"("capacity": 4096)") : small));
+            QTRY_VERIFY(replaceFile(folder.path("m.json"),
+                                    change % 2 == 0 ? oneDrive(R"("capacity": 4096)") : small));
         for (std::thread &reader : readers)
             reader.join();
         QCOMPARE(failures.load(), 0);

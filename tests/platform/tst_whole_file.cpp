@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "platform/whole_file.h"
 
+#include "files.h"
 #include "rows.h"
 
 #include <QDir>
@@ -54,7 +55,7 @@ private Q_SLOTS:
     void replacing()
     {
         QVERIFY(whole_file::replace(m_path, "old"));
-        put(m_path + ".new", "half"); // left by a killed process
+        writeFile(m_path + ".new", "half"); // left by a killed process
         const auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
         QVERIFY(whole_file::replace(m_path, "secret", ownerOnly));
         QCOMPARE(resultOf(m_path), "secret");
@@ -76,7 +77,7 @@ private Q_SLOTS:
     {
         const QDateTime now(QDate(2026, 11, 15), QTime(0, 36, 7));
         for (const char *content : {"first", "second"}) {
-            put(m_path, content);
+            writeFile(m_path, content);
             QVERIFY(whole_file::setAside(m_path, now));
         }
         const QString name = "state.damaged-20261115-003607";
@@ -98,15 +99,8 @@ private:
             ::mkfifo(QFile::encodeName(m_path).constData(), S_IRUSR | S_IWUSR);
 #endif
         else if (what != "nothing")
-            put(m_path, what.toUtf8());
+            writeFile(m_path, what.toUtf8());
         return m_path;
-    }
-
-    static void put(const QString &path, const QByteArray &bytes)
-    {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), qint64(bytes.size()));
     }
 
     static QString resultOf(const QString &path)

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #include "process/mail_server.h"
 
+#include "files.h"
 #include "process/service_fixture.h"
 
 #include <QFile>
@@ -53,13 +54,6 @@ login:
   server_set_id = $auth1
 )";
 
-bool writeFile(const QString &path, const QByteArray &bytes, uid_t owner)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() &&
-           ::fchown(file.handle(), owner, gid_t(-1)) == 0;
-}
-
 } // namespace
 
 MailServer::MailServer(const Options &options)
@@ -75,14 +69,15 @@ MailServer::MailServer(const Options &options)
     if (!options.certificate.isEmpty()) {
         tls = "tls_advertise_hosts = *\ntls_certificate = %2/certificate\nauth_advertise_hosts = ${if "
               "eq{$tls_in_cipher}{}{}{*}}";
-        if (!writeFile(m_folder.filePath("certificate"), options.certificate, user->pw_uid))
-            qFatal("the certificate cannot be written");
+        const QString certificate = m_folder.filePath("certificate");
+        writeFile(certificate, options.certificate);
+        if (chown(QFile::encodeName(certificate).constData(), user->pw_uid, gid_t(-1)) != 0)
+            qFatal("the certificate cannot be given to exim4");
     }
     QByteArray text = kConfiguration;
     text.replace("%4", tls).replace("%1", user->pw_name).replace("%2", QFile::encodeName(m_folder.path()));
     text.replace("%3", options.needAuth ? "authenticated = *" : "");
-    if (!writeFile(m_folder.filePath("configuration"), text, geteuid()))
-        qFatal("the configuration cannot be written");
+    writeFile(m_folder.filePath("configuration"), text);
 }
 
 MailServer::~MailServer()
@@ -149,15 +144,14 @@ TestAuthority::TestAuthority()
 
 QByteArray TestAuthority::certificateFor(const QString &names, int days) const
 {
-    if (!writeFile(m_folder.filePath("names"), "subjectAltName=" + names.toLatin1(), geteuid()) ||
-        !openssl("x509 -req -in request -CA ca.pem -CAkey ca.key -CAcreateserial -out certificate -extfile "
+    writeFile(m_folder.filePath("names"), "subjectAltName=" + names.toLatin1());
+    if (!openssl("x509 -req -in request -CA ca.pem -CAkey ca.key -CAcreateserial -out certificate -extfile "
                  "names -days " +
                  QString::number(days)))
         return {};
     QByteArray pem;
-    for (const QString &part : {QString("certificate"), QString("key")}) {
+    for (const char *part : {"certificate", "key"})
         pem += contentOf(m_folder.filePath(part));
-    }
     return pem;
 }
 

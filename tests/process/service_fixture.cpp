@@ -10,7 +10,6 @@
 #include <QHostAddress>
 #include <QJsonDocument>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QTest>
 
 #include <csignal>
@@ -19,8 +18,7 @@ namespace {
 
 void writeJson(const QString &path, const QJsonObject &object)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(object).toJson()) < 0 || !file.commit())
+    if (!replaceFile(path, QJsonDocument(object).toJson()))
         qFatal("cannot write %s", qPrintable(path));
 }
 
@@ -194,12 +192,6 @@ QByteArray ServiceFixture::output()
 {
     m_output += m_process.readAll();
     return m_output;
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QJsonObject json(const QByteArray &text)

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "files.h"
+
 #include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -114,9 +116,6 @@ private:
     std::unique_ptr<RawConsole> m_console;
     quint16 m_port = 0;
 };
-
-/// Returns the content of a file; empty if it cannot be read.
-[[nodiscard]] QByteArray contentOf(const QString &path);
 
 /// Parses a JSON object, usually a machine. Dumps of real drives are in "drives/".
 [[nodiscard]] QJsonObject json(const QByteArray &text);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "process/proc_status.h"
 #include "process/soak_crowd.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -206,16 +206,8 @@ void Soak::startAgain()
 
 Holdings Soak::holdings() const
 {
-    QFile file(QString("/proc/%1/status").arg(m_service.processId()));
-    const QByteArray status = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    const auto number = [&status](const QByteArray &name) {
-        return status.mid(status.indexOf('\n' + name) + 1 + name.size())
-            .simplified()
-            .split(' ')
-            .first()
-            .toInt();
-    };
-    return {m_service.descriptors(), number("Threads:"), number("VmRSS:")};
+    const auto number = [this](const char *field) { return int(procStatus(m_service.processId(), field)); };
+    return {m_service.descriptors(), number("Threads"), number("VmRSS")};
 }
 
 /// Samples the resources while no crowd is connected and no scan runs.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "monitor/webhook_server.h"
 #include "process/mail_server.h"
 #include "process/service_fixture.h"
@@ -194,11 +195,9 @@ private Q_SLOTS:
         service.setKeyValue("AlertPolicy", "changes");
         setHome(service);
         service.writeMachine(drive(30));
-        QFile file(service.path("alerts.json"));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{\"drives\": [") > 0);
-        file.close();
+        writeFile(service.path("alerts.json"), "{\"drives\": [");
         QVERIFY2(service.serve(), service.output());
-        QTRY_VERIFY_WITH_TIMEOUT(contentOf(file.fileName()).contains("WARM DRIVE"), kPatienceMs);
+        QTRY_VERIFY_WITH_TIMEOUT(service.content("alerts.json").contains("WARM DRIVE"), kPatienceMs);
         const QStringList aside = QDir(service.home()).entryList({"alerts.json.damaged-*"});
         QCOMPARE(aside.size(), 1);
         QTRY_VERIFY_WITH_TIMEOUT(service.output().contains(aside.first().toUtf8()), kPatienceMs);

@@ -3,6 +3,7 @@
 #include "process/proc_status.h"
 #include "process/service_fixture.h"
 
+#include "files.h"
 #include "rows.h"
 #include "wire/scrambling.h"
 
@@ -101,13 +102,10 @@ public:
     Victim()
     {
         writeMachine(json(R"({"drives": [{"number": 0, "dump": "drives/st500nm0011.json"}]})"));
-        QFile log(path("temperature.log"));
-        const QByteArray records = QByteArray(";,0+!!!a").repeated(kLogBytes / 8);
-        if (!log.open(QIODevice::WriteOnly) || log.write(records) != records.size())
-            qFatal("the log cannot be written");
+        writeFile(path("temperature.log"), QByteArray(";,0+!!!a").repeated(kLogBytes / 8));
     }
 
-    [[nodiscard]] int memoryKiB(const char *field) const { return int(procStatusKiB(processId(), field)); }
+    [[nodiscard]] int memoryKiB(const char *field) const { return int(procStatus(processId(), field)); }
 
     /// Starts the service, waits for the index of its log, and returns its memory when idle.
     [[nodiscard]] int serveIdle()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "process/service_fixture.h"
 #include "rows.h"
 
@@ -66,8 +67,7 @@ private Q_SLOTS:
             "accounts": [{"name": "Operator", "privilege": 2}]
         })"));
         QVERIFY2(m_service.serve(), m_service.output());
-        QFile password(m_service.path("password"));
-        QVERIFY(password.open(QIODevice::WriteOnly) && password.write("s3cret\n") > 0);
+        writeFile(m_service.path("password"), "s3cret\n");
     }
 
     void cleanupTestCase() { QCOMPARE(m_service.stop(), 0); }

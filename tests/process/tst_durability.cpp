@@ -3,6 +3,7 @@
 #include "process/service_fixture.h"
 
 #include "config/settings_file.h"
+#include "files.h"
 #include "process/failing_files.h"
 #include "rows.h"
 
@@ -233,9 +234,7 @@ private Q_SLOTS:
     void serviceKeyThatCannotBeRead()
     {
         FailingService service;
-        QFile key(service.path("service-key.json"));
-        QVERIFY(key.open(QIODevice::WriteOnly) && key.write("{\"Port\": 50") > 0);
-        key.close();
+        writeFile(service.path("service-key.json"), "{\"Port\": 50");
         QVERIFY(!service.start({}));
         QCOMPARE(service.process().exitCode(), 1);
         QVERIFY2(service.output().contains("service-key.json: "), service.output());

@@ -125,11 +125,10 @@ private Q_SLOTS:
         const int begin = int(m_lines.indexOf("    {"));
         const int end = int(m_lines.indexOf("    }", begin));
         service.writeMachine(json(m_lines.mid(begin, end - begin + 1).join('\n').toUtf8()));
-        QFile log(service.path("temperature.log"));
-        QVERIFY(log.open(QIODevice::WriteOnly));
+        QByteArray records;
         for (const auto &row : matches("\\| `(.{8})` \\| (\\d{4}-.*) \\| (\\d+) \\| (\\d+) \\|"))
-            log.write(row.captured(1).toLatin1());
-        log.close();
+            records += row.captured(1).toLatin1();
+        writeFile(service.path("temperature.log"), records);
         QVERIFY2(service.serve(), service.output());
 
         Conversation conversation(service);

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "files.h"
 #include "process/service_fixture.h"
 
 #include <QJsonDocument>
@@ -53,11 +54,7 @@ public:
 
     [[nodiscard]] bool start()
     {
-        QFile file(m_file);
-        if (!file.open(QIODevice::WriteOnly))
-            return false;
-        file.write(QJsonDocument(m_configuration).toJson());
-        file.close();
+        writeFile(m_file, QJsonDocument(m_configuration).toJson());
         m_process.start(HALVEX_WEB_PROGRAM, {"--config", m_file, "--state", m_state});
         const QRegularExpression address("http://127\\.0\\.0\\.1:(\\d+)/");
         QString output;

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Halvex developers
 #pragma once
 
+#include "files.h"
 #include "protocol/command_target.h"
 
 #include <QFile>
@@ -30,12 +31,7 @@ public:
     Completion unfinished; ///< completes the last operation that takes time
 
     /// Makes the temperature log consist of `records`.
-    void setTemperatures(const QByteArray &records)
-    {
-        QFile log(m_logFolder.filePath("log"));
-        if (!log.open(QIODevice::WriteOnly) || log.write(records) != records.size())
-            qFatal("the temperature log cannot be written");
-    }
+    void setTemperatures(const QByteArray &records) { writeFile(m_logFolder.filePath("log"), records); }
 
     [[nodiscard]] bool isPaused() const override { return paused; }
     [[nodiscard]] bool isDetecting() const override { return detecting; }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "platform/event_log.h"
 #include "service/log_routes.h"
 
@@ -20,12 +21,6 @@ struct RecordingEventLog : EventLog
         events << QString("%1 %2 %3").arg(event.source).arg(int(event.type)).arg(event.text);
     }
 };
-
-QByteArray content(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 void ignore(QtMsgType, const QMessageLogContext &, const QString &)
 {}
@@ -65,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(files, QStringList({"log", "log.1", "log.2", "log.3", "log.4"}));
         int expected = kLines;
         for (const QString &file : files) {
-            const QByteArray bytes = content(folder.filePath(file));
+            const QByteArray bytes = contentOf(folder.filePath(file));
             QVERIFY(bytes.size() <= RotatingLog::kMaxFileSize);
             const QList<QByteArray> lines = bytes.trimmed().split('\n');
             expected -= lines.size();
@@ -80,7 +75,7 @@ private Q_SLOTS:
         QVERIFY(!log.append("lost"));
         QVERIFY(QDir(folder.path()).mkdir("missing"));
         QVERIFY(log.append("kept"));
-        QCOMPARE(content(folder.filePath("missing/log")), QByteArray("kept\n"));
+        QCOMPARE(contentOf(folder.filePath("missing/log")), QByteArray("kept\n"));
     }
 
     void routes()
@@ -102,7 +97,7 @@ private Q_SLOTS:
         QCOMPARE(events.events, QStringList({"Halvex Service 2 peer sent \\x1b[2J\\x0aforged",
                                              "Halvex Service 1 out of memory"}));
         QStringList lines;
-        for (const QByteArray &line : content(folder.filePath("log")).trimmed().split('\n'))
+        for (const QByteArray &line : contentOf(folder.filePath("log")).trimmed().split('\n'))
             lines << line.mid(line.indexOf(' ') + 1);
         const QString warning = "warning halvex.test: peer sent \\x1b[2J\\x0aforged";
         QCOMPARE(lines, QStringList({warning, warning, "info halvex.test: started",

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "rows.h"
 #include "web/command_line.h"
 #include "web/configuration.h"
@@ -114,10 +115,7 @@ private Q_SLOTS:
     {
         QTemporaryDir folder;
         const QString path = folder.filePath("web.json");
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(quoted("{'listen': '127.0.0.1:1', 'services': [{'host': 'a'}], 'pollSeconds': 7}"));
-        file.close();
+        writeFile(path, quoted("{'listen': '127.0.0.1:1', 'services': [{'host': 'a'}], 'pollSeconds': 7}"));
         const auto line = web::parseCommandLine(
             {"--config=" + path, "--listen", "127.0.0.1:2", "--service", "b=[::1]:3", "--service", "c"});
         QVERIFY2(line, qPrintable(line.failure().text));

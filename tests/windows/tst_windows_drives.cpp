@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "platform/drive_requests.h"
 #include "rows.h"
 #include "windows/driver/drive_file.h"
@@ -61,13 +62,10 @@ void pull(unsigned number)
 void put(unsigned number, const DriveFile &drive)
 {
     // Renamed into place, so that the driver never reads half of it.
-    QFile file(filePath(number) + ".new");
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("cannot write %s", qPrintable(file.fileName()));
-    file.write(reinterpret_cast<const char *>(&drive), sizeof(drive));
-    file.close();
+    const QString written = filePath(number) + ".new";
+    writeFile(written, QByteArray(reinterpret_cast<const char *>(&drive), sizeof(drive)));
     pull(number);
-    if (!file.rename(filePath(number)))
+    if (!QFile::rename(written, filePath(number)))
         qFatal("cannot put drive %u in place", number);
 }
 
@@ -232,11 +230,9 @@ private:
         static const QRegularExpression call("Call "
                                              "advapi32\\.(?:Register\\w+\\(.*L\"(.*)\"\\)|ReportEventW\\(\\w+"
                                              ",(\\w+),(\\w+),(\\w+),.*,00000001,)");
-        QFile trace(qEnvironmentVariable("HALVEX_TRACE"));
+        const QByteArray trace = contentOf(qEnvironmentVariable("HALVEX_TRACE"));
         QStringList events;
-        if (!trace.open(QIODevice::ReadOnly))
-            return events;
-        for (auto matches = call.globalMatch(QString::fromUtf8(trace.readAll())); matches.hasNext();) {
+        for (auto matches = call.globalMatch(QString::fromUtf8(trace)); matches.hasNext();) {
             const QRegularExpressionMatch match = matches.next();
             if (!match.captured(1).isEmpty())
                 events << match.captured(1) + ':';

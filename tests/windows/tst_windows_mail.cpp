@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Halvex developers
+#include "files.h"
 #include "monitor/alert_mail.h"
 #include "monitor/smtp_sender.h"
 #include "rows.h"
@@ -20,8 +21,7 @@ QString inFolder(const QString &name)
 
 QByteArray contents(const QString &name)
 {
-    QFile file(inFolder(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return contentOf(inFolder(name));
 }
 
 QList<QSslCertificate> certificateOf(const QString &name)
