@@ -97,6 +97,12 @@ void ServiceFixture::writeMachine(QJsonObject machine)
     writeJson(path("machine.json"), machine);
 }
 
+void ServiceFixture::setPort(quint16 port)
+{
+    m_fixedPort = port;
+    m_key.insert("Port", port);
+}
+
 void ServiceFixture::launch(const QStringList &arguments)
 {
     if (!QFile::exists(path("service-key.json")))
@@ -184,6 +190,8 @@ QByteArray ServiceFixture::content(const QString &fileName) const
 
 quint16 ServiceFixture::reportedPort() const
 {
+    if (m_fixedPort != 0)
+        return RawConsole(m_fixedPort).isConnected() ? m_fixedPort : quint16(0);
     static const QRegularExpression expression("\"Binding to port: (\\d+)\\.");
     return expression.match(QString::fromUtf8(events())).captured(1).toUShort();
 }

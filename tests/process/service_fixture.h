@@ -70,6 +70,9 @@ public:
     /// Sets another program instead of the service's own.
     void setProgram(const QString &path) { m_program = path; }
     void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
+    void unsetVariable(const QString &name) { m_environment.remove(name); }
+    /// Sets a port for a service that has no machine file, and so no file of events that names a free one.
+    void setPort(quint16 port);
 
     /// Starts the program.
     void launch(const QStringList &arguments = {"-exec"});
@@ -114,6 +117,7 @@ private:
     QProcess m_process;
     QByteArray m_output;
     std::unique_ptr<RawConsole> m_console;
+    quint16 m_fixedPort = 0;
     quint16 m_port = 0;
 };
 

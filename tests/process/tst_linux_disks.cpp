@@ -3,87 +3,41 @@
 #include "process/service_fixture.h"
 
 #include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QTcpServer>
 #include <QTest>
-
-#include <csignal>
 
 namespace {
 
 /// The built service on Linux's own backend, with disks of a preloaded library (stand_in_disks.cpp). Disks
 /// are given as the lines of that library's file, with a blank for a tab.
-class LinuxService
+class LinuxService : public ServiceFixture
 {
 public:
     LinuxService()
     {
         QTcpServer probe;
         probe.listen(QHostAddress::LocalHost);
-        m_port = probe.serverPort();
-        write("service-key.json", QJsonDocument(QJsonObject{{"Port", m_port}}).toJson());
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("HALVEX_HOME", m_home.path());
-        environment.insert("LD_PRELOAD", HALVEX_STAND_IN_DISKS);
-        environment.insert("STAND_IN_DISKS", m_home.filePath("disks"));
+        setPort(probe.serverPort());
+        unsetVariable("HALVEX_MACHINE");
+        setVariable("LD_PRELOAD", HALVEX_STAND_IN_DISKS);
+        setVariable("STAND_IN_DISKS", path("disks"));
         // A sanitizer's run time must be the first library.
-        environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0:" + environment.value("ASAN_OPTIONS"));
-        m_process.setProcessEnvironment(environment);
-        m_process.setProcessChannelMode(QProcess::MergedChannels);
-    }
-    ~LinuxService()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    LinuxService(const LinuxService &) = delete;
-    LinuxService &operator=(const LinuxService &) = delete;
-
-    void setDisks(const QStringList &lines)
-    {
-        write("disks.new", lines.join('\n').replace(' ', '\t').toUtf8() + '\n');
-        QFile::remove(path("disks"));
-        QFile::rename(path("disks.new"), path("disks"));
-    }
-    void write(const QString &name, const QByteArray &bytes) const
-    {
-        QFile file(path(name));
-        if (!QDir().mkpath(QFileInfo(file).path()) || !file.open(QIODevice::WriteOnly) ||
-            file.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-    }
-    [[nodiscard]] QByteArray read(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    [[nodiscard]] QStringList files(const QString &pattern) const
-    {
-        return QDir(m_home.path()).entryList({pattern});
+        setVariable("ASAN_OPTIONS", "verify_asan_link_order=0:" + qEnvironmentVariable("ASAN_OPTIONS"));
     }
 
-    void start() { m_process.start(HALVEX_SERVICE_PROGRAM, {"-exec"}); }
-    /// Starts the service and waits until its first detection has ended.
-    [[nodiscard]] bool serve()
+    void setDisks(const QStringList &lines) const
     {
-        start();
-        return waitUntilReady();
+        if (!replaceFile(path("disks"), lines.join('\n').replace(' ', '\t').toUtf8() + '\n'))
+            qFatal("the disks cannot be written");
     }
-    [[nodiscard]] bool waitUntilReady()
+    void setSerialNumberPage(const QString &disk, const QByteArray &bytes) const
     {
-        return QTest::qWaitFor([this] { return firstLine().startsWith("VER]!["); }, kPatienceMs);
-    }
-    [[nodiscard]] quint16 port() const { return m_port; }
-    [[nodiscard]] QString firstLine() const { return RawConsole(m_port).readLine(); }
-    [[nodiscard]] QString ask(const QString &request) const
-    {
-        RawConsole console(m_port);
-        console.readLine();
-        return console.ask(request);
+        QDir(home()).mkpath("disks." + disk);
+        writeFile(path("disks." + disk + "/vpd_pg80"), bytes);
     }
     /// Returns the models, serial numbers and firmware revisions of the list, as "MODEL|SERIAL|FIRMWARE".
-    [[nodiscard]] QStringList drives() const
+    [[nodiscard]] QStringList drives()
     {
         QStringList all;
         for (int i = 0; i < ask("DEVCOUNT").section(',', 1).toInt(); ++i) {
@@ -92,32 +46,6 @@ public:
         }
         return all;
     }
-    /// Runs the program with options while the service runs. Returns its exit code.
-    [[nodiscard]] int runOption(const QStringList &options) const
-    {
-        QProcess program;
-        program.setProcessEnvironment(m_process.processEnvironment());
-        program.start(HALVEX_SERVICE_PROGRAM, options);
-        return program.waitForFinished(kPatienceMs) ? program.exitCode() : -1;
-    }
-    [[nodiscard]] int stop()
-    {
-        ::kill(pid_t(m_process.processId()), SIGTERM);
-        return m_process.waitForFinished(kPatienceMs) ? m_process.exitCode() : -1;
-    }
-    [[nodiscard]] QByteArray output()
-    {
-        m_output += m_process.readAll();
-        return m_output;
-    }
-
-private:
-    [[nodiscard]] QString path(const QString &name) const { return m_home.filePath(name); }
-
-    QTemporaryDir m_home;
-    quint16 m_port = 0;
-    QProcess m_process;
-    QByteArray m_output;
 };
 
 /// Returns a disk that answers all requests, with a world wide name made of its serial number.
@@ -169,8 +97,8 @@ private Q_SLOTS:
     {
         const QString bridge = " wwid=a vendor=Bridge model=Disk rev=1 serial=USB-SERIAL sg16=";
         LinuxService service;
-        service.write("disks.sda/vpd_pg80", QByteArray("\0\x80\0\0", 4));
-        service.write("disks.sdb/vpd_pg80", QByteArray("\0\x80\0\4PAGE", 8));
+        service.setSerialNumberPage("sda", QByteArray("\0\x80\0\0", 4));
+        service.setSerialNumberPage("sdb", QByteArray("\0\x80\0\4PAGE", 8));
         service.setDisks({"sda" + bridge + kAborted, "sdb" + bridge + kAborted, "sdc" + bridge + kAborted});
         QVERIFY2(service.serve(), service.output());
         QCOMPARE(service.drives(),
@@ -190,7 +118,7 @@ private Q_SLOTS:
         QVERIFY2(service.serve(), service.output());
         QCOMPARE(service.drives(), (QStringList{"MODEL|A|F1", "MODEL|C|F1", "MODEL|D|F1"}));
         QCOMPARE(service.stop(), 0);
-        QCOMPARE(QJsonDocument::fromJson(service.read("drive-numbers.json")),
+        QCOMPARE(QJsonDocument::fromJson(service.content("drive-numbers.json")),
                  QJsonDocument::fromJson(R"({"drives": [{"number": 0, "identity": "naa.500A"},
                      {"number": 1, "identity": "naa.500B"}, {"number": 2, "identity": "naa.500C"},
                      {"number": 3, "identity": "naa.500D"}]})"));
@@ -199,14 +127,14 @@ private Q_SLOTS:
     void damagedNumbersAreSetAside()
     {
         LinuxService service;
-        service.write("drive-numbers.json", "{\"drives\": [");
+        writeFile(service.path("drive-numbers.json"), "{\"drives\": [");
         service.setDisks({disk("sda", "A")});
         QVERIFY2(service.serve(), service.output());
         QCOMPARE(service.drives(), QStringList("MODEL|A|F1"));
-        const QStringList aside = service.files("drive-numbers.json.damaged-*");
+        const QStringList aside = QDir(service.home()).entryList({"drive-numbers.json.damaged-*"});
         QCOMPARE(aside.size(), 1);
-        QCOMPARE(service.read(aside.first()), QByteArray("{\"drives\": ["));
-        QVERIFY(service.read("drive-numbers.json").contains("naa.500A"));
+        QCOMPARE(service.content(aside.first()), QByteArray("{\"drives\": ["));
+        QVERIFY(service.content("drive-numbers.json").contains("naa.500A"));
         QTRY_VERIFY2(service.output().contains("drive-numbers.json: damaged."), service.output());
     }
 
@@ -220,7 +148,7 @@ private Q_SLOTS:
         service.setDisks({disk("sda", "A"), disk("sdb", "X"), disk("sdc", "C")});
         QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
         QCOMPARE(service.drives(), (QStringList{"MODEL|A|F1", "MODEL|B|F1", "MODEL|C|F1"}));
-        QCOMPARE(service.runOption({"-command", "0"}), 0);
+        QVERIFY(service.command(0));
         const QStringList swapped{"MODEL|A|F1", "MODEL|C|F1", "MODEL|X|F1"};
         QTRY_COMPARE_WITH_TIMEOUT(service.drives(), swapped, kPatienceMs);
     }
@@ -230,8 +158,8 @@ private Q_SLOTS:
         const QString hanging = " sg16=hang";
         LinuxService service;
         service.setDisks({disk("sda", "A"), disk("sdb", "B") + hanging, disk("sdc", "C")});
-        service.start();
-        QTRY_COMPARE_WITH_TIMEOUT(service.firstLine(), QString("DETECTING"), kPatienceMs);
+        QVERIFY2(service.start(), service.output());
+        QCOMPARE(service.firstLine(), "DETECTING");
         QCOMPARE(service.stop(), 0);
 
         QVERIFY2(service.serve(), service.output()); // after the time limit of one request
@@ -254,10 +182,10 @@ private Q_SLOTS:
         LinuxService service;
         service.setDisks({disk("sda", "A"), disk("sdb", "B"), disk("sdc", "C")});
         QVERIFY2(service.serve(), service.output());
-        const int before = service.read("disks.scans").size();
+        const int before = service.content("disks.scans").size();
         QVERIFY(service.ask("RESET").startsWith("RESET"));
         QTRY_VERIFY_WITH_TIMEOUT(service.firstLine().startsWith("VER]!["), kPatienceMs);
-        const int scans = service.read("disks.scans").size() - before;
+        const int scans = service.content("disks.scans").size() - before;
         QVERIFY2(scans >= 1 && scans <= 2, qPrintable(QString::number(scans)));
     }
 };
