@@ -11,3 +11,9 @@ void row(const char *name, const Values &...values)
     QTestData &data = QTest::newRow(name);
     (data << ... << values);
 }
+
+/// Returns `text` with quotation marks in place of apostrophes.
+inline QByteArray quoted(const QString &text)
+{
+    return text.toUtf8().replace('\'', '"');
+}

@@ -9,12 +9,6 @@
 
 namespace {
 
-/// Returns `text` with quotation marks in place of apostrophes.
-QByteArray quoted(const char *text)
-{
-    return QByteArray(text).replace('\'', '"');
-}
-
 QJsonDocument console(const ServiceFixture &service, const QStringList &command)
 {
     QProcess process;

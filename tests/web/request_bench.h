@@ -8,12 +8,6 @@
 #include <QTemporaryDir>
 #include <QThreadPool>
 
-/// Returns `text` with quotation marks in place of apostrophes.
-inline QByteArray quoted(const char *text)
-{
-    return QByteArray(text).replace('\'', '"');
-}
-
 /// Stores the work that handlers start.
 class FakeGateway : public web::ServiceGateway
 {

@@ -190,8 +190,8 @@ private Q_SLOTS:
     void setsADamagedFileAside_data()
     {
         QTest::addColumn<int>("offset"); // of the overwritten bytes
-        row("header", 0);
-        row("after the header", 4096);
+        row("damaged in the header", 0);
+        row("damaged after the header", 4096);
     }
 
     void setsADamagedFileAside()

@@ -30,64 +30,65 @@ private Q_SLOTS:
 
     void admits_data()
     {
-        QTest::addColumn<QByteArray>("request"); // method, path, then "Name: value" each on a line
-        QTest::addColumn<QString>("role");       // of the login; empty: none
+        QTest::addColumn<QString>("request"); // method, path, then "Name: value" each on a line
+        QTest::addColumn<QString>("role");    // of the login; empty: none
         QTest::addColumn<int>("status");
-        const QByteArray json = "\nContent-Type: application/json";
-        const QByteArray refresh = "POST /api/v1/services/files/refresh";
+        const QString json = "\nContent-Type: application/json";
+        const QString refresh = "POST /api/v1/services/files/refresh";
         const QString reader = "reader";
         const QString op = "operator";
-        row("foreign host name", QByteArray("GET /\nHost: evil.example"), op, 403);
-        row("host name that ends like ours", QByteArray("GET /\nHost: disks.example.org.evil.example"), op,
-            403);
-        row("user name before the host", QByteArray("GET /\nHost: 127.0.0.1@evil.example"), op, 403);
-        row("configured host name", QByteArray("GET /-/healthy\nHost: Disks.Example.Org:8643"), QString(),
-            200);
-        row("IPv6 address", QByteArray("GET /-/healthy\nHost: [::1]:8643"), QString(), 200);
-        row("no Host", QByteArray("GET /\nHost:"), op, 403);
-        row("stranger reads", QByteArray("GET /api/v1/services"), QString(), 401);
-        row("stranger sees the page", QByteArray("GET /"), QString(), 200);
-        row("reader reads", QByteArray("GET /api/v1/services"), reader, 200);
+        row("foreign host name", "GET /\nHost: evil.example", op, 403);
+        row("host name that ends like ours", "GET /\nHost: disks.example.org.evil.example", op, 403);
+        row("user name before the host", "GET /\nHost: 127.0.0.1@evil.example", op, 403);
+        row("configured host name", "GET /-/healthy\nHost: Disks.Example.Org:8643", "", 200);
+        row("IPv6 address", "GET /-/healthy\nHost: [::1]:8643", "", 200);
+        row("no Host", "GET /\nHost:", op, 403);
+        row("stranger reads", "GET /api/v1/services", "", 401);
+        row("stranger sees the page", "GET /", "", 200);
+        row("reader reads", "GET /api/v1/services", reader, 200);
         row("reader changes", refresh + json, reader, 403);
-        row("stranger changes", refresh + json, QString(), 401);
+        row("stranger changes", refresh + json, "", 401);
         row("operator changes", refresh + json, op, 200);
         row("form post", refresh + "\nContent-Type: application/x-www-form-urlencoded", op, 415);
         row("page of another site", refresh + json + "\nOrigin: http://evil.example", op, 403);
         row("page that hides its origin", refresh + json + "\nOrigin: null", op, 403);
         row("browser says cross-site", refresh + json + "\nSec-Fetch-Site: cross-site", op, 403);
         row("own page", refresh + json + "\nOrigin: http://127.0.0.1:8643", op, 200);
-        row("metrics with the token", QByteArray("GET /metrics\nAuthorization: Bearer tok"), QString(), 200);
-        row("metrics with another token", QByteArray("GET /metrics\nAuthorization: Bearer tok2"), QString(),
-            401);
-        row("metrics with a login", QByteArray("GET /metrics"), reader, 200);
-        row("step up in the path", QByteArray("GET /api/../../etc/passwd"), op, 400);
-        row("escaped step up", QByteArray("GET /%2e%2e/etc/passwd"), op, 400);
-        row("escaped zero", QByteArray("GET /api%00"), op, 400);
-        row("broken escape", QByteArray("GET /api/v1/services?a=%f"), op, 400);
-        row("not UTF-8", QByteArray("GET /%ff"), op, 400);
-        row("no such path", QByteArray("GET /api/v1/none"), op, 404);
-        row("no such service", QByteArray("GET /api/v1/services/none/status"), op, 404);
-        row("no such drive", QByteArray("GET /api/v1/services/files/drives/2"), op, 404);
-        row("drive that is not a number", QByteArray("GET /api/v1/services/files/drives/0x1"), op, 404);
-        row("method of another route", QByteArray("DELETE /api/v1/services") + json, op, 405);
-        row("service that never answered", QByteArray("GET /api/v1/services/silent/status"), op, 504);
-        row("period without a zone", QByteArray("GET /api/v1/events?from=2026-11-15T00:00:00"), op, 400);
-        row("too many points", QByteArray("GET /api/v1/services/files/drives/0/temperatures?points=0"), op,
-            400);
+        row("metrics with the token", "GET /metrics\nAuthorization: Bearer tok", "", 200);
+        row("metrics with another token", "GET /metrics\nAuthorization: Bearer tok2", "", 401);
+        row("metrics with a login", "GET /metrics", reader, 200);
     }
 
     void admits()
     {
-        QFETCH(QByteArray, request);
+        QFETCH(QString, request);
         QFETCH(QString, role);
-        m_configuration.users = {{"ann", web::Role::Operator, {}}};
-        m_configuration.metricsToken = "tok";
-        QByteArray cookie;
-        if (!role.isEmpty()) {
-            const auto value = role == "operator" ? web::Role::Operator : web::Role::Reader;
-            cookie = m_sessions->start({"ann", value}, {}, m_now.toSecsSinceEpoch());
-        }
-        QTEST(respond(parse(request, cookie)).status, "status");
+        QTEST(statusOf(request, role), "status");
+    }
+
+    void refuses_data()
+    {
+        QTest::addColumn<QString>("request"); // of an operator
+        QTest::addColumn<int>("status");
+        row("step up in the path", "GET /api/../../etc/passwd", 400);
+        row("escaped step up", "GET /%2e%2e/etc/passwd", 400);
+        row("escaped zero", "GET /api%00", 400);
+        row("broken escape", "GET /api/v1/services?a=%f", 400);
+        row("not UTF-8", "GET /%ff", 400);
+        row("no such path", "GET /api/v1/none", 404);
+        row("no such service", "GET /api/v1/services/none/status", 404);
+        row("no such drive", "GET /api/v1/services/files/drives/2", 404);
+        row("drive that is not a number", "GET /api/v1/services/files/drives/0x1", 404);
+        row("method of another route", "DELETE /api/v1/services\nContent-Type: application/json", 405);
+        row("service that never answered", "GET /api/v1/services/silent/status", 504);
+        row("period without a zone", "GET /api/v1/events?from=2026-11-15T00:00:00", 400);
+        row("no points", "GET /api/v1/services/files/drives/0/temperatures?points=0", 400);
+    }
+
+    void refuses()
+    {
+        QFETCH(QString, request);
+        QTEST(statusOf(request, "operator"), "status");
     }
 
     void withoutUsersEverybodyReadsAndNobodyChanges()
@@ -221,6 +222,20 @@ private Q_SLOTS:
         const QByteArray next = m_sessions->start({"ann", web::Role::Reader}, token, start);
         QVERIFY(!m_sessions->find(token, start)); // replaced by the new login
         QVERIFY(m_sessions->find(next, start));
+    }
+
+private:
+    /// The response's status; an empty role means no login.
+    int statusOf(const QString &request, const QString &role)
+    {
+        m_configuration.users = {{"ann", web::Role::Operator, {}}};
+        m_configuration.metricsToken = "tok";
+        QByteArray cookie;
+        if (!role.isEmpty()) {
+            const auto value = role == "operator" ? web::Role::Operator : web::Role::Reader;
+            cookie = m_sessions->start({"ann", value}, {}, m_now.toSecsSinceEpoch());
+        }
+        return respond(parse(request.toUtf8(), cookie)).status;
     }
 };
 
