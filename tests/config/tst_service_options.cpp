@@ -106,14 +106,12 @@ private Q_SLOTS:
         row("IPv4 prefix above 32", "AllowFrom", text("10.0.0.0/33"), "from 0 to 32");
         row("prefix with a sign", "AllowFrom", text("::/+8"), "from 0 to 128");
         row("flag of 2", "ProtectMail", number(2), "a number from 0 to 1");
-        row("flag as text", "RemoteAcknowledge", text("1"), "a number from 0 to 1");
         row("relative log file", "LogFile", text("halvex.log"), "absolute path");
         row("timeout above an hour", "SmtpReplyTimeout", number(3601), "from 0 to 3600");
         row("security in capitals", "SmtpSecurity", text("TLS"), "none, starttls or tls");
         row("authorities without a certificate", "SmtpCaFile", text("/etc/passwd"), "PEM");
         row("authorities that do not exist", "SmtpCaFile", text("/no/such/file"), "cannot be read");
         row("unknown policy", "AlertPolicy", text("change"), "every or changes");
-        row("policy as a number", "AlertPolicy", number(1), "a text");
         row("reminder above a year", "AlertReminderHours", number(8761), "from 0 to 8760");
         row("attribute 256", "AlertGrowth", text("5,256"), "from 1 to 255");
         row("webhook over ftp", "AlertWebhook", text("ftp://secret.example/"), "http or https URL");

@@ -85,7 +85,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("monitored");
         QTest::addColumn<bool>("force");
         QTest::addColumn<bool>("isRead");
-        row("monitored", 1, 1, false, true);
+        row("monitored drive", 1, 1, false, true);
         row("not monitored", 1, 0, false, false);
         row("not monitored, forced", 1, 0, true, true);
         row("no attributes", 0, 1, false, false);

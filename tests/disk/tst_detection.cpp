@@ -57,7 +57,7 @@ private Q_SLOTS:
         row("no geometry", 0, QByteArray(R"({"answers": ["partition", "deviceNumber", "ata"]})"), 0, 0);
         row("no partition", 0, QByteArray(R"({"answers": ["geometry", "deviceNumber", "ata"]})"), 0, 1);
         row("no device number", 0, QByteArray(R"({"answers": ["geometry", "partition", "ata"]})"), 0, 1);
-        row("removable", 0, QByteArray(R"({"mediaType": 11})"), 0, 0);
+        row("removable medium", 0, QByteArray(R"({"mediaType": 11})"), 0, 0);
         row("does not open", 0, QByteArray(R"({"openError": 5})"), 0, 0);
         row("last number that is counted", 25, QByteArray("{}"), 1, 1);
         row("number after the last", 26, QByteArray("{}"), 1, 0);

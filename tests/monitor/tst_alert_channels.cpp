@@ -52,6 +52,22 @@ public:
     }
 };
 
+/// A channel that is on and is sending its first message.
+struct HeldChannel
+{
+    explicit HeldChannel(const QStringList &texts)
+    {
+        channel.setOn(true);
+        for (const QString &text : texts)
+            channel.add(entryOf(text));
+        channel.resume();
+    }
+
+    QDateTime now = entryOf({}).time;
+    HeldTransport *peer = new HeldTransport; // the channel's
+    AlertChannel channel = {"webhook", std::unique_ptr<Transport>(peer), [this] { return now; }};
+};
+
 } // namespace
 
 class TestAlertChannels : public QObject
@@ -61,26 +77,24 @@ class TestAlertChannels : public QObject
 private Q_SLOTS:
     void webhookAnswers_data()
     {
-        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<QString>("answer");
         QTest::addColumn<QString>("outcome");
-        row("status 200 → delivered", QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"), "ok");
-        row("status 204 → delivered", QByteArray("HTTP/1.1 204 No Content\r\n\r\n"), "ok");
+        row("status 200 → delivered", "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", "ok");
+        row("status 204 → delivered", "HTTP/1.1 204 No Content\r\n\r\n", "ok");
         row("status 200 with an endless body → delivered",
-            QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 999999999\r\n\r\nx"), "ok");
-        row("status 500 → failed", QByteArray("HTTP/1.1 500 Broken\r\nContent-Length: 0\r\n\r\n"),
+            "HTTP/1.1 200 OK\r\nContent-Length: 999999999\r\n\r\nx", "ok");
+        row("status 500 → failed", "HTTP/1.1 500 Broken\r\nContent-Length: 0\r\n\r\n",
             "the endpoint answered with status 500");
-        row("redirect → failed",
-            QByteArray("HTTP/1.1 302 Found\r\nLocation: /secret\r\nContent-Length: 0\r\n\r\n"),
+        row("redirect → failed", "HTTP/1.1 302 Found\r\nLocation: /secret\r\nContent-Length: 0\r\n\r\n",
             "the endpoint answered with status 302");
-        row("closed without an answer → failed", QByteArray(),
-            "the endpoint closed the connection without an answer");
+        row("closed without an answer → failed", "", "the endpoint closed the connection without an answer");
     }
 
     void webhookAnswers()
     {
-        QFETCH(QByteArray, answer);
+        QFETCH(QString, answer);
         WebhookServer server;
-        server.answer = answer;
+        server.answer = answer.toLatin1();
         WebhookTransport webhook(server.url("secret?key=secret"));
         const QString text(100000, u'x'); // more than is sent at a time
         QTEST(outcomeOf(webhook, entryOf(text)), "outcome");
@@ -167,69 +181,52 @@ private Q_SLOTS:
 
     void channelRepeatsInOrder()
     {
-        auto transport = std::make_unique<HeldTransport>();
-        HeldTransport &peer = *transport;
-        QDateTime now = entryOf({}).time;
-        AlertChannel channel("webhook", std::move(transport), [&now] { return now; });
-        channel.setOn(true);
-        channel.add(entryOf("1"));
-        channel.add(entryOf("2"));
-        channel.resume();
+        HeldChannel held({"1", "2"});
+        auto &[now, peer, channel] = held;
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("webhook has failed since .*: down"));
         for (const int minutes : {1, 5, 15, 15}) {
-            peer.done(Error{"down"});
+            peer->done(Error{"down"});
             now = now.addSecs(minutes * 60 - 1);
-            const int before = peer.sent.size();
+            const int before = peer->sent.size();
             channel.resume();
-            QCOMPARE(peer.sent.size(), before);
+            QCOMPARE(peer->sent.size(), before);
             now = now.addSecs(1);
             channel.resume();
-            QCOMPARE(peer.sent.size(), before + 1);
+            QCOMPARE(peer->sent.size(), before + 1);
         }
         QCOMPARE(channel.outcome().reason, "down");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("webhook works again"));
-        peer.done({});
-        QCOMPARE(peer.sent.join(u' '), "1 1 1 1 1 2");
-        peer.done({});
+        peer->done({});
+        QCOMPARE(peer->sent.join(u' '), "1 1 1 1 1 2");
+        peer->done({});
         QCOMPARE(channel.pending(), 0);
         QCOMPARE(channel.outcome().lastSuccess, now);
     }
 
     void channelDropsAfterADay()
     {
-        auto transport = std::make_unique<HeldTransport>();
-        HeldTransport &peer = *transport;
-        QDateTime now = entryOf({}).time;
-        AlertChannel channel("mail", std::move(transport), [&now] { return now; });
-        channel.setOn(true);
-        channel.add(entryOf("1"));
-        channel.resume();
+        HeldChannel held({"1"});
+        auto &[now, peer, channel] = held;
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("has failed"));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("drops 1 messages"));
         now = now.addDays(1);
-        peer.done(Error{"down"});
+        peer->done(Error{"down"});
         QCOMPARE(channel.pending(), 0);
     }
 
     /// The test is sent although an entry waits for its next attempt.
     void testBesideTheOutbox()
     {
-        auto transport = std::make_unique<HeldTransport>();
-        HeldTransport &peer = *transport;
-        AlertChannel channel("mail", std::move(transport), &QDateTime::currentDateTimeUtc);
-        channel.setOn(true);
-        OutboxEntry entry = entryOf("1");
-        entry.time = QDateTime::currentDateTimeUtc();
-        channel.add(entry);
-        channel.resume();
+        HeldChannel held({"1"});
+        auto &[now, peer, channel] = held;
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("has failed"));
-        peer.done(Error{"down"});
+        peer->done(Error{"down"});
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("works again"));
         bool isDone = false;
         channel.test(entryOf("test"), [&isDone](const Result<void> &result) { isDone = bool(result); });
-        peer.done({});
+        peer->done({});
         QVERIFY(isDone);
-        QCOMPARE(peer.sent.join(u' '), "1 test");
+        QCOMPARE(peer->sent.join(u' '), "1 test");
         QCOMPARE(channel.pending(), 1);
     }
 

@@ -74,7 +74,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("problem");
         row("unknown key", R"("modell": "X")", "modell: is not known");
         row("text that is a number", R"("model": 5)", "model: must be a text");
-        row("fraction", R"("readDelayMs": 1.5)", "readDelayMs: must be a whole number from 0 to 3600000");
+        row("delay that is a fraction", R"("readDelayMs": 1.5)",
+            "readDelayMs: must be a whole number from 0 to 3600000");
         row("odd sector size", R"("bytesPerSector": 520)", "bytesPerSector: must be 512, 1024, 2048 or 4096");
         row("geometry that divides by zero", R"("geometry": {"sectorsPerTrack": 0})",
             "geometry.sectorsPerTrack: must be a whole number from 1 to 2147483647");

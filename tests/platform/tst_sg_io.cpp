@@ -69,7 +69,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("bytesReturned");
         QTest::addColumn<int>("commands");
         const int all = 44 + 512;
-        row("success", kGood, kGood, kNone, all, 1);
+        row("no error", kGood, kGood, kNone, all, 1);
         row("recovered error with registers → success",
             Adapter{0, "7201001d0000000e090c000000000000000000000050"}, kGood, kNone, all, 1);
         row("abort with the error bit → registers only",

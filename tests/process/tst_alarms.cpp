@@ -73,7 +73,7 @@ private Q_SLOTS:
         QVERIFY2(server.start(), server.output());
         const QString settings = "SET]![0~;180000~;300000~;1~;1~;1~;disks@example.org~;admin@example.org~;"
                                  "Disk trouble~;127.0.0.1~;0~;~;~;%1~;55~;65~;~;";
-        QCOMPARE(m_service.ask(settings.arg(server.port())), QString("SET_OK"));
+        QCOMPARE(m_service.ask(settings.arg(server.port())), "SET_OK");
 
         const QString text = "ID: 3 WARM DRIVE\n   Temperature=70 Celsius (158 Fahrengeit)";
         const QJsonObject entry{
@@ -82,7 +82,7 @@ private Q_SLOTS:
         for (const bool isHot : {true, false}) {
             QVERIFY(m_service.events().contains(event) != isHot);
             m_service.writeMachine(warmDrive(isHot ? "70" : "31"));
-            QCOMPARE(m_service.ask("REFRESH"), QString("REFRESH_OK"));
+            QCOMPARE(m_service.ask("REFRESH"), "REFRESH_OK");
             QCOMPARE(m_service.firstLine().split("]![").value(6), QString(isHot ? "3" : "1"));
             QVERIFY(m_service.events().contains(event));
         }

@@ -29,6 +29,17 @@ QString settings(quint16 mailPort, int mail)
         .arg(mail);
 }
 
+/// A service that reports changes and keeps its files in its folder.
+struct ChangesService : ServiceFixture
+{
+    explicit ChangesService(int celsius)
+    {
+        setKeyValue("AlertPolicy", "changes");
+        setKeyValue("ImagePath", path("halvex-monitor-service"));
+        writeMachine(drive(celsius));
+    }
+};
+
 } // namespace
 
 /// The policy `changes`, encrypted mail and the channels, with the real service.
@@ -100,19 +111,16 @@ private Q_SLOTS:
         MailServer mail({});
         QVERIFY2(mail.start(), mail.output());
         WebhookServer webhook;
-        ServiceFixture service;
-        service.setKeyValue("AlertPolicy", "changes");
+        ChangesService service(30);
         service.setKeyValue("AlertWebhook", webhook.url("hook-secret").toString());
         service.setVariable("QT_LOGGING_RULES", "*=true");
-        setHome(service);
-        service.writeMachine(drive(30));
         QVERIFY2(service.serve(), service.output());
-        QCOMPARE(service.ask(settings(mail.port(), 1)), QString("SET_OK"));
+        QCOMPARE(service.ask(settings(mail.port(), 1)), "SET_OK");
         mail.stop();
         webhook.close();
 
         service.writeMachine(drive(70));
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QTRY_VERIFY_WITH_TIMEOUT(channelFailures(service) == 2, kPatienceMs);
         QCOMPARE(secretsShown(service), QStringList()); // with the reasons of the failures
         service.process().kill();
@@ -124,7 +132,7 @@ private Q_SLOTS:
         QVERIFY(mail.restart());
         QVERIFY2(service.serve(), service.output());
         service.writeMachine(drive(31));
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QTRY_COMPARE_WITH_TIMEOUT(webhook.events(), (QStringList{"alert critical", "recovery fine"}),
                                   kPatienceMs);
         QTRY_VERIFY_WITH_TIMEOUT(mail.mailbox().contains("RECOVERY from ("), kPatienceMs);
@@ -140,40 +148,34 @@ private Q_SLOTS:
 
     void acknowledgedDriveStaysSilentOverARestart()
     {
-        ServiceFixture service;
-        service.setKeyValue("AlertPolicy", "changes");
-        setHome(service);
-        service.writeMachine(drive(70));
+        ChangesService service(70);
         QVERIFY2(service.serve(), service.output());
-        QCOMPARE(service.ask("X-ACK]![WARM DRIVE/S1]![temperature]!["), QString("X-ACK_OK,1"));
-        QCOMPARE(service.ask("X-ACK]![S1]![growth]!["), QString("X-ACK_OK,0"));
+        QCOMPARE(service.ask("X-ACK]![WARM DRIVE/S1]![temperature]!["), "X-ACK_OK,1");
+        QCOMPARE(service.ask("X-ACK]![S1]![growth]!["), "X-ACK_OK,0");
         service.process().kill();
         QVERIFY(service.process().waitForFinished(kPatienceMs));
         QVERIFY2(service.serve(), service.output());
-        QCOMPARE(service.ask(settings(1, 0)), QString("SET_OK")); // switches the event log on
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask(settings(1, 0)), "SET_OK"); // switches the event log on
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QVERIFY2(!service.events().contains("Celsius"), service.events());
         QVERIFY(service.ask("X-ALERTS").contains("\"acknowledged\":true"));
         service.writeMachine(drive(75));
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QVERIFY2(service.events().contains("75 Celsius"), service.events());
     }
 
     /// The drive is pulled, and forgotten while it is gone.
     void forgottenDrive()
     {
-        ServiceFixture service;
-        service.setKeyValue("AlertPolicy", "changes");
-        setHome(service);
-        service.writeMachine(drive(30));
+        ChangesService service(30);
         QVERIFY2(service.serve(), service.output());
-        QCOMPARE(service.ask("X-FORGET]![S1"), QString("X-FORGET_ERR,the drive is listed"));
-        QCOMPARE(service.ask(settings(1, 0)), QString("SET_OK"));
+        QCOMPARE(service.ask("X-FORGET]![S1"), "X-FORGET_ERR,the drive is listed");
+        QCOMPARE(service.ask(settings(1, 0)), "SET_OK");
         service.writeMachine(json(R"({"drives": []})"));
         service.ask("RESET");
         QTRY_VERIFY_WITH_TIMEOUT(service.events().contains("Drive not readable"), kPatienceMs);
-        QTRY_COMPARE_WITH_TIMEOUT(service.ask("DEVCOUNT"), QString("DEVCOUNT,0"), kPatienceMs);
-        QCOMPARE(service.ask("X-FORGET]![S1"), QString("X-FORGET_OK"));
+        QTRY_COMPARE_WITH_TIMEOUT(service.ask("DEVCOUNT"), "DEVCOUNT,0", kPatienceMs);
+        QCOMPARE(service.ask("X-FORGET]![S1"), "X-FORGET_OK");
         QVERIFY(service.ask("X-ALERTS").contains("\"findings\":[]"));
         QVERIFY(!service.events().contains("Recovered"));
     }
@@ -184,17 +186,14 @@ private Q_SLOTS:
         service.writeMachine(drive(30));
         service.setKeyValue("ProtectMail", 1);
         QVERIFY2(service.serve(), service.output());
-        QCOMPARE(service.ask(settings(99, 1)), QString("SET_OK"));
+        QCOMPARE(service.ask(settings(99, 1)), "SET_OK");
         QVERIFY2(!service.firstLine().contains("mail-secret"), qPrintable(service.firstLine()));
         QVERIFY2(!service.firstLine().contains("disks@example.org"), qPrintable(service.firstLine()));
     }
 
     void damagedState()
     {
-        ServiceFixture service;
-        service.setKeyValue("AlertPolicy", "changes");
-        setHome(service);
-        service.writeMachine(drive(30));
+        ChangesService service(30);
         writeFile(service.path("alerts.json"), "{\"drives\": [");
         QVERIFY2(service.serve(), service.output());
         QTRY_VERIFY_WITH_TIMEOUT(service.content("alerts.json").contains("WARM DRIVE"), kPatienceMs);
@@ -204,11 +203,6 @@ private Q_SLOTS:
     }
 
 private:
-    static void setHome(ServiceFixture &service)
-    {
-        service.setKeyValue("ImagePath", service.path("halvex-monitor-service"));
-    }
-
     /// Returns each secret of the channels with the place that shows it.
     static QStringList secretsShown(ServiceFixture &service)
     {

@@ -90,7 +90,7 @@ private Q_SLOTS:
         row("intervals", "intervals", "drives every 3 min, volumes every 5 min");
         row("hosts", "hosts", "local socket");
         row("refresh", "refresh --json", "\\A\\{\n *\"ok\": true\n\\}\n\\z");
-        row("raw", "raw DEVCOUNT", "\\ADEVCOUNT,3\n\\z");
+        row("raw line with a reply", "raw DEVCOUNT", "\\ADEVCOUNT,3\n\\z");
         row("raw line without a reply", "raw BLABLA", "\\A\\z");
         row("help of a group", "scan --help", "scan start N.*scan stop N");
         row("help with the names of settings", "settings set --help", "smtpServer.*wTemp|wTemp.*smtpServer");

@@ -86,13 +86,13 @@ private Q_SLOTS:
         };
         QTRY_VERIFY_WITH_TIMEOUT(service.output().contains("has failed since"), kPatienceMs);
         const int recorded = history();
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QCOMPARE(history() > recorded, count != "DEVCOUNT,0"); // of drives that are still read
-        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,2"));
+        QCOMPARE(service.ask("DEVCOUNT"), "DEVCOUNT,2");
         QCOMPARE(service.ask("SMARTINFO]![1"), last);
 
         for (const QString &expected : {count, QString("DEVCOUNT,2")}) {
-            QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+            QCOMPARE(service.ask("RESET"), "RESET_OK");
             QVERIFY(service.waitUntilReady());
             QCOMPARE(service.ask("DEVCOUNT"), expected);
             service.writeMachine(json(twoDrives()));
@@ -106,7 +106,7 @@ private Q_SLOTS:
         ServiceFixture service;
         service.writeMachine(besideAHungDrive("st500nm0011.json"));
         QVERIFY2(service.start(), service.output());
-        QCOMPARE(service.firstLine(), QString("DETECTING"));
+        QCOMPARE(service.firstLine(), "DETECTING");
         QCOMPARE(service.stop(), 0);
 
         QVERIFY2(service.serve(), service.output());
@@ -115,15 +115,15 @@ private Q_SLOTS:
         const QString before = service.ask("SMARTINFO]![1");
         QVERIFY(before.size() > 100);
         service.writeMachine(json(twoDrives()));
-        QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+        QCOMPARE(service.ask("RESET"), "RESET_OK");
         QVERIFY(service.waitUntilReady());
         QVERIFY(service.ask("SMARTINFO]![0") != empty);
 
         service.writeMachine(besideAHungDrive("toshiba-hdwe160.json"));
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QVERIFY(service.ask("SMARTINFO]![1") != before);
         service.writeMachine(json(twoDrives()));
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QCOMPARE(service.ask("SMARTINFO]![1"), before);
         QCOMPARE(service.stop(), 0);
     }

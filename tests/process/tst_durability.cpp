@@ -168,18 +168,18 @@ private Q_SLOTS:
         const int before = service.history().size();
         service.plan(FaultPlan::HangSync, 0, "temperature.log");
         for (int i = 0; i < 2; ++i)
-            QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+            QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QTRY_COMPARE_WITH_TIMEOUT(service.injected(), 1, kPatienceMs);
         RawConsole reader(service.port());
         reader.readLine();
         reader.send("GSTATD]![000101000000]![991231235959");
-        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,1"));
+        QCOMPARE(service.ask("DEVCOUNT"), "DEVCOUNT,1");
         QCOMPARE(reader.socket().bytesAvailable(), 0);
         service.plan(FaultPlan::None, 0);
         QCOMPARE(reader.readLine().size(), before + 2 * 8); // both records, in their order
 
         service.plan(FaultPlan::HangSync, 0, "temperature.log");
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QTRY_COMPARE_WITH_TIMEOUT(service.injected(), 1, kPatienceMs);
         QCOMPARE(service.stop(), 0);
     }
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QVERIFY(service.output().contains("Reading the settings file has failed"));
         QCOMPARE(service.content("HalvexService.ini"), old);
         QVERIFY(service.set("new"));
-        QCOMPARE(service.storedSubject(), QString("new"));
+        QCOMPARE(service.storedSubject(), "new");
         QCOMPARE(service.damagedFiles().size(), 1);
         QCOMPARE(service.content(service.damagedFiles().first()), old);
     }
@@ -211,7 +211,7 @@ private Q_SLOTS:
         QCOMPARE(service.ask("SETSCANSCHED]![0~;2~;0~;261115033000~;0"), schedule);
         for (const bool isReadable : {true, false}) {
             service.plan(isReadable ? FaultPlan::None : FaultPlan::ReadError, 0, "HalvexService.ini");
-            QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+            QCOMPARE(service.ask("RESET"), "RESET_OK");
             QVERIFY(service.waitUntilReady());
             QCOMPARE(service.ask("GETSCANSCHED"), schedule);
         }
@@ -226,8 +226,8 @@ private Q_SLOTS:
             QCOMPARE(::mkfifo(QFile::encodeName(service.path(name)).constData(), S_IRWXU), 0);
         QVERIFY2(service.serve(), service.output());
         QVERIFY(service.set("new"));
-        QCOMPARE(service.storedSubject(), QString("new"));
-        QCOMPARE(service.ask("GSTATD]![260101000000]![991231235959"), QString("STATD]!["));
+        QCOMPARE(service.storedSubject(), "new");
+        QCOMPARE(service.ask("GSTATD]![260101000000]![991231235959"), "STATD]![");
         QCOMPARE(service.stop(), 0);
     }
 
@@ -254,7 +254,7 @@ private Q_SLOTS:
         other.readLine();
         other.send("X-ALERTTEST");
         QTRY_COMPARE_WITH_TIMEOUT(service.injected(), 2, kPatienceMs);
-        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,1"));
+        QCOMPARE(service.ask("DEVCOUNT"), "DEVCOUNT,1");
         QCOMPARE(service.stop(), 0);
     }
 };

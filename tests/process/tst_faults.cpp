@@ -68,13 +68,13 @@ private Q_SLOTS:
             QVERIFY(local.waitForConnected(kPatienceMs) && local.waitForReadyRead(kPatienceMs));
             QVERIFY(service.pause() && service.resume());
 
-            QCOMPARE(service.ask(set(2)), QString("SET_OK"));
+            QCOMPARE(service.ask(set(2)), "SET_OK");
             RawConsole console(service.port());
             QVERIFY(isGreeting(console.readLine()));
             for (int i = 0; i < kSetsPerLife; ++i)
                 console.send(set(2 + i % 2));
             for (int i = QRandomGenerator::global()->bounded(5); i > 0; --i)
-                QCOMPARE(console.ask(set(2 + i % 2)), QString("SET_OK"));
+                QCOMPARE(console.ask(set(2 + i % 2)), "SET_OK");
             service.process().kill();
             QVERIFY(service.process().waitForFinished(kPatienceMs));
             QFile log(service.path("temperature.log"));
@@ -86,14 +86,14 @@ private Q_SLOTS:
     {
         QTest::addColumn<Mischief>("mischief");
         const QByteArray question = sendReply("DEVCOUNT", [] { return 7; });
-        row("slow", Mischief([question](RawConsole &bad, int turn) {
+        row("one byte at a time", Mischief([question](RawConsole &bad, int turn) {
                 bad.sendBytes(question.mid(turn % question.size(), 1));
             }));
-        row("half-closed", Mischief([](RawConsole &bad, int turn) {
+        row("closed for writing", Mischief([](RawConsole &bad, int turn) {
                 if (turn == 0)
                     ::shutdown(int(bad.socket().socketDescriptor()), SHUT_WR);
             }));
-        row("reset", Mischief([](RawConsole &bad, int) { bad.socket().abort(); }));
+        row("reset connection", Mischief([](RawConsole &bad, int) { bad.socket().abort(); }));
         row("flood of noise", Mischief([](RawConsole &bad, int) {
                 bad.socket().write(QByteArray(100000, '\xfe') + "\r\n");
                 bad.socket().flush();
@@ -124,7 +124,7 @@ private Q_SLOTS:
             }
             for (int turn = 0; turn < kGood; ++turn) {
                 mischief(*bad[std::size_t(turn % kBad)], turn / kBad);
-                QCOMPARE(good[std::size_t(turn)]->ask("DEVCOUNT"), QString("DEVCOUNT,1"));
+                QCOMPARE(good[std::size_t(turn)]->ask("DEVCOUNT"), "DEVCOUNT,1");
             }
         }
         QTRY_VERIFY_WITH_TIMEOUT(service.descriptors() <= before, kPatienceMs); // no connection has leaked
@@ -138,10 +138,10 @@ private Q_SLOTS:
         service.writeMachine(json(kOneDrive));
         QVERIFY(QDir(service.home()).mkdir("temperature.log")); // not even root can open it
         QVERIFY2(service.serve(), service.output());
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
-        QCOMPARE(service.ask(question), QString("STATR]!["));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
+        QCOMPARE(service.ask(question), "STATR]![");
         QVERIFY(QDir(service.home()).rmdir("temperature.log"));
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QCOMPARE(service.ask(question).size(), 8 + 8); // one record
         QCOMPARE(service.stop(), 0);
     }
@@ -166,7 +166,7 @@ private Q_SLOTS:
             QVERIFY(isGreeting(crowd.back()->readLine()));
         }
         QVERIFY(crowd.front()->waitForEnd());
-        QCOMPARE(crowd[kCrowd - 10]->ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(crowd[kCrowd - 10]->ask("REFRESH"), "REFRESH_OK");
         crowd.clear();
         QTRY_VERIFY_WITH_TIMEOUT(isGreeting(service.firstLine()), kPatienceMs);
         QCOMPARE(service.stop(), 0);

@@ -46,23 +46,23 @@ private Q_SLOTS:
                  std::strerror(errno));
         service.writeMachine(json(R"({"drives": [{"number": 0}]})"));
         QVERIFY2(service.serve(), service.output());
-        QCOMPARE(service.ask(settingsCommand(before)), QString("SET_OK"));
+        QCOMPARE(service.ask(settingsCommand(before)), "SET_OK");
 
         QFile ballast(service.path("ballast"));
         QVERIFY(ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
         while (ballast.write(QByteArray(4096, 'x')) > 0) {
         }
         // The reply confirms the settings in memory.
-        QCOMPARE(service.ask(settingsCommand(after)), QString("SET_OK"));
+        QCOMPARE(service.ask(settingsCommand(after)), "SET_OK");
         QCOMPARE(markOf(service), after);
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         service.process().kill();
         QVERIFY(service.process().waitForFinished());
 
         QVERIFY2(service.serve(), service.output());
         QCOMPARE(markOf(service), before);
         QVERIFY(ballast.remove());
-        QCOMPARE(service.ask(settingsCommand(after)), QString("SET_OK"));
+        QCOMPARE(service.ask(settingsCommand(after)), "SET_OK");
         QCOMPARE(service.stop(), 0);
         QVERIFY2(service.serve(), service.output());
         QCOMPARE(markOf(service), after);

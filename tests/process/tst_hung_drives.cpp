@@ -69,13 +69,13 @@ private Q_SLOTS:
         service.setProgram(HALVEX_SHORT_LIMITS_PROGRAM);
         service.writeMachine(machine(hung));
         QVERIFY2(service.start(), service.output());
-        QCOMPARE(service.firstLine(), QString("DETECTING"));
+        QCOMPARE(service.firstLine(), "DETECTING");
         QCOMPARE(service.stop(), 0);
 
         QElapsedTimer timer;
         QVERIFY2(service.start(), service.output());
         timer.start();
-        QCOMPARE(service.firstLine(), QString("DETECTING"));
+        QCOMPARE(service.firstLine(), "DETECTING");
         QVERIFY(service.waitUntilReady());
         QVERIFY(timer.elapsed() < 2 * kShortRequestLimit.count());
         const int left = kDrives - (hung + 4) / 5 - (hung + 3) / 5; // not in open() or geometry
@@ -100,10 +100,10 @@ private Q_SLOTS:
         busy.send("REFRESH");
         for (int i = 0; i < hung; ++i)
             service.ask(QString("STARTSCAN]![%1]![65536]![0]![1000").arg(i));
-        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,99"));
+        QCOMPARE(service.ask("DEVCOUNT"), "DEVCOUNT,99");
         QVERIFY(service.ask("GSTATSCAN").startsWith("STATSCAN]![0;1;0;0;0;"));
         QCOMPARE(busy.socket().bytesAvailable(), 0); // REFRESH is answered after its work
-        QCOMPARE(busy.readLine(), QString("REFRESH_OK"));
+        QCOMPARE(busy.readLine(), "REFRESH_OK");
         QVERIFY(timer.elapsed() < 2 * kShortRequestLimit.count());
 
         for (int i = 0; i < hung; ++i)
@@ -113,9 +113,9 @@ private Q_SLOTS:
 
         busy.send("REFRESH");
         QVERIFY(service.command(1));
-        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,99")); // counting, too, waits for no drive
+        QCOMPARE(service.ask("DEVCOUNT"), "DEVCOUNT,99"); // counting, too, waits for no drive
         timer.start();
-        QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+        QCOMPARE(service.ask("RESET"), "RESET_OK");
         QVERIFY(service.waitUntilReady());
         QVERIFY(timer.elapsed() < 2 * kShortRequestLimit.count());
         QCOMPARE(service.stop(), 0);
@@ -142,7 +142,7 @@ private Q_SLOTS:
         for (const auto &console : crowd)
             console->send("REFRESH");
         for (const auto &console : crowd)
-            QCOMPARE(console->readLine(), QString("REFRESH_OK"));
+            QCOMPARE(console->readLine(), "REFRESH_OK");
         QVERIFY(timer.elapsed() < 2 * kShortRequestLimit.count());
         QCOMPARE(service.stop(), 0);
     }

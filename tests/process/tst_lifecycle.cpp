@@ -92,8 +92,8 @@ private Q_SLOTS:
         service.setKeyValue("SMARTPollInterval", 360000);
         service.writeMachine(machine(30, 1000));
         QVERIFY2(service.serve(), service.output());
-        QCOMPARE(service.ask("SETTIME]![5]![360000000"), QString("SETTIME_OK,5,360000000"));
-        QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+        QCOMPARE(service.ask("SETTIME]![5]![360000000"), "SETTIME_OK,5,360000000");
+        QCOMPARE(service.ask("RESET"), "RESET_OK");
         QTRY_VERIFY_WITH_TIMEOUT(temperatureLog(service).size() >= 5 * 8, kPatienceMs);
 
         QVERIFY(service.pause());
@@ -131,11 +131,11 @@ private Q_SLOTS:
         const int before = service.ask(history).size();
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+        QCOMPARE(service.ask("RESET"), "RESET_OK");
         QVERIFY(service.waitUntilReady());
         for (int i = 0; i < 100; ++i)
-            QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,1"));
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+            QCOMPARE(service.ask("DEVCOUNT"), "DEVCOUNT,1");
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         const int records = (service.ask(history).size() - before) / 8;
         QVERIFY2(records <= 2 + timer.elapsed() / 1000, qPrintable(QString::number(records)));
         QCOMPARE(service.firstLine().split("]![").mid(3, 2), QStringList({interval, interval}));
@@ -154,7 +154,7 @@ private Q_SLOTS:
         command.setProcessEnvironment(service.environment());
         command.start(service.process().program(), {"-command", "1"});
         QVERIFY(command.waitForFinished(kPatienceMs));
-        QTRY_COMPARE_WITH_TIMEOUT(service.ask("DEVCOUNT"), QString("DEVCOUNT,2"), kPatienceMs);
+        QTRY_COMPARE_WITH_TIMEOUT(service.ask("DEVCOUNT"), "DEVCOUNT,2", kPatienceMs);
         QCOMPARE(service.stop(), 0);
     }
 };

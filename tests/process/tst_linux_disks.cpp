@@ -146,7 +146,7 @@ private Q_SLOTS:
         service.setDisks({disk("sda", "A"), disk("sdb", "B"), disk("sdc", "C")});
         QVERIFY2(service.serve(), service.output());
         service.setDisks({disk("sda", "A"), disk("sdb", "X"), disk("sdc", "C")});
-        QCOMPARE(service.ask("REFRESH"), QString("REFRESH_OK"));
+        QCOMPARE(service.ask("REFRESH"), "REFRESH_OK");
         QCOMPARE(service.drives(), (QStringList{"MODEL|A|F1", "MODEL|B|F1", "MODEL|C|F1"}));
         QVERIFY(service.command(0));
         const QStringList swapped{"MODEL|A|F1", "MODEL|C|F1", "MODEL|X|F1"};
@@ -163,7 +163,7 @@ private Q_SLOTS:
         QCOMPARE(service.stop(), 0);
 
         QVERIFY2(service.serve(), service.output()); // after the time limit of one request
-        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,3"));
+        QCOMPARE(service.ask("DEVCOUNT"), "DEVCOUNT,3");
         for (int i = 0; i < 3; ++i)
             QCOMPARE(service.ask(QString("SMARTINFO]![%1").arg(i)).contains("{194~"), i != 1);
 
@@ -171,7 +171,7 @@ private Q_SLOTS:
         RawConsole refreshing(service.port());
         refreshing.readLine();
         refreshing.send("REFRESH");
-        QCOMPARE(service.ask("DEVCOUNT"), QString("DEVCOUNT,3"));
+        QCOMPARE(service.ask("DEVCOUNT"), "DEVCOUNT,3");
         QVERIFY(!refreshing.socket().waitForReadyRead(0)); // its drive still hangs
         QCOMPARE(service.stop(), 0);
     }

@@ -42,7 +42,7 @@ private Q_SLOTS:
         EchoingMailServer alerts("alert-user", "alert-s3cret");
         const QString set = "SET]![0~;180000~;300000~;1~;1~;1~;a@b" + esc + "~;c@d~;Hello" + esc +
                             "~;127.0.0.1~;1~;alert-user~;alert-s3cret~;%1~;1~;65~;w" + esc + "~;c";
-        QCOMPARE(service.ask(set.arg(alerts.serverPort())), QString("SET_OK")); // sends an alert
+        QCOMPARE(service.ask(set.arg(alerts.serverPort())), "SET_OK"); // sends an alert
         QTRY_VERIFY_WITH_TIMEOUT(alerts.isDone(), kPatienceMs);
 
         EchoingMailServer tests("test-user", "test-s3cret");

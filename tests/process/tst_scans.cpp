@@ -35,10 +35,10 @@ private Q_SLOTS:
         service.ask("STARTSCAN]![0]![65536]![0]![299");
         service.ask("STARTSCAN]![1]![65536]![0]![1999999");
         QTRY_VERIFY_WITH_TIMEOUT(!scanState(service, 1).value(6).isEmpty(), kPatienceMs);
-        QCOMPARE(service.ask("STOPSCAN]![1"), QString("STOPEDSCAN]![1"));
+        QCOMPARE(service.ask("STOPSCAN]![1"), "STOPEDSCAN]![1");
         for (const int drive : {0, 1})
             QTRY_COMPARE_WITH_TIMEOUT(scanState(service, drive).value(1), kIdle, kPatienceMs);
-        QCOMPARE(scanState(service, 0).value(6), QString("128-255,256-299"));
+        QCOMPARE(scanState(service, 0).value(6), "128-255,256-299");
         const QString states = service.ask("GSTATSCAN");
         service.process().kill();
         QVERIFY(service.process().waitForFinished(kPatienceMs));
@@ -58,12 +58,12 @@ private Q_SLOTS:
         service.ask("STARTSCAN]![0]![65536]![0]![299");
         service.ask("STARTSCAN]![1]![65536]![5]![1999999");
         QTRY_VERIFY_WITH_TIMEOUT(scanState(service, 1).value(4).toInt() > 5, kPatienceMs);
-        QCOMPARE(service.ask("STOPSCAN]![1"), QString("STOPEDSCAN]![1"));
+        QCOMPARE(service.ask("STOPSCAN]![1"), "STOPEDSCAN]![1");
         QTRY_COMPARE_WITH_TIMEOUT(scanState(service, 1).value(1), kIdle, kPatienceMs);
         QCOMPARE(scanState(service, 0).value(1), kRunning);
         QCOMPARE((scanState(service, 1).value(4).toInt() - 5 + 1) % 128, 0); // a whole block
 
-        QCOMPARE(service.ask("RESET"), QString("RESET_OK"));
+        QCOMPARE(service.ask("RESET"), "RESET_OK");
         QVERIFY(service.waitUntilReady());
         service.ask("STARTSCAN]![0]![65536]![0]![299");
         QTRY_COMPARE_WITH_TIMEOUT(scanState(service).value(1), kRunning, kPatienceMs);

@@ -35,8 +35,8 @@ private Q_SLOTS:
         row("IPv4", Tcp4, false, false, "^VER.*\\[2130706433\\.\\d", "2130706433", "DISCONNECTED");
         row("IPv6", Tcp6, false, false, "^VER.*\\[0\\.\\d", "0", "DISCONNECTED");
         row("local", Local, false, false, "^VER.*\\[Local\\.\\d", "Local", "DISCONNECTED");
-        row("detecting", Tcp4, false, true, "^DETECTING$", "2130706433", "DETECTING");
-        row("paused", Local, true, false, "^PAUSED$", "Local", "PAUSED");
+        row("while drives are detected", Tcp4, false, true, "^DETECTING$", "2130706433", "DETECTING");
+        row("while the service is paused", Local, true, false, "^PAUSED$", "Local", "PAUSED");
         row("paused comes first", Local, true, true, "^PAUSED$", "Local", "PAUSED");
     }
 

@@ -134,11 +134,10 @@ private Q_SLOTS:
             "VER]![Halvex Service v 5.0.5]![5000]![180000]![300000]![" + QHostInfo::localHostName(), "");
 
         row("user without index", "USERINFO", "USERINFO,0,Operator,Admin", "");
-        row("guest", "USERINFO]![1", "USERINFO,1,Visitor,Guest", "");
-        row("user", "USERINFO]![2", "USERINFO,2,Smith, J.,User", "");
+        row("account level guest", "USERINFO]![1", "USERINFO,1,Visitor,Guest", "");
+        row("account level user", "USERINFO]![2", "USERINFO,2,Smith, J.,User", "");
         row("unknown account level", "USERINFO]![3", "USERINFO,3,Robot,Unknown", "");
         row("no such user", "USERINFO]![4", "USERINFO,4,", "");
-        row("negative user", "USERINFO]![-1", "USERINFO,-1,", "");
 
         row("intervals", "SETTIME]![1]![1", "SETTIME_OK,1,1", "");
         row("second interval is 0", "SETTIME]![5]![0", "SETTIME_ERR,180000,300000", "");

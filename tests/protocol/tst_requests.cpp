@@ -23,7 +23,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("items");
         QTest::addColumn<QString>("schedule"); // device, kind, day, date and time
-        row("weekly", "1~;3~;6~;260304050607~;x", "1 3 6 2026-03-04 05:06:07");
+        row("weekly schedule", "1~;3~;6~;260304050607~;x", "1 3 6 2026-03-04 05:06:07");
         row("fifth item empty", "1~;1~;0~;991231235959~;", "1 1 0 2099-12-31 23:59:59");
         row("no date", "1~;2~;0~;000000050607~;0", "1 2 0  05:06:07");
         row("no time of day", "1~;2~;0~;260304250607~;0", "1 2 0 2026-03-04 ");
