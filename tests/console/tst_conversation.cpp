@@ -88,15 +88,15 @@ private Q_SLOTS:
     {
         QTest::addColumn<Lines>("script"); // the second line answers a request
         QTest::addColumn<FailureKind>("kind");
-        row("silence", Lines{}, FailureKind::TimedOut);
+        row("no greeting", Lines{}, FailureKind::TimedOut);
         row("half a line", Lines{kGreeting.left(40)}, FailureKind::TimedOut);
         row("half a line, then closed", Lines{kGreeting.left(40) + '|'}, FailureKind::Closed);
         row("closed at once", Lines{""}, FailureKind::Closed);
         row("another protocol", Lines{"SSH-2.0-x\r\n"}, FailureKind::NotUnderstood);
         row("no greeting", Lines{wire("VER]![Halvex Service v 5.0.5")}, FailureKind::NotUnderstood);
         row("two lines", Lines{kGreeting + kGreeting}, FailureKind::NotUnderstood);
-        row("detecting", Lines{wire("DETECTING")}, FailureKind::Detecting);
-        row("paused", Lines{wire("PAUSED")}, FailureKind::Paused);
+        row("service detects its drives", Lines{wire("DETECTING")}, FailureKind::Detecting);
+        row("service is paused", Lines{wire("PAUSED")}, FailureKind::Paused);
         row("half an answer", Lines{kGreeting, "0"}, FailureKind::TimedOut);
         row("closed instead of an answer", Lines{kGreeting, ""}, FailureKind::Closed);
         row("no such drive", Lines{kGreeting, wire("DEVINFO_ERR,[7]")}, FailureKind::Refused);

@@ -28,6 +28,12 @@ ScanStatus runningScan(qint32 percent, quint64 first, quint64 current)
     return status;
 }
 
+void compareShown()
+{
+    QFETCH(QString, shown);
+    QTEST(shown, "expected");
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(client::Level)
@@ -37,7 +43,7 @@ class TestRender : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void shows_data()
+    void showsText_data()
     {
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("expected");
@@ -48,28 +54,35 @@ private Q_SLOTS:
         row("direction mark", visible("\u202e"), "\\u{202e}");
 
         const auto padded = [](const char *text) { return render::padded(QString::fromUtf8(text), 4); };
-        row("cut", padded("abcde"), "abc…");
-        row("wide, half a character left over", padded("日本語"), "日… ");
-        row("beyond the first plane", padded("💾💾💾"), "💾… ");
+        row("longer than its column", padded("abcde"), "abc…");
+        row("wide characters, half of one left over", padded("日本語"), "日… ");
+        row("characters beyond the first plane", padded("💾💾💾"), "💾… ");
         row("combining marks", padded("a\u0308b\u0308"), "a\u0308b\u0308  ");
 
-        row("in colour", render::painted("x", client::Tone::Warning, {true, true, 80}), "\033[33mx\033[0m");
+        row("warning in colour", render::painted("x", client::Tone::Warning, {true, true, 80}),
+            "\033[33mx\033[0m");
 
         row("rounds into the next unit", client::sizeText(999600000), "1.00 GB");
         row("rounds to three digits", client::sizeText(99950), "100 kB");
         row("the largest number", client::sizeText(~quint64(0)), "18.4 EB");
 
-        row("minutes and seconds", client::durationText(185), "3 min 05 s");
-        row("hours", client::durationText(3900), "1 h 05 min");
-        row("days", client::durationText(2 * 86400 + 5 * 3600), "2 d 5 h");
+        row("duration in minutes", client::durationText(185), "3 min 05 s");
+        row("duration in hours", client::durationText(3900), "1 h 05 min");
+        row("duration in days", client::durationText(2 * 86400 + 5 * 3600), "2 d 5 h");
 
         const auto interval = [](const char *text) {
             return QString::number(client::parseInterval(QLatin1String(text)).value_or(-1));
         };
         row("bare interval", interval("90"), "90000");
-        row("interval in minutes", interval("3m"), "180000");
         row("interval in hours", interval("2 h"), "7200000");
+    }
 
+    void showsText() { compareShown(); }
+
+    void showsScans_data()
+    {
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("expected");
         // A drive of 1000001 sectors at 512000 bytes a second; -1: unknown.
         const auto left = [](const ScanStatus &status) {
             return QString::number(secondsLeft(status, 1000001, 512000).value_or(-1));
@@ -80,24 +93,20 @@ private Q_SLOTS:
         row("remaining time of an impossible range → 0", left(runningScan(100, 0, ~quint64(0) / 2)), "0");
 
         row("an eighth of a column", render::progressBar(1.0 / 32, 4), "▏░░░");
-        row("trend", render::sparkline({40, 20, 27, 34}, 3, 5), "▁▄█");
-        row("no values", render::sparkline({}, 8, 7), "");
-        row("noise stays low", render::sparkline({20, 21, 20}, 8, 7), "▁▂▁");
+        row("trend of four values", render::sparkline({40, 20, 27, 34}, 3, 5), "▁▄█");
+        row("trend of no values", render::sparkline({}, 8, 7), "");
+        row("trend of one degree stays low", render::sparkline({20, 21, 20}, 8, 7), "▁▂▁");
 
         const auto map = [](ScanStatus status, const QVector<client::SectorRange> &bad = {}) {
             status.badRanges = bad;
             return render::surfaceMap(status, 1000, 10, {});
         };
-        row("a part in the middle", map(runningScan(50, 300, 599)), "░░░███░░░░");
-        row("bad sectors", map(runningScan(90, 0, 899), {{200, 200}, {399, 400}}), "██▚▚▚████░");
-        row("beyond the drive's end", map(runningScan(100, 0, 5000), {{4000, 5000}}), "█████████▚");
+        row("scanned part in the middle", map(runningScan(50, 300, 599)), "░░░███░░░░");
+        row("map with bad sectors", map(runningScan(90, 0, 899), {{200, 200}, {399, 400}}), "██▚▚▚████░");
+        row("map beyond the drive's end", map(runningScan(100, 0, 5000), {{4000, 5000}}), "█████████▚");
     }
 
-    void shows()
-    {
-        QFETCH(QString, shown);
-        QTEST(shown, "expected");
-    }
+    void showsScans() { compareShown(); }
 
     void watchHeader_data()
     {
@@ -108,7 +117,7 @@ private Q_SLOTS:
         using Levels = QVector<Level>;
         row("service stopped answering", Levels{Level::Fine}, "connection refused",
             "connection refused (last answer 2026-11-15 08:00:00)");
-        row("fine", Levels{Level::Fine, Level::NotRated}, "", "all rated drives are fine");
+        row("all rated drives fine", Levels{Level::Fine, Level::NotRated}, "", "all rated drives are fine");
         row("warning beside a critical drive", Levels{Level::Warning, Level::Fine, Level::Critical}, "",
             "critical: 2 M; warning: 0 M");
         row("more drives than the screen is wide", Levels(20, Level::Warning) + Levels{Level::Critical}, "",
@@ -162,9 +171,9 @@ private Q_SLOTS:
         QTest::addColumn<qint64>("raw");
         QTest::addColumn<qint64>("hours"); // -1: none
         row("unknown unit → none", 0, qint64(100), qint64(-1));
-        row("hours", 1, qint64(100), qint64(100));
-        row("half minutes", 3, qint64(240), qint64(2));
-        row("seconds", 4, qint64(7199), qint64(1));
+        row("counter of hours", 1, qint64(100), qint64(100));
+        row("counter of half minutes", 3, qint64(240), qint64(2));
+        row("counter of seconds", 4, qint64(7199), qint64(1));
         row("a century", 1, qint64(876600), qint64(876600));
         row("above a century → none", 1, qint64(876601), qint64(-1));
         row("minutes in the upper bytes → none", 1, qint64(0x2100000064), qint64(-1));

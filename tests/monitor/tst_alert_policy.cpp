@@ -4,21 +4,38 @@
 
 #include "rows.h"
 
+namespace {
+
+QStringList list(std::initializer_list<const char *> texts)
+{
+    QStringList result;
+    for (const char *text : texts)
+        result << QString::fromUtf8(text);
+    return result;
+}
+
+/// Evaluates the timeline of the row and compares all messages.
+void replay()
+{
+    QFETCH(Timeline, timeline);
+    Machine machine;
+    QStringList messages;
+    for (const Step &step : qAsConst(timeline))
+        messages << machine.evaluate(step);
+    QTEST(messages, "messages");
+}
+
+} // namespace
+
 class TestAlertPolicy : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void timelines_data()
+    void findings_data()
     {
         QTest::addColumn<Timeline>("timeline");
         QTest::addColumn<QStringList>("messages");
-        const auto list = [](std::initializer_list<const char *> texts) {
-            QStringList result;
-            for (const char *text : texts)
-                result << QString::fromUtf8(text);
-            return result;
-        };
         row("warm drive: one alert, ends 3 degrees below the limit",
             Timeline{celsius(0, 54), celsius(1, 55), celsius(2, 53), celsius(3, 52)},
             list({"1 alert warning Temperature=55 Celsius (131 Fahrengeit)", "3 recovery Recovered"}));
@@ -47,6 +64,14 @@ private Q_SLOTS:
             list({"1 alert warning Parameter ID 197 grew from 8 to 9"}));
         row("a fallen raw value is the new baseline", Timeline{raw(0, 9), raw(1, 2), raw(2, 3)},
             list({"2 alert warning Parameter ID 197 grew from 2 to 3"}));
+    }
+
+    void findings() { replay(); }
+
+    void unreadableDrives_data()
+    {
+        QTest::addColumn<Timeline>("timeline");
+        QTest::addColumn<QStringList>("messages");
         row("three failed polls in a row",
             Timeline{at(0), read(1, ReadOutcome::Failed), read(2, ReadOutcome::Failed), at(3),
                      read(4, ReadOutcome::Failed), read(5, ReadOutcome::Failed),
@@ -63,6 +88,14 @@ private Q_SLOTS:
         row("a known drive that is missing, listed again and read",
             Timeline{at(0), missing(1), read(2, ReadOutcome::NotPolled), at(3)},
             list({"1 alert critical Drive not readable", "3 recovery Recovered"}));
+    }
+
+    void unreadableDrives() { replay(); }
+
+    void repeats_data()
+    {
+        QTest::addColumn<Timeline>("timeline");
+        QTest::addColumn<QStringList>("messages");
         row("reminders count from the last delivery",
             Timeline{celsius(0, 56), celsius(20, 66), celsius(24, 66), celsius(43, 66), celsius(44, 66)},
             list({"0 alert warning Temperature=56 Celsius (132 Fahrengeit)",
@@ -100,15 +133,7 @@ private Q_SLOTS:
                   "24 reminder warning Temperature=56 Celsius (132 Fahrengeit)"}));
     }
 
-    void timelines()
-    {
-        QFETCH(Timeline, timeline);
-        Machine machine;
-        QStringList messages;
-        for (const Step &step : qAsConst(timeline))
-            messages << machine.evaluate(step);
-        QTEST(messages, "messages");
-    }
+    void repeats() { replay(); }
 
     /// Polls every 3 minutes.
     void weekOfHeat()

@@ -110,6 +110,37 @@ struct Bench
 
 Q_DECLARE_METATYPE(Script)
 
+namespace {
+
+const QString kSubject = "The service Halvex Service ";
+
+void addColumns()
+{
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<Script>("script");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("requests"); // to the manager and the service, in order
+    QTest::addColumn<QString>("messages"); // without the system's reasons
+}
+
+/// Runs the program of the row.
+void runWithOptions()
+{
+    QFETCH(QString, options);
+    QFETCH(Script, script);
+    QFETCH(int, exitCode);
+    QFETCH(QString, requests);
+    Bench bench(options, script);
+    bench.service->result = exitCode;
+    QCOMPARE(bench.service->exec(), exitCode);
+    QCOMPARE((bench.manager->requests + bench.service->calls).join(' '), requests);
+    QTEST(bench.messages().remove(QRegularExpression("executed\\. \\(\\K.*(?=\\)\n)")), "messages");
+    QCOMPARE(wouldServe(int(bench.argv.size()), bench.argv.data()),
+             exitCode == -4 || requests.startsWith("start"));
+}
+
+} // namespace
+
 class TestServiceHost : public QObject
 {
     Q_OBJECT
@@ -118,34 +149,34 @@ private Q_SLOTS:
     void init() { qInstallMessageHandler(keepWarning); }
     void cleanup() { qInstallMessageHandler(nullptr); }
 
-    void options_data()
+    void installation_data()
     {
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<Script>("script");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("requests"); // to the manager and the service, in order
-        QTest::addColumn<QString>("messages"); // without the system's reasons
-        const QString subject = "The service Halvex Service ";
-        const QString error = "error: " + subject;
+        addColumns();
+        const QString error = "error: " + kSubject;
         const Script missing{false};
         const Script denied{true, kDenied};
-
         const QString install = "install|Halvex Service|Halvex Local Service|/opt/halvex/service|";
         const QString local = install + '|'; // under the system's own account
-        const QString done = subject + "has been installed under: /opt/halvex/service\n";
+        const QString done = kSubject + "has been installed under: /opt/halvex/service\n";
         row("install", "-i", missing, 0, local, done);
-        row("account", "-i op secret", missing, 0, install + ".\\op|secret", done);
-        row("account of a domain", "-i LAB\\op", missing, 0, install + "LAB\\op|", done);
-        row("local system", "-i LocalSystem secret", missing, 0, local, done);
-        row("refused", "-install", Script{false, kDenied}, -1, local,
+        row("install under an account", "-i op secret", missing, 0, install + ".\\op|secret", done);
+        row("install under a domain account", "-i LAB\\op", missing, 0, install + "LAB\\op|", done);
+        row("install under the system account", "-i LocalSystem secret", missing, 0, local, done);
+        row("install refused", "-install", Script{false, kDenied}, -1, local,
             error + "could not be installed\nAccess is denied\n");
-        row("installed already", "-install", Script(), 0, "", error + "is already installed\n");
+        row("install twice", "-install", Script(), 0, "", error + "is already installed\n");
 
-        row("uninstall", "-u", Script(), 0, "uninstall|Halvex Service", subject + "has been uninstalled.\n");
+        row("uninstall", "-u", Script(), 0, "uninstall|Halvex Service", kSubject + "has been uninstalled.\n");
         row("uninstall refused", "-uninstall", denied, -1, "uninstall|Halvex Service",
             error + "could not be uninstalled\n");
-        row("not installed", "-u", missing, 0, "", error + "is not installed\n");
+        row("uninstall what is not installed", "-u", missing, 0, "", error + "is not installed\n");
+    }
 
+    void installation() { runWithOptions(); }
+
+    void version_data()
+    {
+        addColumns();
         const QString about = "The service\n\tHalvex Service\n\tprog\n\n";
         const QString unknown = "error: The state of the service is not fully known: Access is denied\n";
         const auto seen = [](const ServiceView &view) { return Script{true, {}, {}, {}, {}, view}; };
@@ -156,12 +187,18 @@ private Q_SLOTS:
             about + "is installed and may be running\n\n" + unknown);
         row("version, nothing known", "-v", seen({{}, {}, "Access is denied"}), 0, "",
             about + "may be installed and may be running\n\n" + unknown);
+    }
 
+    void version() { runWithOptions(); }
+
+    void controls_data()
+    {
+        addColumns();
         const Script refusing{true, {}, {true, kDenied, ServiceState::Running}};
         const Script unreachable{false, {}, {false, kDenied, {}}};
         row("pause refused without a message", "-p", refusing, 0, "control|2", "");
         row("resume without a manager fails without a message", "-resume", unreachable, 0, "control|3", "");
-        row("command", "-c 127", Script(), 0, "control|255", "");
+        row("highest command", "-c 127", Script(), 0, "control|255", "");
         row("command above 127", "-command 128", Script(), 0, "", "");
         row("negative command is not sent as a stop", "-c -127", Script(), 0, "", "");
 
@@ -178,8 +215,15 @@ private Q_SLOTS:
         row("stop refused", "-t", refusing, 0, "control|1",
             "warning: stopping (Access is denied)\n" + runsOn + "(Access is denied)\n");
         row("stop without a manager", "-t", unreachable, 0, "control|1", runsOn + "(Access is denied)\n");
+    }
 
-        const QString failed = error + "could not start\n";
+    void controls() { runWithOptions(); }
+
+    void starts_data()
+    {
+        addColumns();
+        const Script denied{true, kDenied};
+        const QString failed = "error: " + kSubject + "could not start\n";
         row("start from a console", "", Script{true, kFromConsole}, -4, "", failed);
         const QString reason = "warning: The Service failed to start [Access is denied]\n";
         row("failed start", "", denied, -4, "", failed + reason);
@@ -189,20 +233,7 @@ private Q_SLOTS:
         row("help", "-help -install", Script(), 0, "", QString::asprintf(kUsageText, "prog"));
     }
 
-    void options()
-    {
-        QFETCH(QString, options);
-        QFETCH(Script, script);
-        QFETCH(int, exitCode);
-        QFETCH(QString, requests);
-        Bench bench(options, script);
-        bench.service->result = exitCode;
-        QCOMPARE(bench.service->exec(), exitCode);
-        QCOMPARE((bench.manager->requests + bench.service->calls).join(' '), requests);
-        QTEST(bench.messages().remove(QRegularExpression("executed\\. \\(\\K.*(?=\\)\n)")), "messages");
-        QCOMPARE(wouldServe(int(bench.argv.size()), bench.argv.data()),
-                 exitCode == -4 || requests.startsWith("start"));
-    }
+    void starts() { runWithOptions(); }
 
     void controlsReachTheMainThread()
     {
