@@ -151,8 +151,8 @@ Answer acknowledge(const Call &call)
         const QString serial = QStringLiteral("serial");
         const QString kind = QStringLiteral("kind");
         const auto id = keys.numberOrNull(QStringLiteral("id"), 255);
-        const work::Acknowledge work{keys.text(serial), keys.textOrNull(kind),
-                                     id ? QString::number(*id) : QString()};
+        work::Acknowledge work{keys.text(serial), keys.textOrNull(kind),
+                               id ? QString::number(*id) : QString()};
         if (work.serial.isEmpty())
             keys.refuse(serial, QStringLiteral("is missing"));
         if (!client::isPlainField(work.serial))
