@@ -97,18 +97,13 @@ void ServiceFixture::writeMachine(QJsonObject machine)
     writeJson(path("machine.json"), machine);
 }
 
-void ServiceFixture::setPort(quint16 port)
-{
-    m_fixedPort = port;
-    m_key.insert("Port", port);
-}
-
 void ServiceFixture::launch(const QStringList &arguments)
 {
     if (!QFile::exists(path("service-key.json")))
         writeJson(path("service-key.json"), m_key);
     QFile::remove(path("events.jsonl"));
     m_console.reset();
+    m_launchOffset = output().size();
     m_process.setProcessEnvironment(m_environment);
     const QStringList words = m_launcher + QStringList{m_program} + arguments;
     m_process.start(words.first(), words.mid(1));
@@ -188,12 +183,12 @@ QByteArray ServiceFixture::content(const QString &fileName) const
     return contentOf(path(fileName));
 }
 
-quint16 ServiceFixture::reportedPort() const
+quint16 ServiceFixture::reportedPort()
 {
-    if (m_fixedPort != 0)
-        return RawConsole(m_fixedPort).isConnected() ? m_fixedPort : quint16(0);
-    static const QRegularExpression expression("\"Binding to port: (\\d+)\\.");
-    return expression.match(QString::fromUtf8(events())).captured(1).toUShort();
+    const QByteArray report =
+        m_environment.contains("HALVEX_MACHINE") ? events() : output().mid(m_launchOffset);
+    static const QRegularExpression expression("(?:Binding to|Listening) port: (\\d+)\\D");
+    return expression.match(QString::fromUtf8(report)).captured(1).toUShort();
 }
 
 QByteArray ServiceFixture::output()

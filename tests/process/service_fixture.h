@@ -70,9 +70,12 @@ public:
     /// Sets another program instead of the service's own.
     void setProgram(const QString &path) { m_program = path; }
     void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
-    void unsetVariable(const QString &name) { m_environment.remove(name); }
-    /// Sets a port for a service that has no machine file, and so no file of events that names a free one.
-    void setPort(quint16 port);
+    /// Selects the system's own drives. The service then reports its port in the log.
+    void unsetMachine()
+    {
+        m_environment.remove("HALVEX_MACHINE");
+        setVariable("QT_LOGGING_RULES", "halvex.protocol.info=true");
+    }
 
     /// Starts the program.
     void launch(const QStringList &arguments = {"-exec"});
@@ -107,7 +110,7 @@ public:
 
 private:
     [[nodiscard]] bool control(const QString &option, bool pauses);
-    [[nodiscard]] quint16 reportedPort() const;
+    [[nodiscard]] quint16 reportedPort();
 
     QTemporaryDir m_directory;
     QJsonObject m_key;
@@ -117,7 +120,7 @@ private:
     QProcess m_process;
     QByteArray m_output;
     std::unique_ptr<RawConsole> m_console;
-    quint16 m_fixedPort = 0;
+    int m_launchOffset = 0; ///< in the output
     quint16 m_port = 0;
 };
 

@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QJsonDocument>
-#include <QTcpServer>
 #include <QTest>
 
 namespace {
@@ -16,10 +15,7 @@ class LinuxService : public ServiceFixture
 public:
     LinuxService()
     {
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost);
-        setPort(probe.serverPort());
-        unsetVariable("HALVEX_MACHINE");
+        unsetMachine();
         setVariable("LD_PRELOAD", HALVEX_STAND_IN_DISKS);
         setVariable("STAND_IN_DISKS", path("disks"));
         // A sanitizer's run time must be the first library.
