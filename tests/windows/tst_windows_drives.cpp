@@ -86,7 +86,9 @@ private Q_SLOTS:
         const QStringList service{"create", kDriver,  "type=",    "kernel",
                                   "start=", "demand", "binPath=", driver};
         QCOMPARE(QProcess::execute("sc", service), 0);
-        QCOMPARE(QProcess::execute("net", {"start", kDriver}), 0);
+        // Wine's service manager can refuse for a moment, while it starts services of its own.
+        const auto starts = [] { return QProcess::execute("net", {"start", kDriver}) == 0; };
+        QVERIFY(QTest::qWaitFor(starts, kPatienceMs));
     }
 
     void cleanupTestCase()
